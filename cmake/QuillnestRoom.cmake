@@ -1,0 +1,41 @@
+# What every target of the project is built with, and the one way to declare a room.
+
+add_library(quillnest_options INTERFACE)
+target_compile_options(quillnest_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion
+  -Wno-sign-conversion -fno-strict-aliasing)
+if(QUILLNEST_WERROR)
+  target_compile_options(quillnest_options INTERFACE -Werror)
+endif()
+if(QUILLNEST_SANITIZE)
+  target_compile_options(quillnest_options INTERFACE -fsanitize=${QUILLNEST_SANITIZE} -fno-omit-frame-pointer)
+  target_link_options(quillnest_options INTERFACE -fsanitize=${QUILLNEST_SANITIZE})
+endif()
+target_compile_definitions(quillnest_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS)
+
+# The headers that nearly every file reads, compiled once for all targets.
+file(WRITE ${CMAKE_BINARY_DIR}/pch.cpp "")
+add_library(quillnest_pch STATIC ${CMAKE_BINARY_DIR}/pch.cpp)
+target_link_libraries(quillnest_pch PRIVATE quillnest_options Qt6::Widgets Qt6::Network Qt6::DBus QCoro6::Core)
+target_precompile_headers(quillnest_pch PRIVATE
+  <QCoroTask> <QByteArray> <QDateTime> <QDir> <QFile> <QImage> <QObject> <QPainter> <QRegularExpression> <QString>
+  <QStringList> <QTimer> <QUuid> <QVariant> <QWidget>
+  <chrono> <coroutine> <cstdint> <functional> <map> <memory> <mutex> <optional> <span> <string> <thread> <vector>)
+
+# quillnest_room(NAME SOURCES... USES ROOMS... LIBRARIES...)
+# A room is a folder under src/ and a static library of the same name. It sees the headers of the rooms that
+# it names under USES, and of nothing else of ours: each room's include path is its own target's property.
+function(quillnest_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;USES;LIBRARIES" ${ARGN})
+  add_library(${name} STATIC ${ROOM_SOURCES})
+  # Headers are included as "room/File.h"; the generated folder holds a link to this room alone, so an include
+  # of a room that is not linked finds nothing.
+  set(view ${CMAKE_BINARY_DIR}/rooms/${name})
+  file(MAKE_DIRECTORY ${view})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${name} SYMBOLIC)
+  target_include_directories(${name} PUBLIC ${view})
+  target_link_libraries(${name} PUBLIC ${ROOM_USES} ${ROOM_LIBRARIES} PRIVATE quillnest_options)
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  target_precompile_headers(${name} REUSE_FROM quillnest_pch)
+endfunction()

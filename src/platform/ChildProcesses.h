@@ -1,0 +1,93 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace quillnest
+{
+
+/// What to start and where its three standard streams go.
+struct ChildCommand {
+    enum class Input { Null, Inherit };
+    /// Pipe: captured. Merged: standard error goes where standard output goes.
+    enum class Output { Null, Pipe, Descriptor };
+    enum class Errors { Null, Merged };
+
+    QString program;
+    QStringList arguments;
+    /// Variables to set on top of this process's own environment.
+    std::map<QString, QString> environment {};
+    Input input = Input::Null;
+    Output output = Output::Pipe;
+    Errors errors = Errors::Null;
+    /// For Output::Descriptor: an open descriptor that stays the caller's.
+    int descriptor = -1;
+};
+
+struct ChildResult {
+    /// Why the child could not be started; absent when it ran.
+    std::optional<QString> launchError;
+    /// The exit status, or 128 plus the signal that ended the child.
+    int status = -1;
+    /// What was captured, for Output::Pipe.
+    QByteArray output;
+};
+
+/// A child process that has been started and goes on by itself. The object outlives the child if need be; dropping it
+/// leaves the child running.
+class RunningChild
+{
+public:
+    virtual ~RunningChild() = default;
+    virtual bool isRunning() const = 0;
+    virtual qint64 processId() const = 0;
+    /// Asks the child to end (SIGTERM). Nothing happens when it has ended. Any thread.
+    virtual void terminate() = 0;
+};
+
+/// Starts child processes. Children inherit no descriptor but their three standard streams and are always reaped.
+/// Any thread.
+class ChildProcesses
+{
+public:
+    struct Handlers {
+        /// A chunk of captured output, never empty. On a thread of the layer's choice.
+        std::function<void(QByteArray)> onOutput {};
+        /// The child has ended and all its output has been handed over. Same thread; the last call.
+        std::function<void(int status)> onExit {};
+    };
+
+    virtual ~ChildProcesses() = default;
+
+    /// Runs the command to its end and blocks the caller, which therefore isn't the main thread.
+    virtual ChildResult run(const ChildCommand &command) = 0;
+
+    /// Starts the command and returns at once; throws LaunchError when it can't be started.
+    virtual std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) = 0;
+    std::shared_ptr<RunningChild> start(const ChildCommand &command) { return start(command, Handlers {}); }
+};
+
+/// A command that could not be started, in the host's words.
+class LaunchError : public std::exception
+{
+public:
+    explicit LaunchError(QString message)
+        : m_message(std::move(message))
+        , m_bytes(m_message.toUtf8())
+    {
+    }
+    const QString &message() const { return m_message; }
+    const char *what() const noexcept override { return m_bytes.constData(); }
+
+private:
+    QString m_message;
+    QByteArray m_bytes;
+};
+
+} // namespace quillnest

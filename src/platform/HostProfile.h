@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace quillnest
+{
+
+/// The facts, as opposed to the services, in which hosts differ.
+struct HostProfile {
+    /// What the user calls this kind of machine: "Mac", "PC".
+    QString machineWord;
+    /// ABI of the system image that runs here at native speed, as it stands in paths and AVD files: "arm64-v8a".
+    QString imageAbi;
+    /// "hw.cpu.arch" of the AVD: "arm64".
+    QString cpuArchitecture;
+    /// "host-os" and "host-arch" of the SDK archives that fit, as the package lists spell them.
+    QString sdkHostOs;
+    QString sdkHostArchitecture;
+    /// Where a developer's own Android SDK lies, relative to the home folder.
+    QString developerSdk;
+    /// AVD that a developer's SDK is expected to hold.
+    QString developerAvdName;
+    /// Where a Java home may lie, best first.
+    QStringList javaHomes;
+    /// Where a developer's machine keeps the stream client, beside which the server file lies.
+    QString developmentScrcpy;
+
+    static HostProfile appleSilicon();
+    static HostProfile linuxX86_64();
+};
+
+} // namespace quillnest

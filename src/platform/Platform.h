@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/AudioEngine.h"
+#include "platform/ChildProcesses.h"
+#include "platform/Clock.h"
+#include "platform/CommandChannel.h"
+#include "platform/Executor.h"
+#include "platform/Folders.h"
+#include "platform/HostProfile.h"
+#include "platform/Pasteboard.h"
+#include "platform/SampleRenderer.h"
+#include "platform/Screens.h"
+#include "platform/SettingsStore.h"
+
+#include <memory>
+
+namespace quillnest
+{
+
+/// Everything that the program asks of a host, in one look. Tests replace exactly one member.
+struct Platform {
+    HostProfile profile;
+    Folders folders;
+    std::shared_ptr<Clock> clock;
+    std::shared_ptr<Executor> executor;
+    std::shared_ptr<SettingsStore> settings;
+    std::shared_ptr<ChildProcesses> processes;
+    std::shared_ptr<CommandChannel> commands;
+    std::shared_ptr<Pasteboard> pasteboard;
+    std::shared_ptr<Screens> screens;
+    std::shared_ptr<VideoDecoding> video;
+    std::shared_ptr<AudioOutput> audio;
+};
+
+} // namespace quillnest

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QPoint>
+#include <QRect>
+
+#include <optional>
+#include <vector>
+
+namespace quillnest
+{
+
+/// One screen, in points with y growing downwards.
+struct ScreenInfo {
+    QRect frame;
+    /// The part that panels and docks leave free.
+    QRect visibleFrame;
+    /// Pixels per point.
+    double backingScaleFactor = 1.0;
+};
+
+/// The screens of the desktop. Main thread.
+class Screens
+{
+public:
+    virtual ~Screens() = default;
+    /// The main one first.
+    virtual std::vector<ScreenInfo> all() const = 0;
+
+    std::optional<ScreenInfo> main() const
+    {
+        const auto screens = all();
+        return screens.empty() ? std::nullopt : std::optional(screens.front());
+    }
+
+    std::optional<ScreenInfo> containing(QPoint point) const
+    {
+        for (const auto &screen : all()) {
+            if (screen.frame.contains(point))
+                return screen;
+        }
+        return std::nullopt;
+    }
+};
+
+} // namespace quillnest

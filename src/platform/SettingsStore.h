@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QVariant>
+
+namespace quillnest
+{
+
+/// The per-user settings: text keys with typed values. A value is a bool, a number (qint64 or double), a QString, a
+/// QByteArray, a QVariantList or a QVariantMap of those, and comes back with the type that it was written with.
+///
+/// Reads and writes may come from any thread. A write that has returned survives a kill of the process, and another
+/// process that uses the same store sees it.
+class SettingsStore : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The value, or an invalid QVariant if the key is absent.
+    virtual QVariant value(const QString &key) const = 0;
+    virtual void setValue(const QString &key, const QVariant &value) = 0;
+    virtual void remove(const QString &key) = 0;
+    virtual QStringList keys() const = 0;
+
+Q_SIGNALS:
+    /// The value of `key` changed or the key was removed, by this process or from outside. Emitted on the main thread.
+    void changed(const QString &key);
+};
+
+} // namespace quillnest
