@@ -1,0 +1,27 @@
+include(GoogleTest)
+
+# quillnest_tests(ROOM SOURCES... USES TARGETS... [GUI] [TIMEOUT SECONDS] [LABELS ...])
+# The tests of one room as one executable `test_ROOM`, with every case known to CTest under "ROOM.Suite.case".
+# With GUI the executable has a QApplication and is run under a display of its own by tests/with-display.
+function(quillnest_tests room)
+  cmake_parse_arguments(T "GUI" "TIMEOUT" "SOURCES;USES;LABELS" ${ARGN})
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 120)
+  endif()
+  set(target test_${room})
+  add_executable(${target} ${T_SOURCES})
+  set_target_properties(${target} PROPERTIES AUTOMOC ON)
+  target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_link_libraries(${target} PRIVATE quillnest_options ${T_USES} GTest::gtest GTest::gmock)
+  target_precompile_headers(${target} REUSE_FROM quillnest_pch)
+  if(T_GUI)
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/GuiMain.cpp)
+    # One display for the whole executable: starting one for each case would cost more than the case.
+    add_test(NAME ${room} COMMAND ${CMAKE_SOURCE_DIR}/tests/with-display $<TARGET_FILE:${target}>)
+    set_tests_properties(${room} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}")
+  else()
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/CoreMain.cpp)
+    gtest_discover_tests(${target} TEST_PREFIX ${room}. DISCOVERY_TIMEOUT 60
+      PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}")
+  endif()
+endfunction()
