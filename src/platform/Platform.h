@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Appearance.h"
 #include "platform/AudioEngine.h"
 #include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
@@ -30,6 +31,8 @@ struct Platform {
     std::shared_ptr<Screens> screens;
     std::shared_ptr<VideoDecoding> video;
     std::shared_ptr<AudioOutput> audio;
+    /// Null on a host that has none: light.
+    std::shared_ptr<Appearance> appearance;
 };
 
 } // namespace quillnest
