@@ -14,10 +14,17 @@ endif()
 target_compile_definitions(quillnest_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS)
 
+# Every room and test is compiled with the same set of Qt's modules, so that one precompiled header serves them all.
+# What a room really links is what it names under LIBRARIES.
+add_library(quillnest_qt INTERFACE)
+target_link_libraries(quillnest_qt INTERFACE quillnest_options Qt6::Widgets Qt6::Network Qt6::DBus QCoro6::Core)
+# libpulse asks for this of its users; a precompiled header serves only users with the same set.
+target_compile_options(quillnest_qt INTERFACE -D_REENTRANT)
+
 # The headers that nearly every file reads, compiled once for all targets.
 file(WRITE ${CMAKE_BINARY_DIR}/pch.cpp "")
 add_library(quillnest_pch STATIC ${CMAKE_BINARY_DIR}/pch.cpp)
-target_link_libraries(quillnest_pch PRIVATE quillnest_options Qt6::Widgets Qt6::Network Qt6::DBus QCoro6::Core)
+target_link_libraries(quillnest_pch PRIVATE quillnest_qt)
 target_precompile_headers(quillnest_pch PRIVATE
   <QCoroTask> <QByteArray> <QDateTime> <QDir> <QFile> <QImage> <QObject> <QPainter> <QRegularExpression> <QString>
   <QStringList> <QTimer> <QUuid> <QVariant> <QWidget>
@@ -35,7 +42,7 @@ function(quillnest_room name)
   file(MAKE_DIRECTORY ${view})
   file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${name} SYMBOLIC)
   target_include_directories(${name} PUBLIC ${view})
-  target_link_libraries(${name} PUBLIC ${ROOM_USES} ${ROOM_LIBRARIES} PRIVATE quillnest_options)
+  target_link_libraries(${name} PUBLIC ${ROOM_USES} ${ROOM_LIBRARIES} PRIVATE quillnest_qt)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   target_precompile_headers(${name} REUSE_FROM quillnest_pch)
 endfunction()

@@ -7,8 +7,8 @@
 namespace quillnest
 {
 
-/// The per-user settings: text keys with typed values. A value is a bool, a number (qint64 or double), a QString, a
-/// QByteArray, a QVariantList or a QVariantMap of those, and comes back with the type that it was written with.
+/// The per-user settings: text keys with typed values. A value is a bool, a number (qint64 and double are one type to
+/// the store), a QString, a QByteArray, a QVariantList or a QVariantMap of those, and comes back as what was written.
 ///
 /// Reads and writes may come from any thread. A write that has returned survives a kill of the process, and another
 /// process that uses the same store sees it.

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/Screens.h"
+
+namespace quillnest
+{
+
+class DesktopScreens : public Screens
+{
+public:
+    std::vector<ScreenInfo> all() const override;
+};
+
+} // namespace quillnest

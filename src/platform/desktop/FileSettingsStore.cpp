@@ -1,0 +1,252 @@
+#include "platform/desktop/FileSettingsStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMetaObject>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillnest
+{
+
+namespace
+{
+
+const auto dataKey = QStringLiteral("$data");
+
+QJsonValue encode(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QByteArray:
+        return QJsonObject {{dataKey, QString::fromLatin1(value.toByteArray().toBase64())}};
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList: {
+        QJsonArray array;
+        for (const auto &element : value.toList())
+            array.append(encode(element));
+        return array;
+    }
+    case QMetaType::QVariantMap: {
+        QJsonObject object;
+        const auto map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            object.insert(it.key(), encode(it.value()));
+        return object;
+    }
+    default:
+        return QJsonValue::fromVariant(value);
+    }
+}
+
+QVariant decode(const QJsonValue &value)
+{
+    if (value.isArray()) {
+        QVariantList list;
+        for (const auto &element : value.toArray())
+            list.append(decode(element));
+        return list;
+    }
+    if (value.isObject()) {
+        const auto object = value.toObject();
+        if (object.size() == 1 && object.contains(dataKey))
+            return QByteArray::fromBase64(object.value(dataKey).toString().toLatin1());
+        QVariantMap map;
+        for (auto it = object.begin(); it != object.end(); ++it)
+            map.insert(it.key(), decode(it.value()));
+        return map;
+    }
+    return value.toVariant();
+}
+
+/// Holds the lock that all processes take around a change of the file. The lock has a file of its own, because the
+/// settings file is replaced by every write.
+class ProcessLock
+{
+public:
+    explicit ProcessLock(const QString &path)
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600))
+    {
+        if (m_descriptor >= 0)
+            ::flock(m_descriptor, LOCK_EX);
+    }
+    ~ProcessLock()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    ProcessLock(const ProcessLock &) = delete;
+    ProcessLock &operator=(const ProcessLock &) = delete;
+
+private:
+    int m_descriptor;
+};
+
+}
+
+FileSettingsStore::FileSettingsStore(const QString &path)
+    : m_path(path)
+{
+    const auto folder = QFileInfo(path).absolutePath();
+    QDir().mkpath(folder);
+    reload();
+    // A rename replaces the file, so it is the folder that has to be watched.
+    m_watcher.addPath(folder);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileSettingsStore::fileMayHaveChanged);
+    if (QFile::exists(path))
+        m_watcher.addPath(path);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileSettingsStore::fileMayHaveChanged);
+}
+
+QVariant FileSettingsStore::value(const QString &key) const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_values.value(key);
+}
+
+QStringList FileSettingsStore::keys() const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_values.keys();
+}
+
+std::optional<QString> FileSettingsStore::damagedFile() const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_damaged;
+}
+
+void FileSettingsStore::setValue(const QString &key, const QVariant &value)
+{
+    change(key, value);
+}
+
+void FileSettingsStore::remove(const QString &key)
+{
+    change(key, std::nullopt);
+}
+
+void FileSettingsStore::change(const QString &key, const std::optional<QVariant> &value)
+{
+    QStringList changed;
+    {
+        const std::scoped_lock guard(m_lock);
+        // The round trip through the file's form gives the value the type that a later start would see.
+        const auto stored = value ? decode(encode(*value)) : QVariant();
+        if (m_values.contains(key) == value.has_value() && m_values.value(key) == stored && stamp() == m_stamp)
+            return;
+        const ProcessLock lock(m_path + QStringLiteral(".lock"));
+        changed = reload();
+        if (m_values.contains(key) != value.has_value() || m_values.value(key) != stored) {
+            if (value)
+                m_values.insert(key, stored);
+            else
+                m_values.remove(key);
+            write();
+            changed.append(key);
+        }
+    }
+    announce(changed);
+}
+
+QStringList FileSettingsStore::reload()
+{
+    const auto current = stamp();
+    if (current == m_stamp)
+        return {};
+    QVariantMap fresh;
+    QFile file(m_path);
+    if (file.open(QIODevice::ReadOnly)) {
+        const auto document = QJsonDocument::fromJson(file.readAll());
+        file.close();
+        if (document.isObject()) {
+            const auto object = document.object();
+            for (auto it = object.begin(); it != object.end(); ++it)
+                fresh.insert(it.key(), decode(it.value()));
+        } else {
+            const auto aside = m_path
+                + QStringLiteral(".damaged-%1").arg(QDateTime::currentDateTimeUtc().toString(
+                    QStringLiteral("yyyyMMdd-HHmmss-zzz")));
+            if (QFile::rename(m_path, aside))
+                m_damaged = aside;
+        }
+    }
+    QStringList changed;
+    for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
+        if (m_values.value(it.key()) != it.value())
+            changed.append(it.key());
+    }
+    for (auto it = m_values.cbegin(); it != m_values.cend(); ++it) {
+        if (!fresh.contains(it.key()))
+            changed.append(it.key());
+    }
+    m_values = fresh;
+    m_stamp = stamp();
+    return changed;
+}
+
+bool FileSettingsStore::write()
+{
+    QJsonObject object;
+    for (auto it = m_values.cbegin(); it != m_values.cend(); ++it)
+        object.insert(it.key(), encode(it.value()));
+    const auto bytes = QJsonDocument(object).toJson();
+    const auto temporary = m_path + QStringLiteral(".new");
+    const int descriptor = ::open(
+        QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (descriptor < 0)
+        return false;
+    bool good = true;
+    for (qsizetype done = 0; good && done < bytes.size();) {
+        const auto count = ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        good = count > 0;
+        done += good ? count : 0;
+    }
+    good = ::fdatasync(descriptor) == 0 && good;
+    ::close(descriptor);
+    if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
+        QFile::remove(temporary);
+        return false;
+    }
+    m_stamp = stamp();
+    return true;
+}
+
+FileSettingsStore::Stamp FileSettingsStore::stamp() const
+{
+    struct stat status {};
+    if (::stat(QFile::encodeName(m_path).constData(), &status) != 0)
+        return {};
+    return {status.st_ino, static_cast<qint64>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
+        status.st_size};
+}
+
+void FileSettingsStore::announce(const QStringList &keys)
+{
+    if (keys.isEmpty())
+        return;
+    QMetaObject::invokeMethod(this, [this, keys] {
+        for (const auto &key : keys)
+            Q_EMIT changed(key);
+    });
+}
+
+void FileSettingsStore::fileMayHaveChanged()
+{
+    QStringList changed;
+    {
+        const std::scoped_lock guard(m_lock);
+        changed = reload();
+    }
+    if (!m_watcher.files().contains(m_path) && QFile::exists(m_path))
+        m_watcher.addPath(m_path);
+    announce(changed);
+}
+
+} // namespace quillnest

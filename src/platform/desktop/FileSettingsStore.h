@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/SettingsStore.h"
+
+#include <QFileSystemWatcher>
+#include <QVariantMap>
+
+#include <mutex>
+#include <optional>
+
+namespace quillnest
+{
+
+/// Settings as one JSON file, which a person can read and edit. Bytes stand in it as {"$data": "base64"}.
+///
+/// Every write replaces the whole file by a rename, under a lock that all processes share, after reading what others
+/// wrote meanwhile. A file that is no JSON object is set aside under another name, and the store starts empty.
+class FileSettingsStore : public SettingsStore
+{
+    Q_OBJECT
+
+public:
+    /// `path` is the file; its folder is made when it is missing. Made on the main thread.
+    explicit FileSettingsStore(const QString &path);
+
+    QVariant value(const QString &key) const override;
+    void setValue(const QString &key, const QVariant &value) override;
+    void remove(const QString &key) override;
+    QStringList keys() const override;
+
+    /// Where a damaged file was put, if this store met one.
+    std::optional<QString> damagedFile() const;
+
+private:
+    using Stamp = std::tuple<quint64, qint64, qint64>;
+
+    void change(const QString &key, const std::optional<QVariant> &value);
+    /// Reads the file if it isn't the one last seen; returns the keys whose values differ. Under `m_lock`.
+    QStringList reload();
+    bool write();
+    Stamp stamp() const;
+    void announce(const QStringList &keys);
+    void fileMayHaveChanged();
+
+    const QString m_path;
+    mutable std::mutex m_lock;
+    QVariantMap m_values;
+    Stamp m_stamp {};
+    std::optional<QString> m_damaged;
+    QFileSystemWatcher m_watcher;
+};
+
+} // namespace quillnest

@@ -1,0 +1,100 @@
+#include "platform/desktop/QtExecutor.h"
+
+#include <pthread.h>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace quillnest
+{
+
+namespace
+{
+
+class ThreadQueue : public SerialQueue
+{
+public:
+    explicit ThreadQueue(const char *label)
+        : m_thread([this] { work(); })
+    {
+        // The kernel keeps fifteen characters of a thread's name: the last ones tell the most.
+        const std::string name(label);
+        pthread_setname_np(m_thread.native_handle(), name.substr(name.size() > 15 ? name.size() - 15 : 0).c_str());
+    }
+
+    ~ThreadQueue() override
+    {
+        {
+            const std::scoped_lock guard(m_lock);
+            m_ending = true;
+            m_closures.clear();
+        }
+        m_wake.notify_one();
+        m_thread.join();
+    }
+
+    void post(std::function<void()> closure) override
+    {
+        {
+            const std::scoped_lock guard(m_lock);
+            m_closures.push_back(std::move(closure));
+        }
+        m_wake.notify_one();
+    }
+
+private:
+    void work()
+    {
+        std::unique_lock guard(m_lock);
+        while (true) {
+            m_wake.wait(guard, [this] { return m_ending || !m_closures.empty(); });
+            if (m_ending)
+                return;
+            auto closure = std::move(m_closures.front());
+            m_closures.pop_front();
+            guard.unlock();
+            closure();
+            closure = nullptr;
+            guard.lock();
+        }
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    std::deque<std::function<void()>> m_closures;
+    bool m_ending = false;
+    std::thread m_thread;
+};
+
+}
+
+QtExecutor::QtExecutor()
+{
+    // Workers mostly wait for child processes, so there may be many more of them than processors.
+    m_pool.setMaxThreadCount(64);
+    m_pool.setExpiryTimeout(5000);
+}
+
+QtExecutor::~QtExecutor()
+{
+    m_pool.waitForDone();
+}
+
+void QtExecutor::onMain(std::function<void()> work)
+{
+    QMetaObject::invokeMethod(&m_context, std::move(work), Qt::QueuedConnection);
+}
+
+void QtExecutor::inBackground(std::function<void()> work)
+{
+    m_pool.start(std::move(work));
+}
+
+std::unique_ptr<SerialQueue> QtExecutor::serialQueue(const char *label)
+{
+    return std::make_unique<ThreadQueue>(label);
+}
+
+} // namespace quillnest

@@ -1,0 +1,70 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/desktop/DesktopPasteboard.h"
+#include "platform/desktop/DesktopScreens.h"
+#include "platform/desktop/FFmpegStillDecoder.h"
+#include "platform/desktop/FileSettingsStore.h"
+#include "platform/desktop/QtClock.h"
+#include "platform/desktop/QtExecutor.h"
+#include "platform/linux/DBusCommandChannel.h"
+#include "platform/linux/PosixChildProcesses.h"
+#include "platform/linux/PulseAudioEngine.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+namespace quillnest
+{
+
+namespace
+{
+
+/// One of the XDG base directories: the variable if it holds an absolute path, else the default.
+QString baseFolder(const char *variable, const QString &fallback)
+{
+    const auto value = qEnvironmentVariable(variable);
+    return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + fallback;
+}
+
+}
+
+Folders linuxFolders()
+{
+    return {
+        .home = QDir::homePath(),
+        .applicationSupport = baseFolder("XDG_DATA_HOME", QStringLiteral("/.local/share")),
+        .logs = baseFolder("XDG_STATE_HOME", QStringLiteral("/.local/state")) + QStringLiteral("/Quillnest/Logs"),
+        .temporary = QDir::tempPath(),
+        .bundle = QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quillnest")),
+    };
+}
+
+std::shared_ptr<SettingsStore> linuxSettings()
+{
+    return std::make_shared<FileSettingsStore>(
+        baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config")) + QStringLiteral("/Quillnest/settings.json"));
+}
+
+std::shared_ptr<CommandChannel> linuxCommandChannel()
+{
+    return std::make_shared<DBusCommandChannel>();
+}
+
+Platform linuxPlatform()
+{
+    Platform platform;
+    platform.profile = HostProfile::linuxX86_64();
+    platform.folders = linuxFolders();
+    platform.clock = std::make_shared<QtClock>();
+    platform.executor = std::make_shared<QtExecutor>();
+    platform.settings = linuxSettings();
+    platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.commands = linuxCommandChannel();
+    platform.pasteboard = std::make_shared<DesktopPasteboard>();
+    platform.screens = std::make_shared<DesktopScreens>();
+    platform.video = std::make_shared<FFmpegVideoDecoding>();
+    platform.audio = std::make_shared<PulseAudioOutput>();
+    return platform;
+}
+
+} // namespace quillnest

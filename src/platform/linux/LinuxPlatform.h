@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+namespace quillnest
+{
+
+/// The real platform of a Linux desktop. Needs a QGuiApplication; made on the main thread.
+/// Settings lie in "$XDG_CONFIG_HOME/Quillnest/settings.json", data in "$XDG_DATA_HOME/Quillnest", logs in
+/// "$XDG_STATE_HOME/Quillnest/Logs"; the bundle is "share/quillnest" beside the folder of the executable.
+Platform linuxPlatform();
+
+/// The parts that need no display: what command-line companions use.
+Folders linuxFolders();
+std::shared_ptr<SettingsStore> linuxSettings();
+std::shared_ptr<CommandChannel> linuxCommandChannel();
+
+} // namespace quillnest

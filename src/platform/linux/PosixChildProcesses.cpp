@@ -1,0 +1,287 @@
+#include "platform/linux/PosixChildProcesses.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+extern char **environ;
+
+namespace quillnest
+{
+
+namespace
+{
+
+class Descriptor
+{
+public:
+    Descriptor() = default;
+    explicit Descriptor(int value)
+        : m_value(value)
+    {
+    }
+    Descriptor(Descriptor &&other) noexcept
+        : m_value(std::exchange(other.m_value, -1))
+    {
+    }
+    Descriptor &operator=(Descriptor &&other) noexcept
+    {
+        std::swap(m_value, other.m_value);
+        return *this;
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { reset(); }
+
+    int get() const { return m_value; }
+    explicit operator bool() const { return m_value >= 0; }
+    void reset()
+    {
+        if (m_value >= 0)
+            ::close(m_value);
+        m_value = -1;
+    }
+
+private:
+    int m_value = -1;
+};
+
+struct Spawned {
+    pid_t pid = -1;
+    Descriptor output;
+};
+
+/// The texts with the null-terminated pointer array that exec wants.
+class TextArray
+{
+public:
+    void append(QByteArray text) { m_texts.push_back(std::move(text)); }
+    char **pointers()
+    {
+        m_pointers.clear();
+        for (auto &text : m_texts)
+            m_pointers.push_back(text.data());
+        m_pointers.push_back(nullptr);
+        return m_pointers.data();
+    }
+
+private:
+    std::vector<QByteArray> m_texts;
+    std::vector<char *> m_pointers;
+};
+
+TextArray environmentFor(const ChildCommand &command)
+{
+    TextArray result;
+    std::map<QByteArray, QByteArray> changes;
+    for (const auto &[name, value] : command.environment)
+        changes.emplace(QFile::encodeName(name), QFile::encodeName(value));
+    for (char **entry = environ; *entry; ++entry) {
+        const char *equals = std::strchr(*entry, '=');
+        const QByteArray name(*entry, equals ? static_cast<qsizetype>(equals - *entry) : -1);
+        if (!changes.contains(name))
+            result.append(QByteArray(*entry));
+    }
+    for (const auto &[name, value] : changes)
+        result.append(name + '=' + value);
+    return result;
+}
+
+QString errorText(int code)
+{
+    return QString::fromLocal8Bit(std::strerror(code));
+}
+
+Spawned spawn(const ChildCommand &command)
+{
+    Spawned result;
+    Descriptor writeEnd;
+    if (command.output == ChildCommand::Output::Pipe) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0)
+            throw LaunchError(errorText(errno));
+        result.output = Descriptor(ends[0]);
+        writeEnd = Descriptor(ends[1]);
+    }
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (command.input == ChildCommand::Input::Null)
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    switch (command.output) {
+    case ChildCommand::Output::Null:
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        break;
+    case ChildCommand::Output::Pipe:
+        posix_spawn_file_actions_adddup2(&actions, writeEnd.get(), STDOUT_FILENO);
+        break;
+    case ChildCommand::Output::Descriptor:
+        posix_spawn_file_actions_adddup2(&actions, command.descriptor, STDOUT_FILENO);
+        break;
+    }
+    if (command.errors == ChildCommand::Errors::Merged)
+        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    else
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+
+    // This program ignores SIGPIPE; a tool must not inherit that.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t signals;
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes, &signals);
+    sigaddset(&signals, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+
+    const auto program = QFile::encodeName(command.program);
+    TextArray arguments;
+    arguments.append(program);
+    for (const auto &argument : command.arguments)
+        arguments.append(QFile::encodeName(argument));
+    auto environment = environmentFor(command);
+    const int code = ::posix_spawn(
+        &result.pid, program.constData(), &actions, &attributes, arguments.pointers(), environment.pointers());
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    if (code != 0)
+        throw LaunchError(errorText(code));
+    return result;
+}
+
+int reap(pid_t pid)
+{
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR)
+            return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+/// Reads what there is, at most one buffer full. Nothing at the end or on an error.
+QByteArray readChunk(int descriptor)
+{
+    char buffer[65536];
+    ssize_t count = 0;
+    do
+        count = ::read(descriptor, buffer, sizeof buffer);
+    while (count < 0 && errno == EINTR);
+    return count > 0 ? QByteArray(buffer, count) : QByteArray();
+}
+
+class PosixRunningChild : public RunningChild
+{
+public:
+    explicit PosixRunningChild(pid_t pid)
+        : m_pid(pid)
+    {
+    }
+
+    bool isRunning() const override
+    {
+        const std::scoped_lock guard(m_lock);
+        return m_running;
+    }
+
+    qint64 processId() const override { return m_pid; }
+
+    void terminate() override
+    {
+        // Under the lock, so that the signal can't reach a stranger that was given the same id.
+        const std::scoped_lock guard(m_lock);
+        if (m_running)
+            ::kill(m_pid, SIGTERM);
+    }
+
+    /// Waits for the end without reaping, then reaps under the lock.
+    int wait()
+    {
+        siginfo_t info {};
+        while (::waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR) { }
+        const std::scoped_lock guard(m_lock);
+        m_running = false;
+        return reap(m_pid);
+    }
+
+private:
+    const pid_t m_pid;
+    mutable std::mutex m_lock;
+    bool m_running = true;
+};
+
+/// Hands output over until the child has ended and the pipe is empty. A grandchild that keeps the pipe open doesn't
+/// hold this up: the end of the child itself is watched where the kernel offers that.
+void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onOutput)
+{
+    const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    bool ended = false;
+    while (true) {
+        pollfd entries[2] {{output, POLLIN, 0}, {process.get(), POLLIN, 0}};
+        const int ready = ::poll(entries, process && !ended ? 2 : 1, ended ? 0 : -1);
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (entries[0].revents) {
+            auto chunk = readChunk(output);
+            if (chunk.isEmpty())
+                return;
+            if (onOutput)
+                onOutput(std::move(chunk));
+        } else if (ended) {
+            return;
+        } else if (process && entries[1].revents) {
+            ended = true;
+        }
+    }
+}
+
+}
+
+ChildResult PosixChildProcesses::run(const ChildCommand &command)
+{
+    ChildResult result;
+    try {
+        const auto child = spawn(command);
+        if (child.output) {
+            while (true) {
+                const auto chunk = readChunk(child.output.get());
+                if (chunk.isEmpty())
+                    break;
+                result.output += chunk;
+            }
+        }
+        result.status = reap(child.pid);
+    } catch (const LaunchError &error) {
+        result.launchError = error.message();
+    }
+    return result;
+}
+
+std::shared_ptr<RunningChild> PosixChildProcesses::start(const ChildCommand &command, Handlers handlers)
+{
+    auto spawned = spawn(command);
+    auto child = std::make_shared<PosixRunningChild>(spawned.pid);
+    std::thread([child, output = std::move(spawned.output), handlers = std::move(handlers)]() mutable {
+        if (output)
+            readToEnd(output.get(), static_cast<pid_t>(child->processId()), handlers.onOutput);
+        output.reset();
+        const int status = child->wait();
+        if (handlers.onExit)
+            handlers.onExit(status);
+    }).detach();
+    return child;
+}
+
+} // namespace quillnest

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/ChildProcesses.h"
+
+namespace quillnest
+{
+
+/// Child processes by posix_spawn, which costs the same from a process of any size. `start` gives each child a thread
+/// that reads its output and reaps it.
+class PosixChildProcesses : public ChildProcesses
+{
+public:
+    ChildResult run(const ChildCommand &command) override;
+    std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
+    using ChildProcesses::start;
+};
+
+} // namespace quillnest
