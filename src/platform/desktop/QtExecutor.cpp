@@ -32,6 +32,9 @@ public:
             m_closures.clear();
         }
         m_wake.notify_one();
+        // A closure that held the last reference to the queue drops it on the queue's own thread.
+        if (m_thread.get_id() == std::this_thread::get_id())
+            qFatal("a serial queue was dropped by one of its own closures");
         m_thread.join();
     }
 
