@@ -1,0 +1,80 @@
+#pragma once
+
+#include "package/Bytes.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quillnest
+{
+
+class ChildProcesses;
+
+/// Reads Android's compiled XML and resource tables. The formats are those of Android's own packaging tools (chunked,
+/// little-endian). Input is untrusted: malformed bytes give empty or absent results, fields past the end count as
+/// zero, and the work done is bounded. All functions are free of state and safe on any thread.
+namespace APKIconExtractor
+{
+/// Value types of an attribute or a resource.
+constexpr std::uint8_t referenceType = 1;
+constexpr std::uint8_t stringType = 3;
+
+/// The value of one attribute.
+struct Attr {
+    std::uint8_t type = 0;
+    std::uint32_t data = 0;
+    /// The raw value as text, if it has one.
+    std::optional<std::string> string;
+
+    bool operator==(const Attr &) const = default;
+};
+
+/// One start tag. Attributes are known by their name alone, whatever their namespace.
+struct Element {
+    std::string name;
+    std::map<std::string, Attr> attrs;
+};
+
+/// One value of a resource in one configuration.
+struct Entry {
+    /// The number of the configuration, markers (0, 0xFFFE, 0xFFFF) included.
+    int density = 0;
+    /// Text of a string value: a path in the package for a resource that is a file.
+    std::optional<std::string> file;
+    std::uint8_t type = 0;
+    std::uint32_t data = 0;
+
+    bool operator==(const Entry &) const = default;
+};
+
+/// Four little-endian bytes; each one outside the array counts as 0.
+std::int64_t u32(ByteView bytes, std::int64_t offset);
+
+/// The strings of the pool chunk at `offset`, at most 200000, one for each index whatever happens. A UTF-8 string that
+/// doesn't fit is empty; a UTF-16 string is cut to 4096 units.
+std::vector<std::string> stringPool(ByteView bytes, std::int64_t offset);
+
+/// One string of the pool chunk at `pool`, in full; absent if it or its index doesn't fit.
+std::optional<std::string> string(ByteView bytes, std::int64_t pool, std::int64_t index);
+
+/// The start tags of a compiled XML file in document order.
+std::vector<Element> elements(ByteView bytes);
+
+/// The values of a resource id (0xPPTTEEEE) in all configurations of a resource table, in the table's order.
+/// References are not followed.
+std::vector<Entry> entries(ByteView bytes, std::uint32_t id);
+
+/// One entry of a package, unpacked by the host's "unzip"; absent if it is empty, missing or larger than any real one.
+/// The names are taken literally. Blocks until the child process ends.
+std::optional<std::vector<std::uint8_t>>
+read(ChildProcesses &processes, const std::string &packagePath, const std::string &entryName);
+
+/// The application's label: the literal in the manifest, or the first value in the table that it refers to. Blocks.
+std::optional<std::string> label(ChildProcesses &processes, const std::string &packagePath);
+} // namespace APKIconExtractor
+
+} // namespace quillnest

@@ -1,0 +1,143 @@
+#include "package/APKManifestReader.h"
+
+#include "package/PackageEntry.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace quillnest
+{
+
+namespace
+{
+constexpr std::uint16_t xmlFile = 0x0003;
+constexpr std::uint16_t stringPoolChunk = 0x0001;
+constexpr std::uint16_t startElementChunk = 0x0102;
+constexpr std::uint32_t utf8Flag = 0x100;
+
+/// What a string costs besides its text.
+constexpr std::size_t stringCost = 32;
+
+/// The byte at a position that has to exist.
+std::uint8_t requiredByte(ByteView bytes, std::int64_t position)
+{
+    if (position >= static_cast<std::int64_t>(bytes.size())) {
+        std::fputs("APKManifestReader: string offset out of range\n", stderr);
+        std::abort();
+    }
+    return bytes[static_cast<std::size_t>(position)];
+}
+
+/// Collects the strings of all pools that come before the manifest element.
+class StringList
+{
+public:
+    explicit StringList(ByteView bytes) : m_bytes(bytes), m_budget(bytes.size()) { }
+
+    /// False when the pool asks for more than any real one has.
+    bool appendPool(std::int64_t pool)
+    {
+        const auto count = Bytes::u32(m_bytes, pool + 8);
+        const bool isUtf8 = (Bytes::u32(m_bytes, pool + 16) & utf8Flag) != 0;
+        const auto data = pool + Bytes::u32(m_bytes, pool + 20);
+        const auto offsets = pool + Bytes::u16(m_bytes, pool + 2);
+        for (std::int64_t i = 0; i < count; ++i) {
+            const auto position = data + Bytes::u32(m_bytes, offsets + 4 * i);
+            auto text = isUtf8 ? utf8(position) : utf16(position);
+            if (!text || !m_budget.spend(stringCost + text->size()))
+                return false;
+            m_strings.push_back(std::move(*text));
+        }
+        return true;
+    }
+
+    const std::string *at(std::uint32_t index) const { return index < m_strings.size() ? &m_strings[index] : nullptr; }
+
+private:
+    std::optional<std::string> utf8(std::int64_t position) const
+    {
+        auto cursor = position + ((requiredByte(m_bytes, position) & 0x80) != 0 ? 2 : 1);
+        std::int64_t length = requiredByte(m_bytes, cursor++);
+        if ((length & 0x80) != 0)
+            length = ((length & 0x7F) << 8) | Bytes::u8(m_bytes, cursor++);
+        if (cursor + length > static_cast<std::int64_t>(m_bytes.size()))
+            return std::string();
+        return Bytes::repairedUtf8(m_bytes.subspan(static_cast<std::size_t>(cursor), static_cast<std::size_t>(length)));
+    }
+
+    std::optional<std::string> utf16(std::int64_t position)
+    {
+        if (position + 2 > static_cast<std::int64_t>(m_bytes.size()))
+            return std::string();
+        std::int64_t length = Bytes::u16(m_bytes, position);
+        auto cursor = position + 2;
+        if ((length & 0x8000) != 0) {
+            length = ((length & 0x7FFF) << 16) | Bytes::u16(m_bytes, cursor);
+            cursor += 2;
+        }
+        // A length may name gigabytes that aren't there, all of which would be read as zero units.
+        if (!m_budget.spend(static_cast<std::size_t>(length)))
+            return std::nullopt;
+        std::vector<std::uint16_t> units;
+        units.reserve(static_cast<std::size_t>(length));
+        for (std::int64_t i = 0; i < length; ++i)
+            units.push_back(Bytes::u16(m_bytes, cursor + 2 * i));
+        return Bytes::repairedUtf16(units);
+    }
+
+    const ByteView m_bytes;
+    WorkBudget m_budget;
+    std::vector<std::string> m_strings;
+};
+
+std::optional<std::string> packageAttribute(ByteView bytes, std::int64_t element, const StringList &strings)
+{
+    const std::int64_t base = element + 16 + Bytes::u16(bytes, element + 24);
+    const std::int64_t size = Bytes::u16(bytes, element + 26);
+    const std::int64_t count = Bytes::u16(bytes, element + 28);
+    for (std::int64_t i = 0; i < count; ++i) {
+        const auto record = base + i * size;
+        const auto *name = strings.at(Bytes::u32(bytes, record + 4));
+        if (!name || *name != "package")
+            continue;
+        if (const auto *value = strings.at(Bytes::u32(bytes, record + 8)))
+            return *value;
+    }
+    return std::nullopt;
+}
+} // namespace
+
+std::optional<std::string> APKManifestReader::packageName(ChildProcesses &processes, const std::string &packagePath)
+{
+    return parse(PackageEntry::read(processes, packagePath, "AndroidManifest.xml"));
+}
+
+std::optional<std::string> APKManifestReader::parse(ByteView bytes)
+{
+    const auto size = static_cast<std::int64_t>(bytes.size());
+    if (size < 9 || Bytes::u16(bytes, 0) != xmlFile)
+        return std::nullopt;
+    const std::int64_t header = Bytes::u16(bytes, 2);
+    if (size < header + 8)
+        return std::nullopt;
+
+    StringList strings(bytes);
+    for (auto position = header; position <= size - 8;) {
+        const auto type = Bytes::u16(bytes, position);
+        const std::int64_t chunkSize = Bytes::u32(bytes, position + 4);
+        if (chunkSize == 0)
+            return std::nullopt;
+        if (type == startElementChunk) {
+            const auto *name = strings.at(Bytes::u32(bytes, position + 20));
+            if (name && *name == "manifest")
+                return packageAttribute(bytes, position, strings);
+        } else if (type == stringPoolChunk && !strings.appendPool(position)) {
+            return std::nullopt;
+        }
+        position += chunkSize;
+    }
+    return std::nullopt;
+}
+
+} // namespace quillnest

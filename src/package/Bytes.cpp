@@ -1,0 +1,140 @@
+#include "package/Bytes.h"
+
+namespace quillnest
+{
+
+namespace
+{
+constexpr char32_t replacement = 0xFFFD;
+
+void append(std::string &text, char32_t scalar)
+{
+    const auto push = [&text](char32_t value) { text.push_back(static_cast<char>(static_cast<unsigned char>(value))); };
+    if (scalar < 0x80) {
+        push(scalar);
+    } else if (scalar < 0x800) {
+        push(0xC0 | (scalar >> 6));
+        push(0x80 | (scalar & 0x3F));
+    } else if (scalar < 0x10000) {
+        push(0xE0 | (scalar >> 12));
+        push(0x80 | ((scalar >> 6) & 0x3F));
+        push(0x80 | (scalar & 0x3F));
+    } else {
+        push(0xF0 | (scalar >> 18));
+        push(0x80 | ((scalar >> 12) & 0x3F));
+        push(0x80 | ((scalar >> 6) & 0x3F));
+        push(0x80 | (scalar & 0x3F));
+    }
+}
+
+/// What a lead byte promises: how many bytes follow, and the range of the first of them. The ranges keep out overlong
+/// forms, surrogates and values past U+10FFFF.
+struct Lead {
+    int following = -1;
+    std::uint8_t low = 0x80;
+    std::uint8_t high = 0xBF;
+};
+
+Lead leadOf(std::uint8_t byte)
+{
+    if (byte < 0x80)
+        return {0};
+    if (byte >= 0xC2 && byte <= 0xDF)
+        return {1};
+    if (byte == 0xE0)
+        return {2, 0xA0, 0xBF};
+    if (byte == 0xED)
+        return {2, 0x80, 0x9F};
+    if (byte >= 0xE1 && byte <= 0xEF)
+        return {2};
+    if (byte == 0xF0)
+        return {3, 0x90, 0xBF};
+    if (byte >= 0xF1 && byte <= 0xF3)
+        return {3};
+    if (byte == 0xF4)
+        return {3, 0x80, 0x8F};
+    return {};
+}
+
+bool fits(ByteView bytes, std::int64_t position, std::int64_t width)
+{
+    return position >= 0 && position <= static_cast<std::int64_t>(bytes.size()) - width;
+}
+} // namespace
+
+std::uint8_t Bytes::u8(ByteView bytes, std::int64_t position)
+{
+    return fits(bytes, position, 1) ? bytes[static_cast<std::size_t>(position)] : std::uint8_t{0};
+}
+
+std::uint16_t Bytes::looseU16(ByteView bytes, std::int64_t position)
+{
+    return static_cast<std::uint16_t>(u8(bytes, position) | (u8(bytes, position + 1) << 8));
+}
+
+std::uint16_t Bytes::u16(ByteView bytes, std::int64_t position)
+{
+    return fits(bytes, position, 2) ? looseU16(bytes, position) : std::uint16_t{0};
+}
+
+std::uint32_t Bytes::looseU32(ByteView bytes, std::int64_t position)
+{
+    return static_cast<std::uint32_t>(looseU16(bytes, position))
+        | (static_cast<std::uint32_t>(looseU16(bytes, position + 2)) << 16);
+}
+
+std::uint32_t Bytes::u32(ByteView bytes, std::int64_t position)
+{
+    return fits(bytes, position, 4) ? looseU32(bytes, position) : 0;
+}
+
+std::string Bytes::repairedUtf8(ByteView text)
+{
+    std::string result;
+    result.reserve(text.size());
+    std::size_t position = 0;
+    while (position < text.size()) {
+        const Lead lead = leadOf(text[position]);
+        std::size_t length = 1;
+        auto low = lead.low;
+        auto high = lead.high;
+        while (lead.following >= static_cast<int>(length) && position + length < text.size()) {
+            const auto byte = text[position + length];
+            if (byte < low || byte > high)
+                break;
+            low = 0x80;
+            high = 0xBF;
+            ++length;
+        }
+        if (lead.following + 1 == static_cast<int>(length)) {
+            const auto whole = text.subspan(position, length);
+            result.append(whole.begin(), whole.end());
+        } else {
+            append(result, replacement);
+        }
+        position += length;
+    }
+    return result;
+}
+
+std::string Bytes::repairedUtf16(std::span<const std::uint16_t> units)
+{
+    const auto isHigh = [](std::uint16_t unit) { return (unit & 0xFC00) == 0xD800; };
+    const auto isLow = [](std::uint16_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    std::string result;
+    result.reserve(units.size());
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const auto unit = units[i];
+        if (isHigh(unit) && i + 1 < units.size() && isLow(units[i + 1])) {
+            const auto low = units[++i];
+            append(result, 0x10000 + ((static_cast<char32_t>(unit) & 0x3FF) << 10) + (low & 0x3FFU));
+        } else if (isHigh(unit) || isLow(unit)) {
+            append(result, replacement);
+        } else {
+            append(result, unit);
+        }
+    }
+    return result;
+}
+
+} // namespace quillnest

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quillnest
+{
+
+class ChildProcesses;
+
+/// Gets single entries out of zip archives by means of the host's "unzip".
+namespace PackageEntry
+{
+/// What no entry that we have a use for reaches. A small archive can stand for gigabytes.
+constexpr std::size_t maximumSize = 128 * 1024 * 1024;
+
+/// The bytes of one entry; empty if the archive or the entry can't be read, or if the entry is larger than
+/// `maximumSize`. Both names are taken literally. Blocks until the child process ends; any thread but one that the
+/// host's child process layer needs for its callbacks.
+std::vector<std::uint8_t> read(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName);
+
+/// The archive's path and an entry's name as "unzip" has to be told them, which otherwise reads some as options and
+/// others as patterns.
+std::string archiveArgument(const std::string &path);
+std::string entryArgument(const std::string &name);
+} // namespace PackageEntry
+
+} // namespace quillnest

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/Appearance.h"
+#include "platform/CommandChannel.h"
+#include "platform/Pasteboard.h"
+#include "platform/Screens.h"
+
+#include <QStringList>
+
+#include <atomic>
+
+namespace quillnest
+{
+
+/// A clipboard of this test's own.
+class FakePasteboard : public Pasteboard
+{
+public:
+    int changeCount() const override { return m_changeCount; }
+    std::optional<QString> string() const override { return m_string; }
+    void setString(const QString &text) override { put(text); }
+
+    /// What another program does: puts text, or with nothing a picture or the like.
+    void put(std::optional<QString> text)
+    {
+        m_string = std::move(text);
+        ++m_changeCount;
+    }
+
+private:
+    int m_changeCount = 0;
+    std::optional<QString> m_string;
+};
+
+/// One screen of 1920 by 1080 with a panel of 30 points at its top, until a test says otherwise.
+class FakeScreens : public Screens
+{
+public:
+    std::vector<ScreenInfo> all() const override { return screens; }
+
+    std::vector<ScreenInfo> screens{{QRect(0, 0, 1920, 1080), QRect(0, 30, 1920, 1050), 1.0}};
+};
+
+/// A command channel with no other process on it: what is posted comes back at once, if somebody listens.
+class FakeCommandChannel : public CommandChannel
+{
+    Q_OBJECT
+
+public:
+    bool listen() override
+    {
+        m_listening = reachable;
+        return reachable;
+    }
+    bool post(const QString &command) override
+    {
+        if (!reachable)
+            return false;
+        posted.append(command);
+        if (m_listening)
+            Q_EMIT received(command);
+        return true;
+    }
+
+    QStringList posted;
+    bool reachable = true;
+
+private:
+    bool m_listening = false;
+};
+
+class FakeAppearance : public Appearance
+{
+    Q_OBJECT
+
+public:
+    bool isDark() const override { return m_dark; }
+    void setDark(bool dark)
+    {
+        if (m_dark.exchange(dark) != dark)
+            Q_EMIT changed();
+    }
+
+private:
+    std::atomic_bool m_dark = false;
+};
+
+} // namespace quillnest

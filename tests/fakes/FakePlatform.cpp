@@ -1,0 +1,99 @@
+#include "fakes/FakePlatform.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace quillnest
+{
+
+QString FakePlatform::writeFile(const QString &relative, const QByteArray &content, bool executable) const
+{
+    const auto absolute = path(relative);
+    QDir().mkpath(QFileInfo(absolute).path());
+    QFile file(absolute);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        throw std::runtime_error("can't write " + absolute.toStdString());
+    file.close();
+    if (executable)
+        file.setPermissions(file.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser);
+    return absolute;
+}
+
+std::optional<QByteArray> FakePlatform::readFile(const QString &path) const
+{
+    QFile file(QDir(home->path()).absoluteFilePath(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return file.readAll();
+}
+
+void FakePlatform::settle() const
+{
+    do {
+        if (QCoreApplication::instance())
+            QCoreApplication::processEvents();
+    } while (executor->drain() > 0);
+}
+
+void FakePlatform::runUntil(const std::function<bool()> &done) const
+{
+    const auto limit = clock->monotonic() + std::chrono::hours(1);
+    for (settle(); !done(); settle()) {
+        if (clock->monotonic() > limit)
+            throw std::runtime_error("not done after an hour");
+        if (!clock->advanceToNext())
+            throw std::runtime_error("nothing left to wait for");
+    }
+}
+
+FakePlatform fakePlatform(HostProfile profile)
+{
+    FakePlatform fakes;
+    fakes.home = std::make_unique<QTemporaryDir>();
+    fakes.clock = std::make_shared<ManualClock>();
+    fakes.executor = std::make_shared<ManualExecutor>();
+    fakes.settings = std::make_shared<MemorySettings>();
+    fakes.processes = std::make_shared<ScriptedProcesses>();
+    fakes.commands = std::make_shared<FakeCommandChannel>();
+    fakes.pasteboard = std::make_shared<FakePasteboard>();
+    fakes.screens = std::make_shared<FakeScreens>();
+    fakes.appearance = std::make_shared<FakeAppearance>();
+
+    // The folders needn't exist, but temporary files need one.
+    const auto temporary = fakes.path(QStringLiteral("tmp"));
+    QDir().mkpath(temporary);
+    fakes.platform = Platform {
+        .profile = std::move(profile),
+        .folders = {
+            .home = fakes.home->path(),
+            .applicationSupport = fakes.path(QStringLiteral("Application Support")),
+            .logs = fakes.path(QStringLiteral("Logs/Quillnest")),
+            .temporary = temporary,
+            .bundle = fakes.path(QStringLiteral("Quillnest.app")),
+        },
+        .clock = fakes.clock,
+        .executor = fakes.executor,
+        .settings = fakes.settings,
+        .processes = fakes.processes,
+        .commands = fakes.commands,
+        .pasteboard = fakes.pasteboard,
+        .screens = fakes.screens,
+        .video = nullptr,
+        .audio = nullptr,
+        .appearance = fakes.appearance,
+    };
+    return fakes;
+}
+
+void runToEnd(const FakePlatform &fakes, Task<> task)
+{
+    auto whole = [](Task<> running) -> Task<bool> {
+        co_await running;
+        co_return true;
+    }(std::move(task));
+    runToEnd<bool>(fakes, std::move(whole));
+}
+
+} // namespace quillnest
