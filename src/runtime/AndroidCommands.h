@@ -52,6 +52,7 @@ public:
     bool deviceIsBooted() const;
     bool deviceIsListed() const;
     bool androidIsHealthy() const;
+    bool internetIsValidated() const;
 
     /// API level of the running device; 0 when it can't be told.
     int runningApi() const;

@@ -1,0 +1,216 @@
+#include "runtime/AndroidCommands.h"
+
+#include "base/MobileApp.h"
+#include "runtime/AndroidRuntimeError.h"
+#include "runtime/StrictUtf8.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace quillnest
+{
+
+namespace
+{
+/// A new empty file that a child writes to and that is gone when this object is.
+class CommandOutput
+{
+public:
+    explicit CommandOutput(const QString &folder)
+        : m_file(QStringLiteral("%1/Quillnest-command-%2.log").arg(folder, uuidText(QUuid::createUuid())))
+    {
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+            throw AndroidRuntimeError::commandFailed(QStringLiteral("Could not create command output"));
+    }
+    ~CommandOutput()
+    {
+        m_file.close();
+        m_file.remove();
+    }
+    CommandOutput(const CommandOutput &) = delete;
+    CommandOutput &operator=(const CommandOutput &) = delete;
+
+    int descriptor() const { return m_file.handle(); }
+
+    void synchronize() const
+    {
+        if (::fsync(m_file.handle()) != 0)
+            throw std::system_error(errno, std::generic_category(), "command output");
+    }
+
+    /// What the child wrote; "" if it can't be read or isn't UTF-8.
+    QString text() const
+    {
+        QFile reader(m_file.fileName());
+        if (!reader.open(QIODevice::ReadOnly))
+            return {};
+        return strictUtf8(reader.readAll()).value_or(QString());
+    }
+
+private:
+    QFile m_file;
+};
+
+QStringList onDevice(const QStringList &arguments)
+{
+    return QStringList{QStringLiteral("-s"), AndroidCommands::serial()} + arguments;
+}
+
+QStringList nonEmptyLines(const QString &text)
+{
+    return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+} // namespace
+
+AndroidCommands::AndroidCommands(const Platform &platform, std::shared_ptr<QuillnestLog> log)
+    : m_platform(platform), m_log(std::move(log))
+{
+}
+
+QString AndroidCommands::run(const QString &tool, const QStringList &arguments) const
+{
+    const QFileInfo file(tool);
+    if (!file.isFile() || !file.isExecutable())
+        throw AndroidRuntimeError::toolMissing(file.fileName());
+
+    const CommandOutput output(m_platform.folders.temporary);
+    ChildCommand command;
+    command.program = tool;
+    command.arguments = arguments;
+    if (const auto home = javaHome())
+        command.environment[QStringLiteral("JAVA_HOME")] = *home;
+    command.input = ChildCommand::Input::Null;
+    command.output = ChildCommand::Output::Descriptor;
+    command.errors = ChildCommand::Errors::Merged;
+    command.descriptor = output.descriptor();
+    const auto result = m_platform.processes->run(command);
+    if (result.launchError)
+        throw LaunchError(*result.launchError);
+    output.synchronize();
+    auto text = output.text();
+    if (result.status != 0)
+        throw AndroidRuntimeError::commandFailed(text.trimmed());
+    return text;
+}
+
+QString AndroidCommands::runOnDevice(const QStringList &arguments) const
+{
+    return run(paths().adb(), onDevice(arguments));
+}
+
+QString AndroidCommands::runADB(const QStringList &arguments) const
+{
+    ChildCommand command;
+    command.program = paths().adb();
+    command.arguments = onDevice(arguments);
+    command.input = ChildCommand::Input::Inherit;
+    command.output = ChildCommand::Output::Pipe;
+    command.errors = ChildCommand::Errors::Null;
+    const auto result = m_platform.processes->run(command);
+    if (result.launchError)
+        return {};
+    return strictUtf8(result.output).value_or(QString());
+}
+
+std::optional<QString> AndroidCommands::javaHome() const
+{
+    for (const auto &home : m_platform.profile.javaHomes) {
+        if (QFileInfo::exists(home + QStringLiteral("/bin/java")))
+            return home;
+    }
+    return std::nullopt;
+}
+
+bool AndroidCommands::deviceIsBooted() const
+{
+    try {
+        const QStringList query{
+            QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("sys.boot_completed")};
+        return runOnDevice(query).trimmed() == QLatin1String("1");
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+bool AndroidCommands::deviceIsListed() const
+{
+    try {
+        const auto lines = nonEmptyLines(run(paths().adb(), {QStringLiteral("devices")}));
+        return std::any_of(lines.begin(), lines.end(), [](const QString &line) { return line.startsWith(serial()); });
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+bool AndroidCommands::androidIsHealthy() const
+{
+    try {
+        const auto answer = runOnDevice(
+            {QStringLiteral("shell"), QStringLiteral("service"), QStringLiteral("check"), QStringLiteral("package")});
+        return answer.contains(QLatin1String("found")) && !answer.contains(QLatin1String("not found"));
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+bool AndroidCommands::internetIsValidated() const
+{
+    try {
+        return runOnDevice({QStringLiteral("shell"), QStringLiteral("dumpsys"), QStringLiteral("connectivity")})
+            .contains(QLatin1String("VALIDATED"));
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+int AndroidCommands::runningApi() const
+{
+    try {
+        const QStringList query{
+            QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("ro.build.version.sdk")};
+        return runOnDevice(query).trimmed().toInt();
+    } catch (const std::exception &) {
+        return 0;
+    }
+}
+
+void AndroidCommands::killDevice() const
+{
+    try {
+        runOnDevice({QStringLiteral("emu"), QStringLiteral("kill")});
+    } catch (const std::exception &) {
+        // Whether it went is seen in the list of devices.
+    }
+}
+
+void AndroidCommands::stopAllApps() const
+{
+    const auto stopped = nonEmptyLines(runADB(
+        {QStringLiteral("shell"),
+         QStringLiteral("for p in $(pm list packages -3 | sed 's/package://'); do am force-stop $p; echo $p; done")}));
+    if (!stopped.isEmpty())
+        log().write(QStringLiteral("stopped %1 Android apps").arg(stopped.size()));
+}
+
+QSet<QString> AndroidCommands::thirdPartyPackages() const
+{
+    const auto prefix = QStringLiteral("package:");
+    QSet<QString> packages;
+    const auto output = runOnDevice(
+        {QStringLiteral("shell"), QStringLiteral("pm"), QStringLiteral("list"), QStringLiteral("packages"),
+         QStringLiteral("-3")});
+    for (const auto &line : nonEmptyLines(output)) {
+        const auto trimmed = line.trimmed();
+        if (trimmed.startsWith(prefix))
+            packages.insert(trimmed.mid(prefix.size()));
+    }
+    return packages;
+}
+
+} // namespace quillnest

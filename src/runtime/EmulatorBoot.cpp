@@ -1,0 +1,231 @@
+#include "runtime/EmulatorBoot.h"
+
+#include "runtime/AndroidAdBlock.h"
+#include "runtime/AndroidDarkMode.h"
+#include "runtime/AndroidHardware.h"
+#include "runtime/AndroidRuntimeError.h"
+#include "runtime/AndroidVolume.h"
+
+#include <QFileInfo>
+
+#include <utility>
+
+namespace quillnest
+{
+
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto poll = 1s;
+constexpr auto processPoll = 500ms;
+constexpr int dyingDeviceRounds = 30;
+constexpr int dyingProcessRounds = 30;
+constexpr int bootRounds = 240;
+constexpr int networkRounds = 30;
+} // namespace
+
+/// Suspends until a flight has ended; throws what ended it.
+class EmulatorBoot::FlightEnd
+{
+public:
+    explicit FlightEnd(std::shared_ptr<Flight> flight) : m_flight(std::move(flight)) { }
+    bool await_ready() const noexcept { return m_flight->ended; }
+    void await_suspend(std::coroutine_handle<> waiter) { m_flight->waiters.push_back(waiter); }
+    void await_resume() const
+    {
+        if (m_flight->error)
+            std::rethrow_exception(m_flight->error);
+    }
+
+private:
+    std::shared_ptr<Flight> m_flight;
+};
+
+EmulatorBoot::EmulatorBoot(std::shared_ptr<const AndroidCommands> commands) : m_commands(std::move(commands)) { }
+
+void EmulatorBoot::throwIfCancelled() const
+{
+    if (m_cancelled)
+        throw AndroidRuntimeCancelled();
+}
+
+Task<> EmulatorBoot::ensure(Self self)
+{
+    self->throwIfCancelled();
+    if (!self->m_flight) {
+        self->m_flight = std::make_shared<Flight>();
+        // The slot is filled before the boot begins, and the task goes on without its handle.
+        fly(self, self->m_flight);
+    }
+    FlightEnd end(self->m_flight);
+    co_await end;
+}
+
+Task<> EmulatorBoot::fly(Self self, std::shared_ptr<Flight> flight)
+{
+    try {
+        co_await boot(self);
+    } catch (...) {
+        flight->error = std::current_exception();
+    }
+    flight->ended = true;
+    self->m_commands->platform().executor->onMain([self, flight] {
+        if (self->m_flight == flight)
+            self->m_flight.reset();
+    });
+    for (const auto waiter : std::exchange(flight->waiters, {}))
+        waiter.resume();
+}
+
+Task<> EmulatorBoot::boot(Self self)
+{
+    auto &log = self->m_commands->log();
+
+    if (co_await ask(self, &AndroidCommands::deviceIsBooted)) {
+        const int running = co_await runningApi(self);
+        const int wanted = self->m_commands->paths().api;
+        if (running != 0 && running != wanted) {
+            log.write(QStringLiteral("android version change: running API %1, wanted API %2 - restarting")
+                          .arg(running)
+                          .arg(wanted));
+            co_await tell(self, &AndroidCommands::stopAllApps);
+            co_await tell(self, &AndroidCommands::killDevice);
+            co_await waitUntilGone(self);
+        } else if (co_await ask(self, &AndroidCommands::androidIsHealthy)) {
+            co_return;
+        }
+    }
+
+    // A second look: the device was sick a moment ago, or should have gone by now.
+    if (co_await ask(self, &AndroidCommands::deviceIsBooted)) {
+        if (co_await ask(self, &AndroidCommands::androidIsHealthy))
+            co_return;
+        log.write(QStringLiteral("android unhealthy (package service missing) - restarting it"));
+        co_await tell(self, &AndroidCommands::killDevice);
+        co_await waitUntilGone(self);
+    }
+
+    const bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    if (!listed)
+        co_await startDevice(self);
+    co_await waitForBoot(self);
+    co_await applyTweaks(self);
+    co_await waitForInternet(self);
+}
+
+Task<> EmulatorBoot::waitUntilGone(Self self)
+{
+    bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    for (int round = 0; listed && round < dyingDeviceRounds; ++round) {
+        co_await pause(self, poll);
+        listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    }
+    self->m_emulatorProcess.reset();
+}
+
+Task<> EmulatorBoot::startDevice(Self self)
+{
+    // An emulator of ours that adb doesn't list has just been launched or is on its way out.
+    for (int round = 0; round < dyingProcessRounds && self->emulatorIsRunning(); ++round)
+        co_await pause(self, processPoll);
+    if (!self->emulatorIsRunning())
+        self->m_emulatorProcess.reset();
+    const QFileInfo emulator(self->m_commands->paths().emulator());
+    if (!emulator.isFile() || !emulator.isExecutable())
+        throw AndroidRuntimeError::toolMissing(QStringLiteral("Android Emulator"));
+    if (!self->m_emulatorProcess)
+        self->launchEmulator();
+}
+
+void EmulatorBoot::launchEmulator()
+{
+    const auto paths = m_commands->paths();
+    const auto &platform = m_commands->platform();
+    AndroidHardware::apply(paths, *platform.settings, platform.folders);
+
+    ChildCommand command;
+    command.program = paths.emulator();
+    command.arguments
+        = {QLatin1Char('@') + paths.avdName, QStringLiteral("-port"),         AndroidCommands::consolePort(),
+           QStringLiteral("-no-window"),     QStringLiteral("-no-boot-anim"), QStringLiteral("-gpu"),
+           QStringLiteral("host"),           QStringLiteral("-memory"),       QStringLiteral("2048"),
+           QStringLiteral("-no-snapshot")};
+    command.environment[QStringLiteral("ANDROID_SDK_ROOT")] = paths.sdkRoot;
+    command.environment[QStringLiteral("ANDROID_HOME")] = paths.sdkRoot;
+    if (paths.avdHome)
+        command.environment[QStringLiteral("ANDROID_AVD_HOME")] = *paths.avdHome;
+    command.input = ChildCommand::Input::Null;
+    command.output = ChildCommand::Output::Null;
+    command.errors = ChildCommand::Errors::Null;
+    const auto managed = paths.isManaged ? QStringLiteral("true") : QStringLiteral("false");
+    m_commands->log().write(
+        QStringLiteral("starting emulator avd=%1 managed=%2 sdk=%3").arg(paths.avdName, managed, paths.sdkRoot));
+    m_emulatorProcess = platform.processes->start(command);
+}
+
+Task<> EmulatorBoot::waitForBoot(Self self)
+{
+    for (int round = 0; round < bootRounds; ++round) {
+        if (co_await ask(self, &AndroidCommands::deviceIsBooted))
+            co_return;
+        co_await pause(self, poll);
+    }
+    throw AndroidRuntimeError::bootTimeout();
+}
+
+Task<> EmulatorBoot::waitForInternet(Self self)
+{
+    auto &log = self->m_commands->log();
+    for (int round = 0; round < networkRounds; ++round) {
+        if (co_await ask(self, &AndroidCommands::internetIsValidated)) {
+            log.write(QStringLiteral("android network validated"));
+            co_return;
+        }
+        co_await pause(self, poll);
+    }
+    log.write(QStringLiteral("android network not validated after 30s"));
+}
+
+Task<> EmulatorBoot::applyTweaks(Self self)
+{
+    auto work = [commands = self->m_commands] {
+        commands->stopAllApps();
+        AndroidDarkMode::apply(*commands);
+        AndroidVolume::maximize(*commands);
+        AndroidAdBlock::apply(*commands);
+    };
+    co_await background(*self->m_commands->platform().executor, std::move(work));
+    self->throwIfCancelled();
+}
+
+Task<> EmulatorBoot::pause(Self self, Clock::Duration duration)
+{
+    co_await sleepFor(*self->m_commands->platform().clock, duration);
+    self->throwIfCancelled();
+}
+
+Task<> EmulatorBoot::tell(Self self, void (AndroidCommands::*command)() const)
+{
+    auto work = [commands = self->m_commands, command] { (commands.get()->*command)(); };
+    co_await background(*self->m_commands->platform().executor, std::move(work));
+    self->throwIfCancelled();
+}
+
+Task<bool> EmulatorBoot::ask(Self self, bool (AndroidCommands::*check)() const)
+{
+    auto work = [commands = self->m_commands, check] { return (commands.get()->*check)(); };
+    const bool answer = co_await background(*self->m_commands->platform().executor, std::move(work));
+    self->throwIfCancelled();
+    co_return answer;
+}
+
+Task<int> EmulatorBoot::runningApi(Self self)
+{
+    auto work = [commands = self->m_commands] { return commands->runningApi(); };
+    const int api = co_await background(*self->m_commands->platform().executor, std::move(work));
+    self->throwIfCancelled();
+    co_return api;
+}
+
+} // namespace quillnest

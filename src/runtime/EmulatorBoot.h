@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/ChildProcesses.h"
+#include "platform/Tasks.h"
+#include "runtime/AndroidCommands.h"
+
+#include <exception>
+#include <memory>
+#include <vector>
+
+namespace quillnest
+{
+
+/// Keeps the one device alive: takes over what is there, waits for what is coming up, replaces what is sick or of the
+/// wrong version, and starts what is missing. All of it on the main thread, with adb in the background.
+///
+/// Its coroutines hold the object by its shared pointer, so it may be let go at any time.
+class EmulatorBoot
+{
+public:
+    using Self = std::shared_ptr<EmulatorBoot>;
+
+    explicit EmulatorBoot(std::shared_ptr<const AndroidCommands> commands);
+
+    /// Waits for the boot in flight, or begins one. Each waiter gets the boot's failure.
+    static Task<> ensure(Self self);
+
+    /// The boot in flight ends with AndroidRuntimeCancelled at its next step. The device is left as it is.
+    void cancel() { m_cancelled = true; }
+
+    /// Throws AndroidRuntimeCancelled after `cancel`.
+    void throwIfCancelled() const;
+
+private:
+    /// One boot and those who wait for it.
+    struct Flight {
+        bool ended = false;
+        std::exception_ptr error;
+        std::vector<std::coroutine_handle<>> waiters;
+    };
+    class FlightEnd;
+
+    static Task<> fly(Self self, std::shared_ptr<Flight> flight);
+    static Task<> boot(Self self);
+    static Task<> waitUntilGone(Self self);
+    static Task<> startDevice(Self self);
+    static Task<> waitForBoot(Self self);
+    static Task<> waitForInternet(Self self);
+    static Task<> applyTweaks(Self self);
+
+    static Task<> pause(Self self, Clock::Duration duration);
+    static Task<> tell(Self self, void (AndroidCommands::*command)() const);
+    static Task<bool> ask(Self self, bool (AndroidCommands::*check)() const);
+    static Task<int> runningApi(Self self);
+
+    bool emulatorIsRunning() const { return m_emulatorProcess && m_emulatorProcess->isRunning(); }
+    void launchEmulator();
+
+    const std::shared_ptr<const AndroidCommands> m_commands;
+    bool m_cancelled = false;
+    /// The boot that all callers wait for.
+    std::shared_ptr<Flight> m_flight;
+    /// The emulator that this process started; none for a device that it took over. Its only use is not to start a
+    /// second one while the first is alive.
+    std::shared_ptr<RunningChild> m_emulatorProcess;
+};
+
+} // namespace quillnest
