@@ -37,7 +37,9 @@ class FakeScreens : public Screens
 {
 public:
     std::vector<ScreenInfo> all() const override { return screens; }
+    bool isComposited() const override { return composited; }
 
+    bool composited = true;
     std::vector<ScreenInfo> screens{{QRect(0, 0, 1920, 1080), QRect(0, 30, 1920, 1050), 1.0}};
 };
 

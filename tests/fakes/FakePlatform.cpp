@@ -64,26 +64,23 @@ FakePlatform fakePlatform(HostProfile profile)
     // The folders needn't exist, but temporary files need one.
     const auto temporary = fakes.path(QStringLiteral("tmp"));
     QDir().mkpath(temporary);
-    fakes.platform = Platform {
-        .profile = std::move(profile),
-        .folders = {
-            .home = fakes.home->path(),
-            .applicationSupport = fakes.path(QStringLiteral("Application Support")),
-            .logs = fakes.path(QStringLiteral("Logs/Quillnest")),
-            .temporary = temporary,
-            .bundle = fakes.path(QStringLiteral("Quillnest.app")),
-        },
-        .clock = fakes.clock,
-        .executor = fakes.executor,
-        .settings = fakes.settings,
-        .processes = fakes.processes,
-        .commands = fakes.commands,
-        .pasteboard = fakes.pasteboard,
-        .screens = fakes.screens,
-        .video = nullptr,
-        .audio = nullptr,
-        .appearance = fakes.appearance,
+    auto &platform = fakes.platform;
+    platform.profile = std::move(profile);
+    platform.folders = {
+        .home = fakes.home->path(),
+        .applicationSupport = fakes.path(QStringLiteral("Application Support")),
+        .logs = fakes.path(QStringLiteral("Logs/Quillnest")),
+        .temporary = temporary,
+        .bundle = fakes.path(QStringLiteral("Quillnest.app")),
     };
+    platform.clock = fakes.clock;
+    platform.executor = fakes.executor;
+    platform.settings = fakes.settings;
+    platform.processes = fakes.processes;
+    platform.commands = fakes.commands;
+    platform.pasteboard = fakes.pasteboard;
+    platform.screens = fakes.screens;
+    platform.appearance = fakes.appearance;
     return fakes;
 }
 

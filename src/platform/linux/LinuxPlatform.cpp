@@ -7,6 +7,7 @@
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/linux/DBusCommandChannel.h"
+#include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
 
@@ -64,6 +65,7 @@ Platform linuxPlatform()
     platform.screens = std::make_shared<DesktopScreens>();
     platform.video = std::make_shared<FFmpegVideoDecoding>();
     platform.audio = std::make_shared<PulseAudioOutput>();
+    platform.appearance = std::make_shared<PortalAppearance>();
     return platform;
 }
 
