@@ -12,6 +12,7 @@
 #include "platform/SampleRenderer.h"
 #include "platform/Screens.h"
 #include "platform/SettingsStore.h"
+#include "platform/Symbols.h"
 
 #include <memory>
 
@@ -31,6 +32,7 @@ struct Platform {
     std::shared_ptr<Screens> screens;
     std::shared_ptr<VideoDecoding> video;
     std::shared_ptr<AudioOutput> audio;
+    std::shared_ptr<Symbols> symbols;
     /// Null on a host that has none: light.
     std::shared_ptr<Appearance> appearance;
 };

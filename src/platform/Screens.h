@@ -26,6 +26,9 @@ public:
     /// The main one first.
     virtual std::vector<ScreenInfo> all() const = 0;
 
+    /// Whether windows may be see-through, for rounded corners and shadows.
+    virtual bool isComposited() const = 0;
+
     std::optional<ScreenInfo> main() const
     {
         const auto screens = all();

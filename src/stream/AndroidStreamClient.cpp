@@ -299,12 +299,6 @@ std::optional<int> AndroidStreamClient::displayID() const
     return m_displayID;
 }
 
-bool AndroidStreamClient::isStopped() const
-{
-    const std::scoped_lock guard(m_lock);
-    return m_stopped;
-}
-
 StreamStatistics AndroidStreamClient::statistics() const
 {
     StreamStatistics result;

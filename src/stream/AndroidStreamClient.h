@@ -124,7 +124,6 @@ private:
     void launchServer(const QString &scid, QSize display);
     void readServerOutput(const QByteArray &chunk);
     std::shared_ptr<StreamSocket> controlSocket() const;
-    bool isStopped() const;
     void onMain(std::function<void()> work) const;
 
     // VideoStream.cpp

@@ -9,6 +9,7 @@ class DesktopScreens : public Screens
 {
 public:
     std::vector<ScreenInfo> all() const override;
+    bool isComposited() const override;
 };
 
 } // namespace quillnest

@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaObject>
+#include <QThreadPool>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -65,6 +66,17 @@ QVariant decode(const QJsonValue &value)
     return value.toVariant();
 }
 
+void syncToDisk(const QString &path)
+{
+    for (const auto &name : {path, QFileInfo(path).absolutePath()}) {
+        const int descriptor = ::open(QFile::encodeName(name).constData(), O_RDONLY | O_CLOEXEC);
+        if (descriptor >= 0) {
+            ::fsync(descriptor);
+            ::close(descriptor);
+        }
+    }
+}
+
 /// Holds the lock that all processes take around a change of the file. The lock has a file of its own, because the
 /// settings file is replaced by every write.
 class ProcessLock
@@ -102,6 +114,13 @@ FileSettingsStore::FileSettingsStore(const QString &path)
     if (QFile::exists(path))
         m_watcher.addPath(path);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FileSettingsStore::fileMayHaveChanged);
+    // A renamed file is safe from a kill of the process at once. Getting it to the disk may take a while, and a window
+    // that is being dragged writes many times a second, so that happens in the background when the writes have paused.
+    m_syncTimer.setSingleShot(true);
+    m_syncTimer.setInterval(200);
+    connect(&m_syncTimer, &QTimer::timeout, this, [path] {
+        QThreadPool::globalInstance()->start([path] { syncToDisk(path); });
+    });
 }
 
 QVariant FileSettingsStore::value(const QString &key) const
@@ -148,7 +167,8 @@ void FileSettingsStore::change(const QString &key, const std::optional<QVariant>
                 m_values.insert(key, stored);
             else
                 m_values.remove(key);
-            write();
+            if (write())
+                QMetaObject::invokeMethod(&m_syncTimer, qOverload<>(&QTimer::start));
             changed.append(key);
         }
     }
@@ -208,7 +228,6 @@ bool FileSettingsStore::write()
         good = count > 0;
         done += good ? count : 0;
     }
-    good = ::fdatasync(descriptor) == 0 && good;
     ::close(descriptor);
     if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
         QFile::remove(temporary);

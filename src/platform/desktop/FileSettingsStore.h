@@ -3,6 +3,7 @@
 #include "platform/SettingsStore.h"
 
 #include <QFileSystemWatcher>
+#include <QTimer>
 #include <QVariantMap>
 
 #include <mutex>
@@ -48,6 +49,7 @@ private:
     Stamp m_stamp {};
     std::optional<QString> m_damaged;
     QFileSystemWatcher m_watcher;
+    QTimer m_syncTimer;
 };
 
 } // namespace quillnest

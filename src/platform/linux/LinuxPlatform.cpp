@@ -6,6 +6,7 @@
 #include "platform/desktop/FileSettingsStore.h"
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
+#include "platform/desktop/ThemeSymbols.h"
 #include "platform/linux/DBusCommandChannel.h"
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
@@ -65,6 +66,7 @@ Platform linuxPlatform()
     platform.screens = std::make_shared<DesktopScreens>();
     platform.video = std::make_shared<FFmpegVideoDecoding>();
     platform.audio = std::make_shared<PulseAudioOutput>();
+    platform.symbols = std::make_shared<ThemeSymbols>();
     platform.appearance = std::make_shared<PortalAppearance>();
     return platform;
 }

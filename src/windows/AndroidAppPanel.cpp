@@ -1,0 +1,153 @@
+#include "windows/AndroidAppPanel.h"
+
+#include "windows/Palette.h"
+
+#include <QCloseEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWindow>
+
+namespace quillnest
+{
+
+namespace
+{
+/// How far from an edge a press still takes the edge, in points.
+constexpr double edgeReach = 5;
+/// The same along an edge for its corner.
+constexpr double cornerReach = 14;
+}
+
+AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint)
+    , m_platform(platform)
+    , m_resizing(resizing)
+{
+    setAttribute(Qt::WA_DeleteOnClose, false);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    if (platform.screens->isComposited())
+        setAttribute(Qt::WA_TranslucentBackground);
+}
+
+void AndroidAppPanel::setFloating(bool on)
+{
+    m_floating = on;
+    // On a window that is on screen a changed flag would map it anew, so the window system is asked directly.
+    if (windowHandle())
+        windowHandle()->setFlag(Qt::WindowStaysOnTopHint, on);
+    else
+        setWindowFlag(Qt::WindowStaysOnTopHint, on);
+}
+
+void AndroidAppPanel::orderFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+void AndroidAppPanel::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Presses at the edges are taken before any widget sees them.
+    windowHandle()->removeEventFilter(this);
+    windowHandle()->installEventFilter(this);
+}
+
+void AndroidAppPanel::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || isActiveWindow() == m_isKey)
+        return;
+    m_isKey = isActiveWindow();
+    const auto &told = m_isKey ? onBecomeKey : onResignKey;
+    if (told)
+        told();
+}
+
+void AndroidAppPanel::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    if (onCloseRequest)
+        onCloseRequest();
+}
+
+void AndroidAppPanel::moveEvent(QMoveEvent *event)
+{
+    QWidget::moveEvent(event);
+    if (onMove && isVisible())
+        onMove();
+}
+
+void AndroidAppPanel::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (onResize && isVisible())
+        onResize();
+}
+
+void AndroidAppPanel::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(this);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(event->rect(),
+        testAttribute(Qt::WA_TranslucentBackground) ? QColor(Qt::transparent)
+                                                    : Palette::current(m_platform).windowBackground);
+}
+
+Qt::Edges AndroidAppPanel::edgesAt(QPointF point) const
+{
+    if (m_resizing == Resizing::Fixed)
+        return {};
+    const double left = point.x();
+    const double top = point.y();
+    const double right = width() - left;
+    const double bottom = height() - top;
+    const bool onEdge = left < edgeReach || right < edgeReach || top < edgeReach || bottom < edgeReach;
+    if (!onEdge)
+        return {};
+    Qt::Edges edges;
+    edges.setFlag(Qt::LeftEdge, left < cornerReach && (left < edgeReach || top < edgeReach || bottom < edgeReach));
+    edges.setFlag(Qt::RightEdge, right < cornerReach && (right < edgeReach || top < edgeReach || bottom < edgeReach));
+    edges.setFlag(Qt::TopEdge, top < cornerReach && (top < edgeReach || left < edgeReach || right < edgeReach));
+    edges.setFlag(Qt::BottomEdge, bottom < cornerReach && (bottom < edgeReach || left < edgeReach || right < edgeReach));
+    return edges;
+}
+
+void AndroidAppPanel::showEdgeCursor(Qt::Edges edges)
+{
+    if (edges == m_cursorEdges)
+        return;
+    m_cursorEdges = edges;
+    const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
+    const bool vertical = edges & (Qt::TopEdge | Qt::BottomEdge);
+    if (!horizontal && !vertical)
+        windowHandle()->unsetCursor();
+    else if (!vertical)
+        windowHandle()->setCursor(Qt::SizeHorCursor);
+    else if (!horizontal)
+        windowHandle()->setCursor(Qt::SizeVerCursor);
+    else if (edges == (Qt::LeftEdge | Qt::TopEdge) || edges == (Qt::RightEdge | Qt::BottomEdge))
+        windowHandle()->setCursor(Qt::SizeFDiagCursor);
+    else
+        windowHandle()->setCursor(Qt::SizeBDiagCursor);
+}
+
+bool AndroidAppPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == windowHandle()) {
+        if (event->type() == QEvent::MouseMove) {
+            const auto *mouse = static_cast<QMouseEvent *>(event);
+            if (mouse->buttons() == Qt::NoButton)
+                showEdgeCursor(edgesAt(mouse->position()));
+        } else if (event->type() == QEvent::MouseButtonPress) {
+            const auto *mouse = static_cast<QMouseEvent *>(event);
+            const auto edges = edgesAt(mouse->position());
+            if (edges && mouse->button() == Qt::LeftButton && windowHandle()->startSystemResize(edges))
+                return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace quillnest

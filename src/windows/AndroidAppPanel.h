@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace quillnest
+{
+
+/// A frameless window that floats like a panel: resizable at its edges if wanted, rounded and with a shadow where the
+/// desktop has a compositor, and able to take the keyboard.
+class AndroidAppPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum class Resizing { Fixed, AtEdges };
+
+    AndroidAppPanel(const Platform &platform, Resizing resizing);
+
+    // The delegate's part. Called on the main thread.
+    std::function<void()> onResignKey;
+    std::function<void()> onBecomeKey;
+    std::function<void()> onMove;
+    std::function<void()> onResize;
+    /// The user asked to close the window; it never closes by itself.
+    std::function<void()> onCloseRequest;
+
+    /// Keeps the window above others, or not.
+    void setFloating(bool on);
+    bool isFloating() const { return m_floating; }
+
+    /// Shows the window in front of all others and gives it the keyboard.
+    void orderFront();
+    void orderOut() { hide(); }
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    Qt::Edges edgesAt(QPointF point) const;
+    void showEdgeCursor(Qt::Edges edges);
+
+    const Platform &m_platform;
+    const Resizing m_resizing;
+    bool m_floating = false;
+    bool m_isKey = false;
+    Qt::Edges m_cursorEdges;
+};
+
+} // namespace quillnest

@@ -1,0 +1,60 @@
+#include "windows/Palette.h"
+
+#include "platform/Appearance.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+
+namespace quillnest
+{
+
+Palette Palette::light()
+{
+    return {
+        .windowBackground = QColor(0xF4F4F6),
+        .headerBackground = QColor(0xECECEF),
+        .label = QColor(0x1C1C1E),
+        .secondaryLabel = QColor(0x5B5B60),
+        .tertiaryLabel = QColor(0x8A8A8F),
+        .controlAccent = QColor(0x0A6CFF),
+        .hover = QColor(0, 0, 0, 18),
+        .pressed = QColor(0, 0, 0, 36),
+        .separator = QColor(0, 0, 0, 28),
+        .tile = QColor(0xFFFFFF),
+        .field = QColor(0xFFFFFF),
+    };
+}
+
+Palette Palette::dark()
+{
+    return {
+        .windowBackground = QColor(0x1E1E21),
+        .headerBackground = QColor(0x2A2A2E),
+        .label = QColor(0xF2F2F4),
+        .secondaryLabel = QColor(0xB4B4BA),
+        .tertiaryLabel = QColor(0x85858B),
+        .controlAccent = QColor(0x3D8BFF),
+        .hover = QColor(255, 255, 255, 22),
+        .pressed = QColor(255, 255, 255, 40),
+        .separator = QColor(255, 255, 255, 30),
+        .tile = QColor(0x2C2C30),
+        .field = QColor(0x2C2C30),
+    };
+}
+
+Palette Palette::current(const Platform &platform)
+{
+    return platform.appearance && platform.appearance->isDark() ? dark() : light();
+}
+
+QFont interfaceFont(int points, QFont::Weight weight)
+{
+    static const bool hasInter = QFontDatabase::hasFamily(QStringLiteral("Inter"));
+    QFont font = hasInter ? QFont(QStringLiteral("Inter")) : QGuiApplication::font();
+    // Device-independent pixels are what points are on the screens that the layout was made for.
+    font.setPixelSize(points);
+    font.setWeight(weight);
+    return font;
+}
+
+} // namespace quillnest

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "base/ChangeNotifications.h"
+#include "base/QuillnestLog.h"
+#include "platform/Platform.h"
+#include "runtime/AndroidCommands.h"
+
+#include <memory>
+
+namespace quillnest
+{
+
+/// What the windows need of the rooms below them. Outlives every window.
+struct WindowServices {
+    Platform platform;
+    std::shared_ptr<QuillnestLog> log;
+    std::shared_ptr<ChangeNotifications> notifications;
+    std::shared_ptr<const AndroidCommands> commands;
+
+    /// Runs adb on the device in the background; whatever comes of it doesn't matter.
+    void runADBInBackground(const QStringList &arguments) const
+    {
+        platform.executor->inBackground([commands = commands, arguments] { commands->runADB(arguments); });
+    }
+};
+
+} // namespace quillnest
