@@ -1,0 +1,28 @@
+#pragma once
+
+#include "common/UniqueFd.h"
+
+#include <QByteArray>
+
+namespace standin
+{
+
+/// Blocking POSIX sockets for any thread. An invalid descriptor means failure; errno tells why.
+UniqueFd listenOnLoopback(quint16 port);
+UniqueFd connectToLoopback(quint16 port);
+
+/// A Unix socket's address holds 107 bytes of path. Longer paths are reached through a descriptor of their folder,
+/// so that a deep home folder does not keep the device from starting.
+UniqueFd listenOnUnixPath(const QByteArray &path);
+UniqueFd connectToUnixPath(const QByteArray &path);
+
+UniqueFd acceptConnection(int listener);
+
+bool readExactly(int fd, void *data, size_t size);
+bool writeAll(int fd, const void *data, size_t size);
+inline bool writeAll(int fd, const QByteArray &bytes)
+{
+    return writeAll(fd, bytes.constData(), static_cast<size_t>(bytes.size()));
+}
+
+} // namespace standin
