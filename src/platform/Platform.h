@@ -5,6 +5,7 @@
 #include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
 #include "platform/CommandChannel.h"
+#include "platform/DiagnosticsPort.h"
 #include "platform/Executor.h"
 #include "platform/Folders.h"
 #include "platform/HostProfile.h"
@@ -12,6 +13,7 @@
 #include "platform/SampleRenderer.h"
 #include "platform/Screens.h"
 #include "platform/SettingsStore.h"
+#include "platform/StatusItems.h"
 #include "platform/Symbols.h"
 
 #include <memory>
@@ -28,7 +30,9 @@ struct Platform {
     std::shared_ptr<SettingsStore> settings;
     std::shared_ptr<ChildProcesses> processes;
     std::shared_ptr<CommandChannel> commands;
+    std::shared_ptr<DiagnosticsPort> diagnostics;
     std::shared_ptr<Pasteboard> pasteboard;
+    std::shared_ptr<StatusItems> statusItems;
     std::shared_ptr<Screens> screens;
     std::shared_ptr<VideoDecoding> video;
     std::shared_ptr<AudioOutput> audio;

@@ -125,7 +125,10 @@ void AndroidVideoView::showNewestFrame()
     repaint();
     if (m_counters.framesShown == before)
         return;
-    const auto age = m_platform.clock->monotonic() - m_shownFrame->arrival();
+    const auto now = m_platform.clock->monotonic();
+    if (!m_counters.firstShownAt)
+        m_counters.firstShownAt = now;
+    const auto age = now - m_shownFrame->arrival();
     m_counters.lastFrameAge = std::chrono::duration<double, std::milli>(age).count();
     m_counters.worstFrameAge = std::max(m_counters.worstFrameAge, m_counters.lastFrameAge);
 }

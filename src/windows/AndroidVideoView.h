@@ -21,6 +21,8 @@ struct ViewCounters {
     /// Age of the picture when its pixels were last handed to the display, in milliseconds.
     double lastFrameAge = 0;
     double worstFrameAge = 0;
+    /// `Clock::monotonic` when the first picture was handed to the display.
+    std::optional<std::chrono::nanoseconds> firstShownAt;
 };
 
 /// Shows a stream and turns mouse, wheel and keyboard into control messages. It keeps no state of the stream: without

@@ -141,9 +141,16 @@ void AndroidWindowSession::wire()
 
 void AndroidWindowSession::start()
 {
+    m_startedAt = m_services.platform.clock->monotonic();
     m_client->start();
     m_registry.setUnread(m_appID, false);
     show();
+}
+
+std::optional<double> AndroidWindowSession::firstShownSeconds() const
+{
+    const auto shownAt = m_videoView->counters().firstShownAt;
+    return shownAt ? std::optional(secondsBetween(m_startedAt, *shownAt)) : std::nullopt;
 }
 
 void AndroidWindowSession::show()

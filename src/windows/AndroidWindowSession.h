@@ -39,6 +39,8 @@ public:
     AndroidStreamClient &client() const { return *m_client; }
     bool isClosing() const { return m_closing; }
     bool isPinned() const { return m_pinned; }
+    /// From `start` to the first picture on the screen.
+    std::optional<double> firstShownSeconds() const;
 
     /// The session's end, with the error text of an end that nobody asked for. Set by the registry.
     std::function<void(AndroidWindowSession *, std::optional<QString>)> onEnded;
@@ -81,6 +83,7 @@ private:
     const QString m_package;
     const QString m_title;
     const std::shared_ptr<QuillnestLog> m_log;
+    std::chrono::nanoseconds m_startedAt {};
     bool m_pinned = false;
     bool m_closing = false;
     /// The change count of the pasteboard that was last acted on.

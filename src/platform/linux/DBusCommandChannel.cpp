@@ -23,7 +23,14 @@ bool DBusCommandChannel::post(const QString &command)
 {
     auto message = QDBusMessage::createSignal(path, interface, member);
     message << command;
-    return QDBusConnection::sessionBus().send(message);
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.send(message))
+        return false;
+    // A signal has no answer. A call that has one, behind it on the same connection, tells that it has left this
+    // process, which may be about to end.
+    const auto ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    return bus.call(ping).type() == QDBusMessage::ReplyMessage;
 }
 
 } // namespace quillnest

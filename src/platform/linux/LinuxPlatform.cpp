@@ -7,7 +7,9 @@
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/desktop/ThemeSymbols.h"
+#include "platform/desktop/TrayStatusItems.h"
 #include "platform/linux/DBusCommandChannel.h"
+#include "platform/linux/DBusDiagnostics.h"
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
@@ -52,6 +54,11 @@ std::shared_ptr<CommandChannel> linuxCommandChannel()
     return std::make_shared<DBusCommandChannel>();
 }
 
+std::shared_ptr<DiagnosticsPort> linuxDiagnostics()
+{
+    return std::make_shared<DBusDiagnostics>();
+}
+
 Platform linuxPlatform()
 {
     Platform platform;
@@ -66,6 +73,8 @@ Platform linuxPlatform()
     platform.screens = std::make_shared<DesktopScreens>();
     platform.video = std::make_shared<FFmpegVideoDecoding>();
     platform.audio = std::make_shared<PulseAudioOutput>();
+    platform.diagnostics = linuxDiagnostics();
+    platform.statusItems = std::make_shared<TrayStatusItems>();
     platform.symbols = std::make_shared<ThemeSymbols>();
     platform.appearance = std::make_shared<PortalAppearance>();
     return platform;

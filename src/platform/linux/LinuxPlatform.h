@@ -14,5 +14,6 @@ Platform linuxPlatform();
 Folders linuxFolders();
 std::shared_ptr<SettingsStore> linuxSettings();
 std::shared_ptr<CommandChannel> linuxCommandChannel();
+std::shared_ptr<DiagnosticsPort> linuxDiagnostics();
 
 } // namespace quillnest

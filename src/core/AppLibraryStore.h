@@ -1,0 +1,111 @@
+#pragma once
+
+#include "base/ChangeNotifications.h"
+#include "base/MobileApp.h"
+#include "base/QuillnestLog.h"
+#include "platform/Platform.h"
+#include "platform/Tasks.h"
+#include "runtime/AndroidRuntimeCLI.h"
+#include "windows/AndroidWindowRegistry.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QUrl>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quillnest
+{
+
+/// The one observable object of the process: the library of apps, the state that the interface shows about Android,
+/// and the operations that change them. Made once; lives as long as the process. Main thread.
+class AppLibraryStore : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class AndroidState { ready, starting, sleeping, notSetUp };
+
+    struct Services {
+        Platform platform;
+        std::shared_ptr<QuillnestLog> log;
+        std::shared_ptr<ChangeNotifications> notifications;
+        AndroidRuntimeCLI &runtime;
+        AndroidWindowRegistry &windows;
+        /// While this is true a device that an earlier run left is being cleaned: an app that was opened meanwhile
+        /// would be stopped with the rest, so launches wait.
+        std::shared_ptr<bool> cleaningDevice = std::make_shared<bool>(false);
+    };
+
+    explicit AppLibraryStore(Services services);
+    ~AppLibraryStore() override;
+
+    // What the interface shows. Every change is announced by `changed`.
+    const std::vector<MobileApp> &apps() const { return m_apps; }
+    QString search() const { return m_search; }
+    void setSearch(const QString &text);
+    QString statusMessage() const { return m_statusMessage; }
+    AndroidState androidState() const { return m_androidState; }
+    std::optional<QUuid> launchingAppID() const { return m_launchingAppID; }
+    const QSet<QUuid> &runningAppIDs() const { return m_runningAppIDs; }
+    const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
+
+    /// Favourites and then the others, each sorted by display name.
+    std::vector<MobileApp> orderedApps() const;
+    /// In stored order, the apps whose name contains the search text.
+    std::vector<MobileApp> filteredApps() const;
+    /// The first entry whose name contains the text; an empty text is contained in none.
+    std::optional<MobileApp> firstMatch(const QString &query) const;
+    /// The same, looking at the path as well.
+    std::optional<MobileApp> firstMatchInNameOrPath(const QString &text) const;
+
+    /// Adds package files, one after the other; their labels are read in the background.
+    void addFiles(const QList<QUrl> &urls);
+    void replaceSource(QUuid id, const QUrl &url, const QString &package);
+    void remove(const MobileApp &app);
+    void toggleFavorite(const MobileApp &app);
+
+    /// What one click on an app does, for all callers.
+    void launch(const MobileApp &app);
+    /// Starts Android before the user asks for it.
+    void prewarmAndroid();
+    /// Asks the device and sets `androidState`; never overrides a start in progress.
+    void refreshAndroidState();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    // AppLibraryStore.cpp
+    void load();
+    void save();
+    MobileApp *find(QUuid id);
+    void setStatus(const QString &message);
+    void setAndroidState(AndroidState state);
+    Task<> addAll(QList<QUrl> urls);
+    Task<> addPackage(QString path, MobilePlatform platform);
+
+    // AndroidLaunch.cpp
+    void launchAndroid(const MobileApp &app);
+    Task<> runLaunch(MobileApp app, std::chrono::nanoseconds openedAt);
+    void openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt);
+    void launchFailed(const MobileApp &app, const QString &description);
+    void clearLaunching(QUuid id);
+    Task<> runPrewarm();
+    Task<> runRefresh();
+
+    const Services m_services;
+    std::vector<MobileApp> m_apps;
+    QString m_search;
+    QString m_statusMessage = QStringLiteral("Ready");
+    AndroidState m_androidState = AndroidState::sleeping;
+    std::optional<QUuid> m_launchingAppID;
+    QSet<QUuid> m_runningAppIDs;
+    QSet<QUuid> m_unreadAppIDs;
+    bool m_prewarming = false;
+};
+
+} // namespace quillnest

@@ -1,0 +1,97 @@
+#include "core/DiagnosticsReport.h"
+
+#include <QJsonArray>
+
+namespace quillnest
+{
+
+namespace
+{
+
+QJsonValue optionalNumber(const std::optional<double> &value)
+{
+    return value ? QJsonValue(*value) : QJsonValue();
+}
+
+QString stateText(AppLibraryStore::AndroidState state)
+{
+    switch (state) {
+    case AppLibraryStore::AndroidState::ready:
+        return QStringLiteral("ready");
+    case AppLibraryStore::AndroidState::starting:
+        return QStringLiteral("starting");
+    case AppLibraryStore::AndroidState::sleeping:
+        return QStringLiteral("sleeping");
+    case AppLibraryStore::AndroidState::notSetUp:
+        break;
+    }
+    return QStringLiteral("notSetUp");
+}
+
+QJsonObject rectangle(const QRect &rect)
+{
+    return {{QStringLiteral("x"), rect.x()}, {QStringLiteral("y"), rect.y()},
+        {QStringLiteral("width"), rect.width()}, {QStringLiteral("height"), rect.height()}};
+}
+
+QJsonObject window(const AndroidWindowSession &session)
+{
+    const auto &client = session.client();
+    const auto &view = session.videoView();
+    const auto stream = client.statistics();
+    const auto renderer = view.renderer()->counters();
+    const auto shown = view.counters();
+    const auto video = client.videoSize().toSize();
+    const auto displayID = client.displayID();
+    return {
+        {QStringLiteral("appID"), uuidText(session.appID())},
+        {QStringLiteral("package"), session.package()},
+        {QStringLiteral("visible"), session.panel().isVisible()},
+        {QStringLiteral("active"), session.panel().isActiveWindow()},
+        {QStringLiteral("pinned"), session.isPinned()},
+        {QStringLiteral("windowId"), static_cast<qint64>(session.panel().winId())},
+        {QStringLiteral("frame"), rectangle(session.panel().geometry())},
+        {QStringLiteral("videoArea"),
+            rectangle({view.mapToGlobal(QPoint(0, 0)), view.size()})},
+        {QStringLiteral("scale"), view.devicePixelRatioF()},
+        {QStringLiteral("videoWidth"), video.width()},
+        {QStringLiteral("videoHeight"), video.height()},
+        {QStringLiteral("displayID"), displayID ? QJsonValue(*displayID) : QJsonValue()},
+        {QStringLiteral("framesEnqueued"), static_cast<qint64>(stream.framesEnqueued)},
+        {QStringLiteral("framesDecoded"), static_cast<qint64>(renderer.decoded)},
+        {QStringLiteral("framesDropped"), static_cast<qint64>(renderer.dropped)},
+        {QStringLiteral("framesFailed"), static_cast<qint64>(renderer.failed)},
+        {QStringLiteral("framesShown"), static_cast<qint64>(shown.framesShown)},
+        {QStringLiteral("lastFrameAgeMilliseconds"), shown.lastFrameAge},
+        {QStringLiteral("worstFrameAgeMilliseconds"), shown.worstFrameAge},
+        {QStringLiteral("firstFrameSeconds"), optionalNumber(session.firstShownSeconds())},
+        {QStringLiteral("audioPackets"), static_cast<qint64>(stream.audioPackets)},
+        {QStringLiteral("audioFramesPlayed"), static_cast<qint64>(stream.audioFramesPlayed)},
+    };
+}
+
+}
+
+QJsonObject diagnosticsReport(const AppLibraryStore &store, const AndroidWindowRegistry &windows)
+{
+    QJsonArray apps;
+    for (const auto &app : store.apps()) {
+        apps.append(QJsonObject {{QStringLiteral("id"), uuidText(app.id)}, {QStringLiteral("name"), app.name},
+            {QStringLiteral("sourcePath"), app.sourcePath}});
+    }
+    QJsonArray sessions;
+    for (const auto &[appID, session] : windows.sessions())
+        sessions.append(window(*session));
+    const auto popup = windows.menuBarPopupFrame();
+    const auto launching = store.launchingAppID();
+    return {
+        {QStringLiteral("androidState"), stateText(store.androidState())},
+        {QStringLiteral("statusMessage"), store.statusMessage()},
+        {QStringLiteral("launchingAppID"), launching ? QJsonValue(uuidText(*launching)) : QJsonValue()},
+        {QStringLiteral("apps"), apps},
+        {QStringLiteral("windows"), sessions},
+        {QStringLiteral("panel"), popup ? QJsonValue(rectangle(*popup)) : QJsonValue()},
+    };
+}
+
+} // namespace quillnest

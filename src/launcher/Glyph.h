@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPainter>
+#include <QRectF>
+
+namespace quillnest
+{
+
+/// The program's sign: a nest of three arcs with an egg in it.
+void drawGlyph(QPainter &painter, QRectF area, const QColor &color);
+
+/// The sign as an icon in one colour.
+QIcon glyphIcon(const QColor &color);
+
+} // namespace quillnest

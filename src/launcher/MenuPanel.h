@@ -1,0 +1,49 @@
+#pragma once
+
+#include "core/AppLibraryStore.h"
+
+#include <QWidget>
+
+class QGridLayout;
+class QLabel;
+
+namespace quillnest
+{
+
+class AppTile;
+
+/// The launcher: the library as a grid of tiles with the status line below. A click on a tile opens its app; package
+/// files dropped on it join the library.
+class MenuPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void rebuild();
+    void refresh();
+    int columns() const;
+
+    const Platform &m_platform;
+    AppLibraryStore &m_store;
+    QGridLayout *m_grid = nullptr;
+    QWidget *m_gridArea = nullptr;
+    QLabel *m_title = nullptr;
+    QLabel *m_state = nullptr;
+    QLabel *m_status = nullptr;
+    QLabel *m_empty = nullptr;
+    std::vector<MobileApp> m_shown;
+    std::map<QUuid, AppTile *> m_tiles;
+    int m_shownColumns = 0;
+};
+
+} // namespace quillnest

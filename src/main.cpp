@@ -1,0 +1,51 @@
+// The composition root: builds the platform, wires the rooms, starts the application.
+
+#include "core/QuillnestApp.h"
+#include "launcher/Glyph.h"
+#include "launcher/MenuPanel.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/TerminationSignals.h"
+#include "windows/Palette.h"
+
+#include <QApplication>
+#include <QWindow>
+
+int main(int argc, char **argv)
+{
+    using namespace quillnest;
+    const TerminationSignals signals_;
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Quillnest"));
+    QApplication::setDesktopFileName(QStringLiteral("app.quillnest.Quillnest"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setFont(interfaceFont(13));
+    QObject::connect(&signals_, &TerminationSignals::requested, &application, &QApplication::quit);
+
+    const auto platform = linuxPlatform();
+    QuillnestApp quillnest(platform);
+    quillnest.start(QApplication::arguments(), [&quillnest] {
+        return new MenuPanel(quillnest.platform(), quillnest.store());
+    });
+    QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {
+        if (window)
+            quillnest.windowDidBecomeKey();
+    });
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, &QuillnestApp::terminate);
+
+    auto &windows = quillnest.windows();
+    QApplication::setWindowIcon(glyphIcon(QColor(0x4C6FFF)));
+    const auto togglePanel = [&windows] {
+        if (windows.menuBarPopupFrame())
+            windows.closeMenuBarPopup();
+        else
+            windows.showMenuBarPopup(std::nullopt);
+    };
+    const auto statusItem = platform.statusItems->add(glyphIcon(Palette::current(platform).label),
+        QStringLiteral("Quillnest"), togglePanel,
+        {{QStringLiteral("Show Apps"), [&windows] { windows.showMenuBarPopup(std::nullopt); }},
+            {QStringLiteral("Quit Quillnest"), [] { QApplication::quit(); }}});
+    // Without a place for the status item the panel is the only way in.
+    if (!platform.statusItems->isAvailable())
+        windows.showMenuBarPopup(std::nullopt);
+    return QApplication::exec();
+}

@@ -1,0 +1,31 @@
+#include "platform/linux/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace quillnest
+{
+
+TerminationSignals::TerminationSignals()
+{
+    ::signal(SIGPIPE, SIG_IGN);
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&signals, signal);
+    // Blocked in every thread, so that they come only through the descriptor.
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, descriptor] {
+        signalfd_siginfo info;
+        while (::read(descriptor, &info, sizeof info) > 0) { }
+        Q_EMIT requested();
+    });
+}
+
+} // namespace quillnest
