@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -110,7 +111,9 @@ bool SyncService::receiveFile(const QByteArray &pathAndMode)
     const mode_t mode = pathAndMode.mid(comma + 1).toUInt();
     QDir().mkpath(QFileInfo(path).path());
     // A link's data is its target. Written to a side file first, so that a push cut short leaves the old file.
-    const QString partial = path + QStringLiteral(".partial");
+    // Its name is this push's own: several clients may push the same file at once.
+    static std::atomic<int> pushes = 0;
+    const QString partial = path + QStringLiteral(".partial%1").arg(++pushes);
     QByteArray problem;
     QFile file(partial);
     QByteArray target;

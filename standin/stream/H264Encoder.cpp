@@ -28,6 +28,7 @@ void H264Encoder::Deleter::operator()(AVPacket *packet) const
 
 H264Encoder::H264Encoder(QSize size, int bitRate, int fps) : m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
 {
+    av_log_set_level(AV_LOG_ERROR); // the encoder's statistics are not the emulator's output
     const AVCodec *codec = avcodec_find_encoder_by_name("libx264");
     if (codec == nullptr)
         return;

@@ -18,7 +18,7 @@ ScreenLayout::ScreenLayout(const ScreenModel &model) : scale(model.scale())
     title = QRectF(textLeft, icon.top() + px(4), textWidth, px(30));
     subtitle = QRectF(textLeft, title.bottom() + px(2), textWidth, px(18));
     dial = QRectF(card.right() - inset - px(56), card.bottom() - inset - px(56), px(56), px(56));
-    clock = QRectF(left + inset, card.bottom() - inset - px(48), px(214), px(48));
+    clock = QRectF(left + inset, card.bottom() - inset - px(48), px(240), px(48));
     if (clock.right() > dial.left() - px(8))
         clock.setRight(dial.left() - px(8));
     chips = QRectF(left, card.bottom() + px(14), width, px(32));
