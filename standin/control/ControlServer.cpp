@@ -85,6 +85,8 @@ QJsonObject ControlServer::answer(const QJsonObject &request)
         return fault(request[u"name"].toString(), request[u"argument"].toVariant().toString());
     if (command == u"screenshot")
         return screenshot(request[u"displayId"].toInt(-1));
+    if (command == u"notify" || command == u"unnotify" || command == u"media")
+        return mirror(command, request);
     if (command == u"push-screen") {
         m_device.displays.pushScreen(request[u"displayId"].toInt());
         return done;
@@ -94,6 +96,27 @@ QJsonObject ControlServer::answer(const QJsonObject &request)
     if (command == u"quit")
         return done;
     return problem(u"unknown command '%1'"_s.arg(command));
+}
+
+QJsonObject ControlServer::mirror(const QString &command, const QJsonObject &request)
+{
+    NotificationStore &store = m_device.notifications;
+    const QString package = request[u"package"].toString();
+    const QString title = request[u"title"].toString();
+    if (package.isEmpty())
+        return problem(u"a package is needed"_s);
+    if (command == u"notify")
+        store.post(
+            {package, request[u"id"].toInt(1), title, request[u"text"].toString(), request[u"ongoing"].toBool()});
+    else if (command == u"unnotify" && request.contains(u"id"))
+        store.cancel(package, request[u"id"].toInt());
+    else if (command == u"unnotify")
+        store.cancelAll(package);
+    else if (title.isEmpty())
+        store.setMedia(package, std::nullopt);
+    else
+        store.setMedia(package, MediaSession{title, request[u"artist"].toString(), request[u"playing"].toBool(true)});
+    return done;
 }
 
 QJsonObject ControlServer::set(const QString &name, const QString &value)

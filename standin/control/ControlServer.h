@@ -20,6 +20,8 @@ public:
 private:
     void serve(const UniqueFd &connection);
     QJsonObject answer(const QJsonObject &request);
+    /// What an app would show outside of its window: notifications and what it plays.
+    QJsonObject mirror(const QString &command, const QJsonObject &request);
     QJsonObject set(const QString &name, const QString &value);
     QJsonObject fault(const QString &name, const QString &argument);
     QJsonObject screenshot(int displayId) const;

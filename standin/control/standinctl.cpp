@@ -20,6 +20,9 @@ const auto usage = u"usage: standinctl [--socket PATH] COMMAND\n"
                    "  set bootSeconds SECONDS      how long a boot takes\n"
                    "  fault NAME [ARGUMENT]        show a fault from now on\n"
                    "  fault clear [NAME]           show it, or all of them, no longer\n"
+                   "  notify PACKAGE TITLE TEXT [ID [ongoing]]   post a notification as the app would\n"
+                   "  unnotify PACKAGE [ID]        take one back, or all of the app's\n"
+                   "  media PACKAGE TITLE ARTIST [paused]   let the app play; with no TITLE its session ends\n"
                    "  screenshot FILE [DISPLAY]    write a display's picture as PNG\n"
                    "  push-screen DISPLAY          open a second screen of the app on the display\n"
                    "  quit | die                   end the device cleanly, or not\n"
@@ -45,6 +48,21 @@ QJsonObject requestFor(const QStringList &words)
         request[u"argument"_s] = words.value(2);
     } else if (command == u"screenshot" && words.size() > 2) {
         request[u"displayId"_s] = words[2].toInt();
+    } else if (command == u"notify") {
+        request[u"package"_s] = words.value(1);
+        request[u"title"_s] = words.value(2);
+        request[u"text"_s] = words.value(3);
+        request[u"id"_s] = words.value(4, u"1"_s).toInt();
+        request[u"ongoing"_s] = words.value(5) == u"ongoing";
+    } else if (command == u"unnotify") {
+        request[u"package"_s] = words.value(1);
+        if (words.size() > 2)
+            request[u"id"_s] = words[2].toInt();
+    } else if (command == u"media") {
+        request[u"package"_s] = words.value(1);
+        request[u"title"_s] = words.value(2);
+        request[u"artist"_s] = words.value(3);
+        request[u"playing"_s] = words.value(4) != u"paused";
     } else if (command == u"push-screen") {
         request[u"displayId"_s] = words.value(1).toInt();
     }

@@ -55,6 +55,7 @@ std::optional<ApkInfo> ApkInfo::read(const QString &file, QString *problem)
             info.package = attribute(line, u"name"_s);
             info.versionCode = attribute(line, u"versionCode"_s).toLongLong();
             info.versionName = attribute(line, u"versionName"_s);
+            info.split = attribute(line, u"split"_s);
         } else if (line.startsWith(u"sdkVersion:")) {
             info.minSdk = line.section(u'\'', 1, 1).toInt();
         } else if (line.startsWith(u"application-label:")) {

@@ -10,6 +10,7 @@ namespace standin
 /// What the device needs to know of a package file. Read with the host's `aapt2` and `unzip`.
 struct ApkInfo {
     QString package;
+    QString split; ///< of an additional file; empty for a base package
     QString label;
     QString activity; ///< the launchable one, a full class name; empty when there is none
     QString versionName;

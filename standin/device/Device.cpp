@@ -45,6 +45,7 @@ Device::Device(DeviceIdentity who)
     , settings(identity.dataFolder + u"/settings.json"_s)
     , packages(tree, identity.dataFolder + u"/packages.json"_s, identity.api)
     , displays(packages, settings.isNight())
+    , installs(tree, packages)
     , m_startedAt(monotonicMilliseconds())
     , m_properties(builtInProperties(identity))
 {
@@ -82,6 +83,13 @@ void Device::setProperty(const QString &name, const QString &value)
 {
     const std::lock_guard lock(m_mutex);
     m_properties[name] = value;
+}
+
+void Device::forceStop(const QString &package)
+{
+    displays.forceStop(package);
+    notifications.cancelAll(package);
+    notifications.setMedia(package, std::nullopt);
 }
 
 void Device::setNight(bool night)
@@ -136,6 +144,8 @@ QJsonObject Device::stateAsJson() const
     state[u"displays"_s] = shown;
     state[u"clipboard"_s] = clipboard.text();
     state[u"clipboardSetByClient"_s] = clipboard.setByClientCount();
+    state[u"notifications"_s] = notifications.notificationsAsJson();
+    state[u"media"_s] = notifications.mediaAsJson();
     state[u"settings"_s] = settings.toJson();
     state[u"nightMode"_s] = settings.isNight();
     state[u"volume"_s] = QJsonObject{{u"3"_s, settings.volume(3)}, {u"5"_s, settings.volume(5)}};

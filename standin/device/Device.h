@@ -4,7 +4,9 @@
 #include "device/DeviceTree.h"
 #include "device/DisplayRegistry.h"
 #include "device/FaultPlan.h"
+#include "device/InstallSessions.h"
 #include "device/Journal.h"
+#include "device/NotificationStore.h"
 #include "device/PackageStore.h"
 #include "device/SettingsStore.h"
 
@@ -36,6 +38,8 @@ public:
     PackageStore packages;
     DisplayRegistry displays;
     Clipboard clipboard;
+    NotificationStore notifications;
+    InstallSessions installs;
 
     /// The time from the start to the end of the boot, in seconds; a boot under way follows a change.
     void setBootSeconds(double seconds) { m_bootSeconds = seconds; }
@@ -48,6 +52,8 @@ public:
     QMap<QString, QString> properties() const;
     void setProperty(const QString &name, const QString &value);
 
+    /// Ends the app and all that it shows: its task, notifications and sound.
+    void forceStop(const QString &package);
     void setNight(bool night);
     QJsonObject stateAsJson() const;
 

@@ -20,6 +20,8 @@ void pressKey(Device &device, int displayId, int keyCode)
     const auto display = device.displays.find(displayId);
     if (!display)
         return;
+    if (device.notifications.mediaKey(device.displays.top(displayId).value_or(Task()).package, keyCode))
+        return;
     if (keyCode == Home)
         device.displays.home(displayId);
     else if (keyCode == Back)

@@ -39,7 +39,8 @@ PackageStore::PackageStore(const DeviceTree &tree, QString file, int api)
     load();
 }
 
-QString PackageStore::install(const QString &hostFile, const QString &shownPath, bool mayDowngrade)
+QString PackageStore::install(
+    const QString &hostFile, const QString &shownPath, bool mayDowngrade, const QStringList &hostSplits)
 {
     const std::lock_guard installing(m_installMutex);
     QString problem;
@@ -68,6 +69,12 @@ QString PackageStore::install(const QString &hostFile, const QString &shownPath,
     const QString file = m_tree.hostPath(package.path);
     if (!QDir().mkpath(QFileInfo(file).path()) || !QFile::copy(hostFile, file))
         return u"INSTALL_FAILED_INSUFFICIENT_STORAGE: Failed to copy the package"_s;
+    for (const QString &split : hostSplits) {
+        const QString path = package.path.chopped(8) + u"split_%1.apk"_s.arg(package.splits.size()); // beside base.apk
+        if (!QFile::copy(split, m_tree.hostPath(path)))
+            return u"INSTALL_FAILED_INSUFFICIENT_STORAGE: Failed to copy the package"_s;
+        package.splits.append(path);
+    }
     QFile::setPermissions(file, QFile::permissions(file) | QFile::ReadGroup | QFile::ReadOther);
     package.icon = info->icon(file);
     QDir().mkpath(m_tree.hostPath(u"/data/data/"_s + info->package + u"/files"_s));
@@ -158,6 +165,8 @@ void PackageStore::load()
         package.info.iconEntry = kept[u"icon"].toString();
         for (const QJsonValue &permission : kept[u"granted"].toArray())
             package.granted.insert(permission.toString());
+        for (const QJsonValue &split : kept[u"splits"].toArray())
+            package.splits.append(split.toString());
         const QString file = m_tree.hostPath(package.path);
         if (!QFileInfo::exists(file))
             continue; // the tree was emptied by hand
@@ -186,6 +195,7 @@ void PackageStore::save() const
             {u"minSdk"_s, package.info.minSdk},
             {u"icon"_s, package.info.iconEntry},
             {u"granted"_s, granted},
+            {u"splits"_s, QJsonArray::fromStringList(package.splits)},
         };
     }
     writeJsonFile(m_file, packages);

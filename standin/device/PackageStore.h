@@ -17,6 +17,7 @@ namespace standin
 struct InstalledPackage {
     ApkInfo info;
     QString path; ///< of the APK, as the device sees it
+    QStringList splits; ///< paths of the further files
     QDateTime firstInstalled;
     QDateTime updated;
     QSet<QString> granted;
@@ -32,7 +33,8 @@ public:
 
     /// Installs the file at the host's path, named `shownPath` in messages. Empty on success, otherwise what stands
     /// in the brackets behind "Failure".
-    QString install(const QString &hostFile, const QString &shownPath, bool mayDowngrade);
+    QString
+    install(const QString &hostFile, const QString &shownPath, bool mayDowngrade, const QStringList &hostSplits = {});
     bool uninstall(const QString &package);
     std::optional<InstalledPackage> find(const QString &package) const;
     QList<InstalledPackage> all() const;

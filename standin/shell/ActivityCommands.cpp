@@ -53,7 +53,7 @@ int forceStop(const CommandContext &context)
 {
     const QString package = context.args.value(context.args.size() - 1);
     context.device.journal.countForceStop(package);
-    context.device.displays.forceStop(package);
+    context.device.forceStop(package);
     return 0;
 }
 

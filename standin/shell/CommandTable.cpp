@@ -12,6 +12,7 @@ CommandTable::CommandTable()
     addServiceCommands(*this);
     addDumpCommands(*this);
     addScreenCommands(*this);
+    addContentCommands(*this);
     addProcessCommands(*this);
 }
 

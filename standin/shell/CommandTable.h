@@ -43,6 +43,7 @@ void addActivityCommands(CommandTable &table);
 void addServiceCommands(CommandTable &table);
 void addDumpCommands(CommandTable &table);
 void addScreenCommands(CommandTable &table);
+void addContentCommands(CommandTable &table);
 void addProcessCommands(CommandTable &table);
 
 // The commands that `cmd` reaches under another name too.

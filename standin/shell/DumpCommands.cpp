@@ -1,4 +1,5 @@
 #include "shell/CommandTable.h"
+#include "shell/NotificationDump.h"
 
 namespace standin
 {
@@ -104,12 +105,9 @@ int dumpsys(const CommandContext &context)
     else if (name == u"display")
         context.io.out(dumpDisplays(device));
     else if (name == u"media_session")
-        context.io.out(u"MEDIA SESSION SERVICE (dumpsys media_session)\n\n0 sessions listeners.\n"
-                       "Global priority session is null\nUser Records:\nRecord for full_user=0\n"
-                       "  Sessions Stack - have 0 sessions:\n"_s);
+        context.io.out(dumpMediaSessions(device));
     else if (name == u"notification")
-        context.io.out(
-            u"Current Notification Manager state:\n  Notification List:\n\n  mArchive=Archive (0 notifications)\n"_s);
+        context.io.out(dumpNotifications(device));
     else
         context.io.error(u"Can't find service: %1\n"_s.arg(name));
     return 0;

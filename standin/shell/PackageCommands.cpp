@@ -52,7 +52,10 @@ int path(const CommandContext &context)
     const std::optional<InstalledPackage> package = context.device.packages.find(name);
     if (!package)
         return 1;
-    context.io.out(u"package:"_s + package->path + u'\n');
+    QString lines;
+    for (const QString &file : QStringList(package->path) + package->splits)
+        lines += u"package:"_s + file + u'\n';
+    context.io.out(lines);
     return 0;
 }
 
@@ -66,20 +69,34 @@ int report(const CommandContext &context, const QString &problem)
     return 1;
 }
 
-/// The package's bytes on standard input, `size` of them; what stands in the brackets of a failure.
+/// Copies `size` bytes of standard input into the file; what stands in the brackets of a failure.
+QString receive(const CommandContext &context, qint64 size, QFile &file)
+{
+    while (file.size() < size) {
+        const QByteArray bytes = context.io.readInput();
+        if (bytes.isEmpty())
+            return u"INSTALL_PARSE_FAILED_NOT_APK: the package ended after %1 bytes"_s.arg(file.size());
+        if (file.write(bytes) != bytes.size())
+            return u"INSTALL_FAILED_INSUFFICIENT_STORAGE"_s;
+        file.flush();
+    }
+    return {};
+}
+
 QString installFromInput(const CommandContext &context, qint64 size, bool mayDowngrade)
 {
     QTemporaryFile file(context.device.tree.hostPath(u"/data/local/tmp"_s) + u"/install-XXXXXX.apk"_s);
     if (!file.open())
         return u"INSTALL_FAILED_INSUFFICIENT_STORAGE"_s;
-    while (file.size() < size) {
-        const QByteArray bytes = context.io.readInput();
-        if (bytes.isEmpty())
-            return u"INSTALL_PARSE_FAILED_NOT_APK: the package ended early: %1"_s.arg(file.size());
-        file.write(bytes);
-    }
-    file.flush();
-    return context.device.packages.install(file.fileName(), u"base.apk"_s, mayDowngrade);
+    const QString problem = receive(context, size, file);
+    return problem.isEmpty() ? context.device.packages.install(file.fileName(), u"base.apk"_s, mayDowngrade) : problem;
+}
+
+/// The size behind "-S".
+qint64 sizeOption(const QStringList &args)
+{
+    const auto at = args.indexOf(u"-S"_s);
+    return at < 0 ? 0 : args.value(at + 1).toLongLong();
 }
 
 int install(const CommandContext &context)
@@ -88,8 +105,7 @@ int install(const CommandContext &context)
     const bool mayDowngrade = args.contains(u"-d"_s);
     const QString file = operands(args, {u"-S"_s, u"-i"_s, u"--user"_s, u"--install-location"_s, u"--abi"_s}).value(0);
     if (file.isEmpty() || file == u"-") { // the bytes come on standard input
-        const auto size = args.value(args.indexOf(u"-S"_s) + 1).toLongLong();
-        return report(context, installFromInput(context, size, mayDowngrade));
+        return report(context, installFromInput(context, sizeOption(args), mayDowngrade));
     }
     const QString shown = context.io.absolute(file);
     const QString host = context.device.tree.hostPath(shown);
@@ -100,11 +116,48 @@ int install(const CommandContext &context)
     return report(context, context.device.packages.install(host, shown, mayDowngrade));
 }
 
+/// The steps of an install of several files: "install-create", "-write" for each, then "-commit".
+int installStep(const CommandContext &context, const QString &step)
+{
+    InstallSessions &installs = context.device.installs;
+    const QStringList plain = operands(context.args.mid(1), {u"-S"_s, u"-i"_s, u"--user"_s});
+    const int session = plain.value(0).toInt();
+    if (step == u"create") {
+        context.io.out(
+            u"Success: created install session [%1]\n"_s.arg(installs.create(context.args.contains(u"-d"_s))));
+        return 0;
+    }
+    if (step == u"write") {
+        QFile file(installs.nextFile(session));
+        if (file.fileName().isEmpty() || !file.open(QFile::ReadWrite))
+            return report(context, u"INSTALL_FAILED_INVALID_APK: unknown session %1"_s.arg(session));
+        const QString source = plain.value(2, u"-"_s);
+        QString problem;
+        if (source == u"-") {
+            problem = receive(context, sizeOption(context.args), file);
+        } else {
+            QFile given(context.device.tree.hostPath(context.io.absolute(source)));
+            if (!given.open(QFile::ReadOnly) || file.write(given.readAll()) != given.size())
+                problem = u"INSTALL_FAILED_INVALID_APK: cannot read %1"_s.arg(source);
+        }
+        if (!problem.isEmpty())
+            return report(context, problem);
+        context.io.out(u"Success: streamed %1 bytes\n"_s.arg(file.size()));
+        return 0;
+    }
+    if (step == u"commit")
+        return report(context, installs.commit(session));
+    if (step == u"abandon" && installs.abandon(session))
+        return report(context, {});
+    context.io.error(u"Unknown command: install-%1\n"_s.arg(step));
+    return 255;
+}
+
 int uninstall(const CommandContext &context)
 {
     const QString name = operands(context.args.mid(1), {u"--user"_s}).value(0);
     const std::optional<InstalledPackage> package = context.device.packages.find(name);
-    context.device.displays.forceStop(name);
+    context.device.forceStop(name);
     if (!package || !context.device.packages.uninstall(name))
         return report(context, u"DELETE_FAILED_INTERNAL_ERROR"_s);
     return report(context, {});
@@ -146,7 +199,7 @@ int clear(const CommandContext &context)
         context.io.out(u"Failed\n"_s);
         return 1;
     }
-    context.device.displays.forceStop(name);
+    context.device.forceStop(name);
     context.io.out(u"Success\n"_s);
     return 0;
 }
@@ -174,6 +227,8 @@ int runPackageCommand(const CommandContext &context)
         return resolveActivity(context);
     if (verb == u"clear")
         return clear(context);
+    if (verb.startsWith(u"install-"))
+        return installStep(context, verb.mid(8));
     context.io.error(u"Unknown command: %1\n"_s.arg(verb));
     return 255;
 }

@@ -87,6 +87,24 @@ int audio(const CommandContext &context, const QStringList &args)
     return 255;
 }
 
+int notification(const CommandContext &context, const QStringList &args)
+{
+    NotificationStore &notifications = context.device.notifications;
+    if (args.value(0) == u"list") {
+        for (const Notification &each : notifications.notifications())
+            context.io.out(each.key() + u'\n');
+        return 0;
+    }
+    if (args.value(0) == u"post" && args.size() >= 3) { // post [-t TITLE] TAG TEXT
+        const auto title = args.indexOf(u"-t"_s);
+        notifications.post({u"com.android.shell"_s, 2020, title < 0 ? QString() : args.value(title + 1), args.last()});
+        context.io.out(u"posting:\n  "_s + args.last() + u'\n');
+        return 0;
+    }
+    context.io.error(u"Unknown command: %1\n"_s.arg(args.value(0)));
+    return 255;
+}
+
 int cmd(const CommandContext &context)
 {
     const QString name = context.args.value(0);
@@ -112,8 +130,8 @@ int cmd(const CommandContext &context)
         return mediaSession(context, args);
     if (name == u"audio")
         return audio(context, args);
-    if (name == u"notification" && args.value(0) == u"list")
-        return 0;
+    if (name == u"notification")
+        return notification(context, args);
     context.io.error(u"Unknown command: %1\n"_s.arg(args.value(0)));
     return 255;
 }

@@ -230,7 +230,7 @@ bool ControlReader::startApp()
     const bool stopFirst = name->startsWith(u'+');
     if (stopFirst) {
         name->remove(0, 1);
-        m_parts.device.displays.forceStop(*name);
+        m_parts.device.forceStop(*name);
     }
     if (m_parts.device.displays.start(*name, m_parts.display->id()))
         m_parts.device.journal.countStart(*name);

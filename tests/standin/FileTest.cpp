@@ -84,7 +84,7 @@ TEST_F(Files, MissingFilesAndBadTargetsAreRefusedWithWords)
 {
     const Outcome pull = device.adb({u"pull"_s, u"/sdcard/nothing"_s, device.folder() + u"/x"_s});
     EXPECT_NE(pull.status, 0);
-    EXPECT_TRUE(pull.all().contains("does not exist")) << pull.all().constData();
+    EXPECT_TRUE(pull.all().contains("No such file or directory")) << pull.all().constData();
     const QString file = device.folder() + u"/f"_s;
     write(file, "x");
     EXPECT_NE(device.adb({u"push"_s, file, u"/dev/null/below"_s}).status, 0);

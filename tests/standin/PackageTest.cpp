@@ -59,6 +59,25 @@ TEST_F(Packages, AStreamedInstallWorksToo)
     EXPECT_EQ(device.shell(u"pm path app.quillnest.samples.tide"_s).status, 0);
 }
 
+TEST_F(Packages, AnInstallOfSeveralFilesWorksToo)
+{
+    const Outcome outcome = device.adb({u"install-multiple"_s, u"-r"_s, test::sampleApk("ember")});
+    EXPECT_EQ(outcome.status, 0) << outcome.all().constData();
+    EXPECT_EQ(device.shell(u"pm path app.quillnest.samples.ember"_s).status, 0);
+}
+
+TEST_F(Packages, InstallingAgainReplacesTheFileAndKeepsPermissions)
+{
+    install(test::sampleApk("lantern"));
+    const QByteArray before = device.shell(u"pm path app.quillnest.samples.lantern"_s).out;
+    device.shell(u"pm grant app.quillnest.samples.lantern android.permission.CAMERA"_s);
+    ASSERT_EQ(install(test::sampleApk("lantern")).status, 0);
+    EXPECT_NE(device.shell(u"pm path app.quillnest.samples.lantern"_s).out, before);
+    EXPECT_EQ(device.shell(u"ls -d /data/app/*"_s).out.count('\n'), 1);
+    EXPECT_TRUE(device.shell(u"dumpsys package app.quillnest.samples.lantern"_s)
+                    .out.contains("android.permission.CAMERA: granted=true"));
+}
+
 TEST_F(Packages, TheInstalledFileIsThePackageThatWasGiven)
 {
     install(test::sampleApk("tide"));

@@ -53,6 +53,7 @@ bool StreamClient::connect(const QString &display, int seconds)
          wantAudio ? u"audio_codec=raw"_s : u"audio=false"_s, u"video_bit_rate=8000000"_s, u"max_fps=60"_s,
          u"new_display="_s + display, u"flex_display=true"_s, u"vd_system_decorations=false"_s,
          u"clipboard_autosync=true"_s, u"power_on=false"_s});
+    m_server.waitForStarted();
     const auto accept = [&](QTcpSocket *&into) {
         if (!m_listener.hasPendingConnections() && !m_listener.waitForNewConnection(seconds * 1000))
             return false;
