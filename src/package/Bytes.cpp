@@ -56,6 +56,26 @@ Lead leadOf(std::uint8_t byte)
     return {};
 }
 
+/// A whole sequence, or the longest beginning of one.
+struct Sequence {
+    std::size_t size;
+    bool valid;
+};
+
+Sequence sequenceAt(ByteView text)
+{
+    const Lead lead = leadOf(text[0]);
+    if (lead.following < 0)
+        return {1, false};
+    const auto whole = static_cast<std::size_t>(lead.following) + 1;
+    std::size_t size = 1;
+    for (auto low = lead.low, high = lead.high; size < whole && size < text.size(); ++size, low = 0x80, high = 0xBF) {
+        if (text[size] < low || text[size] > high)
+            break;
+    }
+    return {size, size == whole};
+}
+
 bool fits(ByteView bytes, std::int64_t position, std::int64_t width)
 {
     return position >= 0 && position <= static_cast<std::int64_t>(bytes.size()) - width;
@@ -92,28 +112,27 @@ std::string Bytes::repairedUtf8(ByteView text)
 {
     std::string result;
     result.reserve(text.size());
+    // Valid text is copied run by run: nearly all text is one run.
+    std::size_t runStart = 0;
+    const auto copyRun = [&](std::size_t end) {
+        const auto run = text.subspan(runStart, end - runStart);
+        result.append(run.begin(), run.end());
+    };
     std::size_t position = 0;
     while (position < text.size()) {
-        const Lead lead = leadOf(text[position]);
-        std::size_t length = 1;
-        auto low = lead.low;
-        auto high = lead.high;
-        while (lead.following >= static_cast<int>(length) && position + length < text.size()) {
-            const auto byte = text[position + length];
-            if (byte < low || byte > high)
-                break;
-            low = 0x80;
-            high = 0xBF;
-            ++length;
+        if (text[position] < 0x80) {
+            ++position;
+            continue;
         }
-        if (lead.following + 1 == static_cast<int>(length)) {
-            const auto whole = text.subspan(position, length);
-            result.append(whole.begin(), whole.end());
-        } else {
+        const auto length = sequenceAt(text.subspan(position));
+        if (!length.valid) {
+            copyRun(position);
             append(result, replacement);
+            runStart = position + length.size;
         }
-        position += length;
+        position += length.size;
     }
+    copyRun(position);
     return result;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -51,6 +52,9 @@ public:
     }
 
 private:
+    static constexpr std::size_t least = 8 * 1024 * 1024;
+    static constexpr std::size_t most = 256 * 1024 * 1024;
+
     std::size_t m_left;
 };
 

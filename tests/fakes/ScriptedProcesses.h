@@ -58,7 +58,7 @@ public:
 
     /// For `start` alone: the child goes on running unless the script ends it. A LaunchError that the script throws is
     /// what `start` throws. Without such a rule a started child goes by the rules of `on` and ends at once, and without
-    /// any rule it stays running.
+    /// any rule it stays running, so code that waits for a started child needs one.
     void onStart(const QString &text, StartScript script);
 
     ChildResult run(const ChildCommand &command) override;
