@@ -13,13 +13,13 @@
 int main(int argc, char **argv)
 {
     using namespace quillnest;
-    const TerminationSignals signals_;
+    TerminationSignals::block();
     QApplication application(argc, argv);
+    const TerminationSignals termination;
     QApplication::setApplicationName(QStringLiteral("Quillnest"));
     QApplication::setDesktopFileName(QStringLiteral("app.quillnest.Quillnest"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setFont(interfaceFont(13));
-    QObject::connect(&signals_, &TerminationSignals::requested, &application, &QApplication::quit);
 
     const auto platform = linuxPlatform();
     QuillnestApp quillnest(platform);
@@ -30,6 +30,13 @@ int main(int argc, char **argv)
         if (window)
             quillnest.windowDidBecomeKey();
     });
+    // Not by QApplication::quit, which would first ask every window to close as if its user had.
+    const auto quit = [&quillnest] {
+        quillnest.terminate();
+        QCoreApplication::exit(0);
+    };
+    QObject::connect(&termination, &TerminationSignals::requested, &quillnest, quit);
+    // The session manager's way to the end.
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, &QuillnestApp::terminate);
 
     auto &windows = quillnest.windows();
@@ -43,7 +50,7 @@ int main(int argc, char **argv)
     const auto statusItem = platform.statusItems->add(glyphIcon(Palette::current(platform).label),
         QStringLiteral("Quillnest"), togglePanel,
         {{QStringLiteral("Show Apps"), [&windows] { windows.showMenuBarPopup(std::nullopt); }},
-            {QStringLiteral("Quit Quillnest"), [] { QApplication::quit(); }}});
+            {QStringLiteral("Quit Quillnest"), quit}});
     // Without a place for the status item the panel is the only way in.
     if (!platform.statusItems->isAvailable())
         windows.showMenuBarPopup(std::nullopt);

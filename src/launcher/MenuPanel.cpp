@@ -74,7 +74,6 @@ MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->viewport()->setAutoFillBackground(false);
     m_gridArea = new QWidget(scroll);
-    m_gridArea->setAutoFillBackground(false);
     auto *area = new QVBoxLayout(m_gridArea);
     area->setContentsMargins(0, 0, 0, 0);
     m_empty = new QLabel(QStringLiteral("Drop an APK here to add it"), m_gridArea);
@@ -88,6 +87,8 @@ MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *
     area->addLayout(m_grid);
     area->addStretch(1);
     scroll->setWidget(m_gridArea);
+    // The scroll area switches this on for its widget; the panel's own background is to show through.
+    m_gridArea->setAutoFillBackground(false);
     content->addWidget(scroll, 1);
 
     m_status = new QLabel(this);

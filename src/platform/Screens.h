@@ -29,6 +29,10 @@ public:
     /// Whether windows may be see-through, for rounded corners and shadows.
     virtual bool isComposited() const = 0;
 
+    /// Whether a window that no longer counts as active still has the keyboard: something, such as a window manager
+    /// that moves or resizes the window, has grabbed it for a moment. `window` is the native id.
+    virtual bool keepsKeyboard(quintptr window) const = 0;
+
     std::optional<ScreenInfo> main() const
     {
         const auto screens = all();

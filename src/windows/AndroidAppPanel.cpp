@@ -16,6 +16,8 @@ namespace
 constexpr double edgeReach = 5;
 /// The same along an edge for its corner.
 constexpr double cornerReach = 14;
+/// How often a grab of the keyboard is looked at until it ends.
+constexpr std::chrono::milliseconds grabPoll(100);
 }
 
 AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
@@ -57,8 +59,20 @@ void AndroidAppPanel::showEvent(QShowEvent *event)
 void AndroidAppPanel::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() != QEvent::ActivationChange || isActiveWindow() == m_isKey)
+    if (event->type() == QEvent::ActivationChange)
+        keyStateChanged();
+}
+
+void AndroidAppPanel::keyStateChanged()
+{
+    m_grabWatch.reset();
+    if (isActiveWindow() == m_isKey)
         return;
+    // A window that is being resized must not take that for the loss of the keyboard and hide.
+    if (m_isKey && isVisible() && m_platform.screens->keepsKeyboard(winId())) {
+        m_grabWatch = m_platform.clock->after(grabPoll, [this] { keyStateChanged(); });
+        return;
+    }
     m_isKey = isActiveWindow();
     const auto &told = m_isKey ? onBecomeKey : onResignKey;
     if (told)

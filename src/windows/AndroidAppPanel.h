@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 
 namespace quillnest
 {
@@ -48,11 +49,13 @@ protected:
 private:
     Qt::Edges edgesAt(QPointF point) const;
     void showEdgeCursor(Qt::Edges edges);
+    void keyStateChanged();
 
     const Platform &m_platform;
     const Resizing m_resizing;
     bool m_floating = false;
     bool m_isKey = false;
+    std::unique_ptr<Timer> m_grabWatch;
     Qt::Edges m_cursorEdges;
 };
 

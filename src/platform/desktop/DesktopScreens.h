@@ -10,6 +10,7 @@ class DesktopScreens : public Screens
 public:
     std::vector<ScreenInfo> all() const override;
     bool isComposited() const override;
+    bool keepsKeyboard(quintptr window) const override;
 };
 
 } // namespace quillnest

@@ -10,15 +10,31 @@
 namespace quillnest
 {
 
-TerminationSignals::TerminationSignals()
+namespace
 {
-    ::signal(SIGPIPE, SIG_IGN);
+
+sigset_t terminationSignals()
+{
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         sigaddset(&signals, signal);
+    return signals;
+}
+
+}
+
+void TerminationSignals::block()
+{
+    ::signal(SIGPIPE, SIG_IGN);
     // Blocked in every thread, so that they come only through the descriptor.
+    const auto signals = terminationSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+TerminationSignals::TerminationSignals()
+{
+    const auto signals = terminationSignals();
     const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, descriptor] {

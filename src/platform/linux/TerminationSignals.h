@@ -6,12 +6,17 @@ namespace quillnest
 {
 
 /// Turns SIGTERM, SIGINT and SIGHUP into an orderly end of the event loop, and lets writes to closed pipes fail
-/// instead of ending the process. One instance; made on the main thread before any other thread.
+/// instead of ending the process. One instance, on the main thread.
 class TerminationSignals : public QObject
 {
     Q_OBJECT
 
 public:
+    /// Keeps the signals from their default action in this thread and those that it starts: to be called before there
+    /// is any other thread.
+    static void block();
+
+    /// Needs the application object.
     TerminationSignals();
 
 Q_SIGNALS:

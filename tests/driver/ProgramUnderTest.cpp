@@ -1,0 +1,244 @@
+#include "driver/ProgramUnderTest.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTcpSocket>
+#include <QThread>
+
+namespace quillnest::driver
+{
+
+namespace
+{
+constexpr quint16 consolePort = 5556;
+}
+
+ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop)
+    : m_desktop(desktop)
+{
+    if (isDeviceRunning())
+        throw DriverError(QStringLiteral("another device holds the port %1").arg(consolePort));
+    m_desktop.run(program(QStringLiteral("standin-sdk")), {dataFolder() + QStringLiteral("/Runtime/sdk")});
+    const auto written = m_desktop.run(program(QStringLiteral("quillnest-avd")), {QStringLiteral("35")});
+    if (!written.contains("Quillnest complete"))
+        throw DriverError(QStringLiteral("the managed runtime is not complete"));
+}
+
+ProgramUnderTest::~ProgramUnderTest()
+{
+    kill();
+    if (isDeviceRunning()) {
+        const auto end = m_desktop.start(
+            program(QStringLiteral("standinctl")), {QStringLiteral("--socket"), deviceSocket(), QStringLiteral("quit")});
+        end->waitForFinished(5000);
+        QElapsedTimer timer;
+        timer.start();
+        while (isDeviceRunning() && timer.elapsed() < 5000)
+            QThread::msleep(20);
+    }
+}
+
+QString ProgramUnderTest::sample(const QString &name)
+{
+    return QStringLiteral(QUILLNEST_SAMPLES "/%1.apk").arg(name);
+}
+
+QString ProgramUnderTest::program(const QString &name)
+{
+    return QStringLiteral(QUILLNEST_BIN "/%1").arg(name);
+}
+
+QString ProgramUnderTest::dataFolder() const
+{
+    return m_desktop.environment().value(QStringLiteral("XDG_DATA_HOME")) + QStringLiteral("/Quillnest");
+}
+
+QString ProgramUnderTest::logFolder() const
+{
+    return m_desktop.environment().value(QStringLiteral("XDG_STATE_HOME")) + QStringLiteral("/Quillnest/Logs");
+}
+
+QString ProgramUnderTest::deviceSocket() const
+{
+    return dataFolder() + QStringLiteral("/Runtime/avd/Quillnest.avd/standin.sock");
+}
+
+void ProgramUnderTest::start(const QStringList &arguments)
+{
+    m_output.clear();
+    m_process = m_desktop.start(program(QStringLiteral("quillnest")), arguments);
+    waitFor(QStringLiteral("the program to answer"), 30, [this] {
+        if (!isRunning())
+            throw DriverError(QStringLiteral("the program ended at start: %1").arg(QString::fromUtf8(output())));
+        return !state().isEmpty();
+    });
+}
+
+bool ProgramUnderTest::isRunning() const
+{
+    if (!m_process)
+        return false;
+    m_process->waitForFinished(0);
+    return m_process->state() == QProcess::Running;
+}
+
+qint64 ProgramUnderTest::processId() const
+{
+    return m_process ? m_process->processId() : 0;
+}
+
+void ProgramUnderTest::kill()
+{
+    if (!m_process)
+        return;
+    m_process->kill();
+    m_process->waitForFinished(5000);
+    output();
+    m_process.reset();
+}
+
+int ProgramUnderTest::quit(double seconds)
+{
+    m_process->terminate();
+    if (!m_process->waitForFinished(static_cast<int>(seconds * 1000)))
+        throw DriverError(QStringLiteral("the program does not end"));
+    output();
+    return m_process->exitStatus() == QProcess::NormalExit ? m_process->exitCode() : -1;
+}
+
+QByteArray ProgramUnderTest::output()
+{
+    if (m_process)
+        m_output += m_process->readAllStandardOutput() + m_process->readAllStandardError();
+    return m_output;
+}
+
+void ProgramUnderTest::post(const QString &command) const
+{
+    ctl({QStringLiteral("post"), command});
+}
+
+QByteArray ProgramUnderTest::ctl(const QStringList &arguments) const
+{
+    return m_desktop.run(program(QStringLiteral("quillnestctl")), arguments);
+}
+
+QJsonObject ProgramUnderTest::state() const
+{
+    const auto asking = m_desktop.start(program(QStringLiteral("quillnestctl")), {QStringLiteral("state")});
+    asking->waitForFinished(15000);
+    return QJsonDocument::fromJson(asking->readAllStandardOutput()).object();
+}
+
+QJsonObject ProgramUnderTest::window() const
+{
+    return state().value(QStringLiteral("windows")).toArray().first().toObject();
+}
+
+QString ProgramUnderTest::statusMessage() const
+{
+    return state().value(QStringLiteral("statusMessage")).toString();
+}
+
+QString ProgramUnderTest::log() const
+{
+    QFile file(logFolder() + QStringLiteral("/quillnest.log"));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+void ProgramUnderTest::waitForState(
+    const QString &what, double seconds, const std::function<bool(const QJsonObject &)> &test) const
+{
+    QJsonObject last;
+    try {
+        waitFor(what, seconds, [this, &test, &last] {
+            last = state();
+            return test(last);
+        });
+    } catch (const DriverError &error) {
+        throw DriverError(QStringLiteral("%1\nthe program says: %2")
+                              .arg(QString::fromUtf8(error.what()),
+                                  QString::fromUtf8(QJsonDocument(last).toJson(QJsonDocument::Compact))));
+    }
+}
+
+void ProgramUnderTest::addApps(const QStringList &paths)
+{
+    for (const auto &path : paths) {
+        post(QStringLiteral("add:") + path);
+        waitForState(QStringLiteral("%1 to be added").arg(path), 20, [&path](const QJsonObject &report) {
+            const auto apps = report.value(QStringLiteral("apps")).toArray();
+            return std::any_of(apps.begin(), apps.end(), [&path](const QJsonValue &app) {
+                return app[QStringLiteral("sourcePath")].toString() == path;
+            });
+        });
+    }
+}
+
+QJsonObject ProgramUnderTest::waitForPicture(double seconds) const
+{
+    waitForState(QStringLiteral("a window with a picture"), seconds, [](const QJsonObject &report) {
+        const auto window = report.value(QStringLiteral("windows")).toArray().first();
+        return window[QStringLiteral("visible")].toBool() && window[QStringLiteral("framesShown")].toInt() > 0;
+    });
+    return window();
+}
+
+QJsonObject ProgramUnderTest::device() const
+{
+    const auto asking = m_desktop.start(
+        program(QStringLiteral("standinctl")), {QStringLiteral("--socket"), deviceSocket(), QStringLiteral("state")});
+    asking->waitForFinished(15000);
+    return QJsonDocument::fromJson(asking->readAllStandardOutput()).object();
+}
+
+void ProgramUnderTest::deviceControl(const QStringList &arguments) const
+{
+    m_desktop.run(program(QStringLiteral("standinctl")),
+        QStringList {QStringLiteral("--socket"), deviceSocket()} + arguments);
+}
+
+bool ProgramUnderTest::isDeviceRunning() const
+{
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), consolePort);
+    return socket.waitForConnected(2000);
+}
+
+void ProgramUnderTest::noteAdbCalls() const
+{
+    const auto path = dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb");
+    const auto real = QFile::symLinkTarget(path);
+    QFile::remove(path);
+    QFile wrapper(path);
+    if (real.isEmpty() || !wrapper.open(QIODevice::WriteOnly))
+        throw DriverError(QStringLiteral("adb can't be wrapped"));
+    wrapper.write(QStringLiteral("#!/bin/bash\n"
+                                 "printf '%s %s\\n' \"$EPOCHREALTIME\" \"${*//$'\\n'/ }\" >> '%1'\n"
+                                 "exec '%2' \"$@\"\n")
+                      .arg(path + QStringLiteral(".calls"), real)
+                      .toUtf8());
+    wrapper.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+std::vector<ProgramUnderTest::AdbCall> ProgramUnderTest::adbCalls() const
+{
+    std::vector<AdbCall> calls;
+    QFile file(dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb.calls"));
+    if (!file.open(QIODevice::ReadOnly))
+        return calls;
+    for (const auto &line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        calls.push_back({line.section(QLatin1Char(' '), 0, 0).toDouble(), line.section(QLatin1Char(' '), 1)});
+    return calls;
+}
+
+QRect rectangle(const QJsonObject &object)
+{
+    return {object.value(QStringLiteral("x")).toInt(), object.value(QStringLiteral("y")).toInt(),
+        object.value(QStringLiteral("width")).toInt(), object.value(QStringLiteral("height")).toInt()};
+}
+
+} // namespace quillnest::driver

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "driver/TestDesktop.h"
+
+#include <QJsonObject>
+
+namespace quillnest::driver
+{
+
+/// Quillnest on a test desktop with a complete managed runtime whose device is the stand-in. Ends the program and the
+/// device with the object.
+class ProgramUnderTest
+{
+public:
+    /// Lays the runtime out; starts nothing.
+    explicit ProgramUnderTest(TestDesktop &desktop);
+    ~ProgramUnderTest();
+    ProgramUnderTest(const ProgramUnderTest &) = delete;
+    ProgramUnderTest &operator=(const ProgramUnderTest &) = delete;
+
+    /// Where a sample app lies: "tide", "ember", "lantern".
+    static QString sample(const QString &name);
+    static QString program(const QString &name);
+
+    void start(const QStringList &arguments = {});
+    bool isRunning() const;
+    qint64 processId() const;
+    void kill();
+    /// Asks the program to end and waits; the exit status.
+    int quit(double seconds = 30);
+    /// What the program printed on its standard output and error so far.
+    QByteArray output();
+
+    void post(const QString &command) const;
+    QByteArray ctl(const QStringList &arguments) const;
+
+    /// The program's own report; empty while it doesn't answer.
+    QJsonObject state() const;
+    /// The report's first window, if there is one.
+    QJsonObject window() const;
+    QString statusMessage() const;
+    QString log() const;
+    QString logFolder() const;
+
+    /// Adds files and waits until the library holds them all.
+    void addApps(const QStringList &paths);
+    /// Waits until the window of the first app shows pictures.
+    QJsonObject waitForPicture(double seconds = 30) const;
+    void waitForState(const QString &what, double seconds, const std::function<bool(const QJsonObject &)> &test) const;
+
+    /// The stand-in's state; empty while it doesn't run.
+    QJsonObject device() const;
+    void deviceControl(const QStringList &arguments) const;
+    bool isDeviceRunning() const;
+
+    /// From now on every run of adb by the program is noted.
+    struct AdbCall {
+        double time = 0;
+        QString arguments;
+    };
+    void noteAdbCalls() const;
+    std::vector<AdbCall> adbCalls() const;
+
+    TestDesktop &desktop() { return m_desktop; }
+    QString dataFolder() const;
+
+private:
+    QString deviceSocket() const;
+
+    TestDesktop &m_desktop;
+    std::unique_ptr<QProcess> m_process;
+    QByteArray m_output;
+};
+
+/// The rectangle that a report's object describes.
+QRect rectangle(const QJsonObject &object);
+
+} // namespace quillnest::driver
