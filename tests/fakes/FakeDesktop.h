@@ -38,8 +38,10 @@ class FakeScreens : public Screens
 public:
     std::vector<ScreenInfo> all() const override { return screens; }
     bool isComposited() const override { return composited; }
+    bool keepsKeyboard(quintptr) const override { return keepsKeys; }
 
     bool composited = true;
+    bool keepsKeys = false;
     std::vector<ScreenInfo> screens{{QRect(0, 0, 1920, 1080), QRect(0, 30, 1920, 1050), 1.0}};
 };
 
