@@ -9,8 +9,6 @@ namespace standin
 namespace
 {
 
-constexpr qint64 markLifetime = 3000;
-constexpr qint64 lastMarkLifetime = 12000; // so that a screenshot taken after a touch still shows it
 constexpr int markLimit = 24; // a drag leaves a tail, not a carpet
 
 } // namespace
@@ -139,9 +137,9 @@ void Display::scrollBy(qreal dp)
 void Display::dropOldMarks(qint64 now)
 {
     QList<TouchMark> &marks = m_model.marks;
-    while (!marks.isEmpty() && (marks.size() > markLimit || now - marks.first().time > lastMarkLifetime))
+    while (!marks.isEmpty() && (marks.size() > markLimit || now - marks.first().time > TouchMark::lastLifetime))
         marks.removeFirst();
-    while (marks.size() > 1 && now - marks.first().time > markLifetime)
+    while (marks.size() > 1 && now - marks.first().time > TouchMark::lifetime)
         marks.removeFirst();
 }
 

@@ -21,6 +21,9 @@ struct AppLook {
 
 /// A place that was touched, in pixels of the display.
 struct TouchMark {
+    static constexpr qint64 lifetime = 3000; ///< milliseconds
+    static constexpr qint64 lastLifetime = 12000; ///< of the newest: a screenshot taken after a touch still shows it
+
     QPointF at;
     qint64 time = 0; ///< milliseconds of the monotonic clock
     bool isDown = false; ///< the finger is still there

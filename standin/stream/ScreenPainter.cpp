@@ -16,7 +16,6 @@ namespace
 {
 
 constexpr qreal markRadius = 22; // dp
-constexpr qint64 fadeAfter = 2200;
 constexpr qint64 fadeTime = 800;
 
 const std::array<const char *, 8> rowTitles = {"Morning walk", "Harbour at dusk", "Paper lanterns", "Field notes",
@@ -145,7 +144,9 @@ void ScreenPainter::paintField(QPainter &painter) const
 {
     const bool hasText = !m_model.text.isEmpty();
     painter.setBrush(m_surface);
-    painter.setPen(QPen(hasText ? m_accent : m_faint, m_layout.px(hasText ? 2 : 1)));
+    QColor quiet = m_faint;
+    quiet.setAlpha(100);
+    painter.setPen(QPen(hasText ? m_accent : quiet, m_layout.px(hasText ? 2 : 1)));
     painter.drawRoundedRect(m_layout.field.adjusted(1, 1, -1, -1), m_layout.px(14), m_layout.px(14));
     const qreal pad = m_layout.px(16);
     const QRectF inner = m_layout.field.adjusted(pad, m_layout.px(6), -pad, -m_layout.px(6));
@@ -212,17 +213,15 @@ void ScreenPainter::paintList(QPainter &painter) const
 void ScreenPainter::paintClock(QPainter &painter, const QDateTime &now) const
 {
     painter.setPen(Qt::white);
-    painter.setFont(font(34, QFont::DemiBold));
-    const QFontMetricsF metrics(painter.font());
-    // Digits in cells of one width, so that the clock does not tremble.
-    const qreal digit = metrics.horizontalAdvance(u'0');
-    const qreal sign = metrics.horizontalAdvance(u':') * 1.2;
+    // Digits in cells of one width, so that the clock does not tremble; all of them in whatever room there is.
+    constexpr qreal digitShare = 0.62; // of the font's size; a sign takes half as much
+    const qreal size = qMin(34.0, m_layout.clock.width() / m_layout.scale / (9 * digitShare + 3 * digitShare / 2));
+    painter.setFont(font(size, QFont::DemiBold));
+    const qreal digit = m_layout.px(size * digitShare);
     const QString text = now.toString(u"HH:mm:ss.zzz"_s);
     QRectF cell = m_layout.clock;
     for (const QChar letter : text) {
-        cell.setWidth(letter.isDigit() ? digit : sign);
-        if (cell.right() > m_layout.clock.right())
-            break;
+        cell.setWidth(letter.isDigit() ? digit : digit / 2);
         painter.drawText(cell, Qt::AlignCenter, letter);
         cell.moveLeft(cell.right());
     }
@@ -245,8 +244,8 @@ void ScreenPainter::paintMarks(QPainter &painter, qint64 milliseconds) const
     for (qsizetype i = 0; i < m_model.marks.size(); ++i) {
         const TouchMark &mark = m_model.marks[i];
         const bool isLast = i + 1 == m_model.marks.size();
-        const qint64 age = milliseconds - mark.time;
-        const qreal strength = isLast ? 1.0 : qBound(0.0, 1.0 - static_cast<qreal>(age - fadeAfter) / fadeTime, 1.0);
+        const qint64 left = mark.time + (isLast ? TouchMark::lastLifetime : TouchMark::lifetime) - milliseconds;
+        const qreal strength = isLast && mark.isDown ? 1.0 : qBound(0.0, static_cast<qreal>(left) / fadeTime, 1.0);
         if (strength <= 0)
             continue;
         QColor colour = markColour();
