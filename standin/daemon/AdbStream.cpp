@@ -96,11 +96,11 @@ void AdbStream::acknowledged(quint32 remoteId)
     m_changed.notify_all();
 }
 
-void AdbStream::received(const QByteArray &payload)
+void AdbStream::received(QByteArray payload)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_inbox.push_back(payload);
+        m_inbox.push_back(std::move(payload));
     }
     m_changed.notify_all();
 }

@@ -33,7 +33,7 @@ public:
 
     // What the transport tells the stream.
     void acknowledged(quint32 remoteId);
-    void received(const QByteArray &payload);
+    void received(QByteArray payload);
     void closedByHost();
     /// For a stream that the device opens: waits for the host's answer.
     bool waitUntilOpen(std::chrono::milliseconds timeout);

@@ -13,8 +13,8 @@ AdbTransport::AdbTransport(UniqueFd socket, QByteArray banner, Router router)
 
 void AdbTransport::run()
 {
-    while (const std::optional<AdbPacket> packet = AdbPacket::read(m_socket.get()))
-        handle(*packet);
+    while (std::optional<AdbPacket> packet = AdbPacket::read(m_socket.get()))
+        handle(std::move(*packet));
     closeEverything();
 }
 
@@ -42,7 +42,7 @@ void AdbTransport::forget(quint32 localId)
     m_streams.erase(localId);
 }
 
-void AdbTransport::handle(const AdbPacket &packet)
+void AdbTransport::handle(AdbPacket packet)
 {
     switch (packet.command) {
     case AdbPacket::Connect:
@@ -58,7 +58,7 @@ void AdbTransport::handle(const AdbPacket &packet)
         break;
     case AdbPacket::Write:
         if (const auto target = stream(packet.arg1))
-            target->received(packet.payload);
+            target->received(std::move(packet.payload));
         break;
     case AdbPacket::Close:
         if (const auto target = stream(packet.arg1)) {

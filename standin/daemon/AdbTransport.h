@@ -34,7 +34,7 @@ public:
     ReverseTable &reverses() { return m_reverses; }
 
 private:
-    void handle(const AdbPacket &packet);
+    void handle(AdbPacket packet);
     void handleOpen(const AdbPacket &packet);
     std::shared_ptr<AdbStream> addStream(quint32 remoteId);
     std::shared_ptr<AdbStream> stream(quint32 localId);

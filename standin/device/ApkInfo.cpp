@@ -1,7 +1,8 @@
 #include "device/ApkInfo.h"
 
+#include "common/RunProgram.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 
 namespace standin
@@ -11,15 +12,6 @@ namespace
 {
 
 using namespace Qt::StringLiterals;
-
-std::optional<QByteArray> outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments, QProcess::ReadOnly);
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return std::nullopt;
-    return process.readAllStandardOutput();
-}
 
 /// The text between quotes behind `name=` in a badging line.
 QString attribute(const QString &line, const QString &name)

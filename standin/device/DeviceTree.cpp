@@ -1,9 +1,10 @@
 #include "device/DeviceTree.h"
 
+#include "common/RunProgram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QSet>
 #include <unistd.h>
 
@@ -69,11 +70,7 @@ bool copyProgram(const QString &from, const QString &to)
 
 QStringList appletsOf(const QString &busybox)
 {
-    QProcess list;
-    list.start(busybox, {u"--list"_s});
-    if (!list.waitForFinished(10000))
-        return {};
-    return QString::fromUtf8(list.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(outputOf(busybox, {u"--list"_s}).value_or(QByteArray())).split(u'\n', Qt::SkipEmptyParts);
 }
 
 /// What the link says, word for word; empty for anything that is not a link. (QFileInfo would make it absolute.)
