@@ -1,12 +1,10 @@
 #include "driver/ProgramUnderTest.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTcpSocket>
-#include <QThread>
 
 namespace quillnest::driver
 {
@@ -30,15 +28,8 @@ ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop)
 ProgramUnderTest::~ProgramUnderTest()
 {
     kill();
-    if (isDeviceRunning()) {
-        const auto end = m_desktop.start(
-            program(QStringLiteral("standinctl")), {QStringLiteral("--socket"), deviceSocket(), QStringLiteral("quit")});
-        end->waitForFinished(5000);
-        QElapsedTimer timer;
-        timer.start();
-        while (isDeviceRunning() && timer.elapsed() < 5000)
-            QThread::msleep(20);
-    }
+    // The device outlives its program, and may be about to start.
+    m_desktop.endAll(QByteArrayLiteral("emulator"));
 }
 
 QString ProgramUnderTest::sample(const QString &name)

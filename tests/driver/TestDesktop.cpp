@@ -127,6 +127,23 @@ TestDesktop::~TestDesktop()
         }
         m_services.pop_back();
     }
+    endAll();
+}
+
+void TestDesktop::endAll(const QByteArray &name) const
+{
+    // Whoever was started on this desktop, by however many others, carries its folder in the environment.
+    const auto mark = QFile::encodeName(m_root.path());
+    for (const auto &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        bool isProcess = false;
+        const int id = entry.toInt(&isProcess);
+        QFile environment(QStringLiteral("/proc/%1/environ").arg(entry));
+        QFile command(QStringLiteral("/proc/%1/comm").arg(entry));
+        if (!isProcess || !environment.open(QIODevice::ReadOnly) || !command.open(QIODevice::ReadOnly))
+            continue;
+        if (environment.readAll().contains(mark) && (name.isEmpty() || command.readAll().trimmed() == name))
+            ::kill(id, SIGKILL);
+    }
 }
 
 std::unique_ptr<QProcess> TestDesktop::start(

@@ -76,6 +76,9 @@ public:
     void setClipboard(const QString &text);
     QString clipboard() const;
 
+    /// Ends every process on this desktop with this name, or with any name, whoever started it.
+    void endAll(const QByteArray &name = {}) const;
+
     /// A rectangle of the screen, in points, as its pixels are now.
     QImage screenshot(QRect area) const;
 
