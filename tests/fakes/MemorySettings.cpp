@@ -13,7 +13,9 @@ void MemorySettings::setValue(const QString &key, const QVariant &value)
 {
     {
         const std::scoped_lock guard(m_lock);
-        if (const auto old = m_values.constFind(key); old != m_values.constEnd() && *old == value)
+        // Equal values of two types, such as a flag and its text, are two values.
+        const auto old = m_values.constFind(key);
+        if (old != m_values.constEnd() && old->typeId() == value.typeId() && *old == value)
             return;
         m_values.insert(key, value);
     }

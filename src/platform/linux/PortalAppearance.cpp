@@ -3,6 +3,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 
 namespace quillnest
 {
@@ -29,8 +30,7 @@ PortalAppearance::PortalAppearance(const QDBusConnection &bus)
 {
     auto connection = bus;
     connection.connect(
-        service, path, interface, QStringLiteral("SettingChanged"), this,
-        SLOT(settingChanged(QString, QString, QDBusVariant)));
+        service, path, interface, QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
 
     auto read = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     read << appearanceNamespace << colorScheme;
@@ -43,10 +43,12 @@ PortalAppearance::PortalAppearance(const QDBusConnection &bus)
     });
 }
 
-void PortalAppearance::settingChanged(const QString &settingNamespace, const QString &key, const QDBusVariant &value)
+void PortalAppearance::settingChanged(const QDBusMessage &signal)
 {
-    if (settingNamespace == appearanceNamespace && key == colorScheme)
-        take(value.variant());
+    const auto arguments = signal.arguments();
+    if (arguments.size() == 3 && arguments[0].toString() == appearanceNamespace
+        && arguments[1].toString() == colorScheme)
+        take(arguments[2]);
 }
 
 void PortalAppearance::take(const QVariant &value)

@@ -3,7 +3,8 @@
 #include "platform/Appearance.h"
 
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusMessage>
+#include <QVariant>
 
 #include <atomic>
 
@@ -24,7 +25,9 @@ public:
     bool isDark() const override { return m_dark; }
 
 private Q_SLOTS:
-    void settingChanged(const QString &settingNamespace, const QString &key, const QDBusVariant &value);
+    /// Namespace, key and the value in a variant. Takes the message whole: a slot with a variant among its parameters can't
+    /// be connected before the bus has carried a first message.
+    void settingChanged(const QDBusMessage &signal);
 
 private:
     void take(const QVariant &value);
