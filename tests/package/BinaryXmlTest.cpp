@@ -105,7 +105,7 @@ TEST(BinaryXml, anAttributeWithoutRawValueKeepsTypeAndData)
 TEST(BinaryXml, anAttributeWithANameOutsideThePoolIsDropped)
 {
     const auto file = xmlFile({pool({"a", "b"}), startElement(0, {{2, 0, 3, 0}, {1, 0, 3, 0}})});
-    const auto &attrs = APKIconExtractor::elements(file).at(0).attrs;
+    const auto attrs = APKIconExtractor::elements(file).at(0).attrs;
     EXPECT_EQ(attrs.size(), 1U);
     EXPECT_TRUE(attrs.contains("b"));
 }
@@ -118,7 +118,7 @@ TEST(BinaryXml, attributeStartAndSizeAreTakenFromTheElement)
     for (const std::uint32_t name : {1U, 2U})
         body.u32(none).u32(name).u32(none).u16(8).u8(0).u8(16).u32(name + 40).u32(0xBBBBBBBB);
     const auto element = chunk(0x0102, Writer().u32(1).u32(none).bytes(), body.bytes());
-    const auto &attrs = APKIconExtractor::elements(xmlFile({pool({"a", "b", "c"}), element})).at(0).attrs;
+    const auto attrs = APKIconExtractor::elements(xmlFile({pool({"a", "b", "c"}), element})).at(0).attrs;
     EXPECT_EQ(attrs.at("b").data, 41U);
     EXPECT_EQ(attrs.at("c").data, 42U);
 }
@@ -220,7 +220,7 @@ TEST(StringPool, stringsPastTheLimitAreOutOfRange)
     EXPECT_EQ(APKIconExtractor::string(strings, 0, 200000), "past");
 
     const auto file = xmlFile({strings, startElement(0, {{199999, 200000, 3, 7}, {200000, 0, 3, 8}})});
-    const auto &attrs = APKIconExtractor::elements(file).at(0).attrs;
+    const auto attrs = APKIconExtractor::elements(file).at(0).attrs;
     ASSERT_EQ(attrs.size(), 1U);
     EXPECT_EQ(attrs.at("last"), (APKIconExtractor::Attr{3, 7, std::nullopt}));
 }

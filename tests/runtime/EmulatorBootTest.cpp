@@ -175,6 +175,8 @@ TEST_F(EmulatorBootTest, twoCallersShareOneEmulatorAndBothGetTheTimeout)
     fakes.runUntil([&timeouts] { return timeouts == 2; });
     EXPECT_EQ(launches(), 1);
     EXPECT_EQ(fakes.clock->monotonic() - begin, 240s);
+    // Two looks at the device before the start and one in each round: those of a single boot.
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("sys.boot_completed")), 2 + 240);
     EXPECT_TRUE(fakes.processes->children().at(0)->isRunning());
     EXPECT_EQ(tweaks(), 0);
 
