@@ -25,8 +25,8 @@ public:
     bool isDark() const override { return m_dark; }
 
 private Q_SLOTS:
-    /// Namespace, key and the value in a variant. Takes the message whole: a slot with a variant among its parameters can't
-    /// be connected before the bus has carried a first message.
+    /// Namespace, key and the value in a variant. Takes the message whole: a slot with a variant among its parameters
+    /// can't be connected before the bus has carried a first message.
     void settingChanged(const QDBusMessage &signal);
 
 private:
