@@ -25,7 +25,9 @@ bool BenchReport::write(const QString &path) const
 {
     QJsonArray list;
     for (const auto &figure : m_figures) {
-        list.append(QJsonObject {{QStringLiteral("name"), figure.name}, {QStringLiteral("value"), figure.value},
+        list.append(QJsonObject{
+            {QStringLiteral("name"), figure.name},
+            {QStringLiteral("value"), figure.value},
             {QStringLiteral("unit"), figure.unit}});
     }
     QSaveFile file(path);

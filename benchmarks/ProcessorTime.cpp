@@ -10,16 +10,16 @@ namespace
 
 double read(clockid_t clock)
 {
-    timespec time {};
+    timespec time{};
     clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-}
+} // namespace
 
 double processorMilliseconds(qint64 process)
 {
-    clockid_t clock {};
+    clockid_t clock{};
     return clock_getcpuclockid(static_cast<pid_t>(process), &clock) == 0 ? read(clock) : 0;
 }
 

@@ -53,10 +53,9 @@ private:
     std::vector<VideoSample> m_samples;
 };
 
-}
+} // namespace
 
-RecordedStream RecordedStream::record(
-    driver::ProgramUnderTest &program, const QString &package, QSize size, int frames)
+RecordedStream RecordedStream::record(driver::ProgramUnderTest &program, const QString &package, QSize size, int frames)
 {
     const auto platform = linuxPlatform();
     const auto recorder = std::make_shared<Recorder>();
@@ -65,8 +64,7 @@ RecordedStream RecordedStream::record(
     AndroidStreamClient::Config config;
     config.adb = program.dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb");
     config.serial = QStringLiteral("emulator-5556");
-    config.server = platform.folders.bundle
-        + QStringLiteral("/Contents/Resources/AndroidBridge/server/scrcpy-server");
+    config.server = platform.folders.bundle + QStringLiteral("/Contents/Resources/AndroidBridge/server/scrcpy-server");
     config.package = package;
     config.pixelSize = size;
     const auto client = AndroidStreamClient::create(platform, config, recorder, log);

@@ -24,7 +24,8 @@ public:
     QByteArray annexB() const;
 
     /// Milliseconds of processor time for each picture when FFmpeg decodes the stream on one thread and shows nothing:
-    /// the least of three passes.
+    /// the least of three passes
+    /// through the library in a loop.
     double decodingFloor() const;
 
 private:

@@ -23,9 +23,8 @@ int main(int argc, char **argv)
 
     const auto platform = linuxPlatform();
     QuillnestApp quillnest(platform);
-    quillnest.start(QApplication::arguments(), [&quillnest] {
-        return new MenuPanel(quillnest.platform(), quillnest.store());
-    });
+    quillnest.start(
+        QApplication::arguments(), [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store()); });
     QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {
         if (window)
             quillnest.windowDidBecomeKey();
@@ -47,10 +46,10 @@ int main(int argc, char **argv)
         else
             windows.showMenuBarPopup(std::nullopt);
     };
-    const auto statusItem = platform.statusItems->add(glyphIcon(Palette::current(platform).label),
-        QStringLiteral("Quillnest"), togglePanel,
+    const auto statusItem = platform.statusItems->add(
+        glyphIcon(Palette::current(platform).label), QStringLiteral("Quillnest"), togglePanel,
         {{QStringLiteral("Show Apps"), [&windows] { windows.showMenuBarPopup(std::nullopt); }},
-            {QStringLiteral("Quit Quillnest"), quit}});
+         {QStringLiteral("Quit Quillnest"), quit}});
     // Without a place for the status item the panel is the only way in.
     if (!platform.statusItems->isAvailable())
         windows.showMenuBarPopup(std::nullopt);

@@ -11,7 +11,7 @@ namespace
 {
 const auto widthKey = QStringLiteral("Quillnest.panelWidth");
 const auto heightKey = QStringLiteral("Quillnest.panelHeight");
-}
+} // namespace
 
 QString WindowSizePreset::label() const
 {

@@ -23,13 +23,13 @@ struct WindowSizePreset {
 /// The one size that the panel and all app windows share.
 namespace QuillnestLayout
 {
-constexpr QSize defaultSize {390, 760};
-constexpr QSize minimumSize {280, 420};
+constexpr QSize defaultSize{390, 760};
+constexpr QSize minimumSize{280, 420};
 /// Height of a window's header in points.
 constexpr int headerHeight = 36;
 
 /// In the order of the size menu.
-constexpr std::array<WindowSizePreset, 9> presets {{
+constexpr std::array<WindowSizePreset, 9> presets{{
     {"Widget", 320, 420},
     {"Small", 340, 600},
     {"Compact", 360, 660},
@@ -45,6 +45,6 @@ constexpr std::array<WindowSizePreset, 9> presets {{
 QSizeF size(const SettingsStore &settings);
 /// Stores each value rounded to a whole number.
 void setSize(SettingsStore &settings, QSizeF size);
-}
+} // namespace QuillnestLayout
 
 } // namespace quillnest

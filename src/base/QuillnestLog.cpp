@@ -7,10 +7,8 @@
 namespace quillnest
 {
 
-QuillnestLog::QuillnestLog(
-    std::shared_ptr<Clock> clock, const QString &directory, const QString &name, bool truncate)
-    : m_clock(std::move(clock))
-    , m_path(directory + QLatin1Char('/') + name)
+QuillnestLog::QuillnestLog(std::shared_ptr<Clock> clock, const QString &directory, const QString &name, bool truncate)
+    : m_clock(std::move(clock)), m_path(directory + QLatin1Char('/') + name)
 {
     if (!QDir().mkpath(directory))
         return;

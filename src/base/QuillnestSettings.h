@@ -19,6 +19,6 @@ double number(const SettingsStore &settings, const QString &key, double defaultV
 qint64 integer(const SettingsStore &settings, const QString &key);
 /// The value if the key holds text, otherwise the default.
 QString text(const SettingsStore &settings, const QString &key, const QString &defaultValue);
-}
+} // namespace QuillnestSettings
 
 } // namespace quillnest

@@ -29,7 +29,7 @@ QString secondsText(double seconds, int decimals)
     return QString::number(seconds, 'f', decimals);
 }
 
-}
+} // namespace
 
 void AppLibraryStore::launch(const MobileApp &app)
 {
@@ -92,12 +92,12 @@ void AppLibraryStore::openWindow(const MobileApp &app, const QString &package, s
     m_services.windows.open(app.id, package, app.name, [self, name = app.name](const std::optional<QString> &error) {
         if (!self)
             return;
-        self->setStatus(error ? QStringLiteral("%1 stopped: %2").arg(name, *error)
-                              : QStringLiteral("Closed %1").arg(name));
+        self->setStatus(
+            error ? QStringLiteral("%1 stopped: %2").arg(name, *error) : QStringLiteral("Closed %1").arg(name));
     });
     const double elapsed = secondsBetween(openedAt, m_services.platform.clock->monotonic());
-    m_services.log->write(QStringLiteral("native window started app=%1 sinceOpen=%2s")
-                              .arg(app.name, secondsText(elapsed, 2)));
+    m_services.log->write(
+        QStringLiteral("native window started app=%1 sinceOpen=%2s").arg(app.name, secondsText(elapsed, 2)));
     m_androidState = AndroidState::ready;
     setStatus(QStringLiteral("Opened %1").arg(app.name));
     m_services.platform.executor->inBackground(

@@ -21,15 +21,14 @@ bool contains(const QString &text, const QString &part)
 {
     return !part.isEmpty() && text.contains(part, Qt::CaseInsensitive);
 }
-}
+} // namespace
 
-AppLibraryStore::AppLibraryStore(Services services)
-    : m_services(std::move(services))
+AppLibraryStore::AppLibraryStore(Services services) : m_services(std::move(services))
 {
     load();
     const auto *notifications = m_services.notifications.get();
-    connect(notifications, &ChangeNotifications::runtimeChanged, this,
-        [this] { setAndroidState(AndroidState::sleeping); });
+    connect(
+        notifications, &ChangeNotifications::runtimeChanged, this, [this] { setAndroidState(AndroidState::sleeping); });
     refreshAndroidState();
     connect(notifications, &ChangeNotifications::unreadChanged, this, [this] {
         m_unreadAppIDs = m_services.windows.unreadAppIDs();
@@ -68,8 +67,7 @@ void AppLibraryStore::save()
 
 MobileApp *AppLibraryStore::find(QUuid id)
 {
-    const auto found
-        = std::find_if(m_apps.begin(), m_apps.end(), [id](const MobileApp &app) { return app.id == id; });
+    const auto found = std::find_if(m_apps.begin(), m_apps.end(), [id](const MobileApp &app) { return app.id == id; });
     return found == m_apps.end() ? nullptr : &*found;
 }
 
@@ -121,8 +119,9 @@ std::vector<MobileApp> AppLibraryStore::filteredApps() const
     if (m_search.isEmpty())
         return m_apps;
     std::vector<MobileApp> result;
-    std::copy_if(m_apps.begin(), m_apps.end(), std::back_inserter(result),
-        [this](const MobileApp &app) { return contains(app.name, m_search); });
+    std::copy_if(m_apps.begin(), m_apps.end(), std::back_inserter(result), [this](const MobileApp &app) {
+        return contains(app.name, m_search);
+    });
     return result;
 }
 

@@ -21,8 +21,7 @@ const CommandDispatcher::Command CommandDispatcher::table[] = {
 };
 
 CommandDispatcher::CommandDispatcher(AppLibraryStore::Services services, AppLibraryStore &store)
-    : m_services(std::move(services))
-    , m_store(store)
+    : m_services(std::move(services)), m_store(store)
 {
 }
 

@@ -30,8 +30,11 @@ QString stateText(AppLibraryStore::AndroidState state)
 
 QJsonObject rectangle(const QRect &rect)
 {
-    return {{QStringLiteral("x"), rect.x()}, {QStringLiteral("y"), rect.y()},
-        {QStringLiteral("width"), rect.width()}, {QStringLiteral("height"), rect.height()}};
+    return {
+        {QStringLiteral("x"), rect.x()},
+        {QStringLiteral("y"), rect.y()},
+        {QStringLiteral("width"), rect.width()},
+        {QStringLiteral("height"), rect.height()}};
 }
 
 QJsonObject window(const AndroidWindowSession &session)
@@ -51,8 +54,7 @@ QJsonObject window(const AndroidWindowSession &session)
         {QStringLiteral("pinned"), session.isPinned()},
         {QStringLiteral("windowId"), static_cast<qint64>(session.panel().winId())},
         {QStringLiteral("frame"), rectangle(session.panel().geometry())},
-        {QStringLiteral("videoArea"),
-            rectangle({view.mapToGlobal(QPoint(0, 0)), view.size()})},
+        {QStringLiteral("videoArea"), rectangle({view.mapToGlobal(QPoint(0, 0)), view.size()})},
         {QStringLiteral("scale"), view.devicePixelRatioF()},
         {QStringLiteral("videoWidth"), video.width()},
         {QStringLiteral("videoHeight"), video.height()},
@@ -70,13 +72,15 @@ QJsonObject window(const AndroidWindowSession &session)
     };
 }
 
-}
+} // namespace
 
 QJsonObject diagnosticsReport(const AppLibraryStore &store, const AndroidWindowRegistry &windows)
 {
     QJsonArray apps;
     for (const auto &app : store.apps()) {
-        apps.append(QJsonObject {{QStringLiteral("id"), uuidText(app.id)}, {QStringLiteral("name"), app.name},
+        apps.append(QJsonObject{
+            {QStringLiteral("id"), uuidText(app.id)},
+            {QStringLiteral("name"), app.name},
             {QStringLiteral("sourcePath"), app.sourcePath}});
     }
     QJsonArray sessions;

@@ -18,6 +18,6 @@ std::optional<QString> value(const QString &name, const QStringList &arguments);
 
 /// The same as a decimal number; absent for a value that is none.
 std::optional<double> numericArgument(const QString &name, const QStringList &arguments);
-}
+} // namespace LaunchArguments
 
 } // namespace quillnest

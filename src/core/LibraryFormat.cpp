@@ -49,13 +49,13 @@ std::optional<MobileApp> decodeApp(const QJsonObject &object)
     return app;
 }
 
-}
+} // namespace
 
 QByteArray encode(const std::vector<MobileApp> &apps)
 {
     QJsonArray array;
     for (const auto &app : apps) {
-        QJsonObject object {
+        QJsonObject object{
             {idKey, uuidText(app.id)},
             {nameKey, app.name},
             {platformKey, platformText(app.platform)},

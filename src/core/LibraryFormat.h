@@ -19,6 +19,6 @@ QByteArray encode(const std::vector<MobileApp> &apps);
 
 /// All or nothing: one bad record loses the whole list. All keys but "bundleIdentifier" are required, others ignored.
 std::optional<std::vector<MobileApp>> decode(const QByteArray &bytes);
-}
+} // namespace LibraryFormat
 
 } // namespace quillnest

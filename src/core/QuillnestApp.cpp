@@ -27,8 +27,8 @@ QuillnestApp::QuillnestApp(Platform platform)
           m_platform.clock, m_platform.folders.logs, QStringLiteral("quillnest.log"), false))
     , m_notifications(std::make_shared<ChangeNotifications>())
     , m_runtime(m_platform, m_log)
-    , m_windows(WindowServices {m_platform, m_log, m_notifications, m_runtime.commands()})
-    , m_services {m_platform, m_log, m_notifications, m_runtime, m_windows}
+    , m_windows(WindowServices{m_platform, m_log, m_notifications, m_runtime.commands()})
+    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows}
 {
 }
 
@@ -45,12 +45,12 @@ void QuillnestApp::start(const QStringList &arguments, std::function<QWidget *()
     m_commands = std::make_unique<CommandDispatcher>(m_services, *m_store);
     endHostSideServers();
     fireAndForget(m_log, cleanDevice());
-    connect(m_platform.commands.get(), &CommandChannel::received, this,
-        [this](const QString &command) { m_commands->run(command); });
+    connect(m_platform.commands.get(), &CommandChannel::received, this, [this](const QString &command) {
+        m_commands->run(command);
+    });
     if (!m_platform.commands->listen())
         m_log->write(QStringLiteral("command channel unavailable"));
-    m_platform.diagnostics->serve(
-        [this] { return QJsonDocument(diagnosticsReport(*m_store, m_windows)).toJson(); });
+    m_platform.diagnostics->serve([this] { return QJsonDocument(diagnosticsReport(*m_store, m_windows)).toJson(); });
     AndroidDarkMode::startObserving(m_runtime.commands());
     m_windows.homePanel().makeContent = std::move(makePanel);
 
@@ -70,8 +70,7 @@ void QuillnestApp::start(const QStringList &arguments, std::function<QWidget *()
 void QuillnestApp::endHostSideServers()
 {
     // What an earlier run that was killed has left behind on this side of the tunnel.
-    ChildCommand command {
-        .program = QStringLiteral("/usr/bin/pkill"), .arguments = {QStringLiteral("-f"), serverClass}};
+    ChildCommand command{.program = QStringLiteral("/usr/bin/pkill"), .arguments = {QStringLiteral("-f"), serverClass}};
     command.output = ChildCommand::Output::Null;
     try {
         m_platform.processes->start(command);
@@ -97,7 +96,7 @@ Task<> QuillnestApp::cleanDevice()
     if (!self)
         co_return;
     *m_services.cleaningDevice = false;
-    if ( m_windows.sessions().empty())
+    if (m_windows.sessions().empty())
         m_windows.scheduleIdleShutdown();
 }
 

@@ -42,8 +42,9 @@ void print(const QByteArray &text)
 /// JSON for people: bytes as base64 text, everything else as it is.
 QByteArray jsonText(const QVariant &value)
 {
-    const auto wrapped = QJsonDocument::fromVariant(QVariantList {
-        value.typeId() == QMetaType::QByteArray ? QVariant(QString::fromLatin1(value.toByteArray().toBase64())) : value});
+    const auto wrapped = QJsonDocument::fromVariant(QVariantList{
+        value.typeId() == QMetaType::QByteArray ? QVariant(QString::fromLatin1(value.toByteArray().toBase64()))
+                                                : value});
     const auto text = wrapped.toJson(QJsonDocument::Compact);
     return text.sliced(1, text.size() - 2);
 }
@@ -97,7 +98,7 @@ int followLog(bool follow)
     return 0;
 }
 
-}
+} // namespace
 
 int main(int argc, char **argv)
 {

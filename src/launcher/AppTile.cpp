@@ -18,8 +18,8 @@ namespace
 /// A colour that stays with a name.
 QColor colorFor(const QString &name)
 {
-    constexpr std::array<QRgb, 8> colors {
-        0x4C6FFF, 0x00A37A, 0xE5653A, 0xB455D9, 0xD9457E, 0x2597C9, 0x9A7B1F, 0x5E6472};
+    constexpr std::array<QRgb, 8> colors{0x4C6FFF, 0x00A37A, 0xE5653A, 0xB455D9,
+                                         0xD9457E, 0x2597C9, 0x9A7B1F, 0x5E6472};
     return QColor(colors[qHash(name, 0) % colors.size()]);
 }
 
@@ -30,13 +30,10 @@ QString firstGrapheme(const QString &text)
     return end > 0 ? text.left(end).toUpper() : QString();
 }
 
-}
+} // namespace
 
 AppTile::AppTile(const Platform &platform, const MobileApp &app, QWidget *parent)
-    : QAbstractButton(parent)
-    , m_platform(platform)
-    , m_name(app.displayName())
-    , m_color(colorFor(m_name))
+    : QAbstractButton(parent), m_platform(platform), m_name(app.displayName()), m_color(colorFor(m_name))
 {
     setFixedSize(sizeHint());
     setAccessibleName(m_name);

@@ -43,12 +43,10 @@ void setColor(QWidget *widget, const QColor &color)
     widget->setPalette(palette);
 }
 
-}
+} // namespace
 
 MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *parent)
-    : QWidget(parent)
-    , m_platform(platform)
-    , m_store(store)
+    : QWidget(parent), m_platform(platform), m_store(store)
 {
     setAcceptDrops(true);
     setAccessibleName(QStringLiteral("Quillnest"));

@@ -22,7 +22,7 @@ struct ChildCommand {
     QString program;
     QStringList arguments;
     /// Variables to set on top of this process's own environment.
-    std::map<QString, QString> environment {};
+    std::map<QString, QString> environment{};
     Input input = Input::Null;
     Output output = Output::Pipe;
     Errors errors = Errors::Null;
@@ -58,9 +58,9 @@ class ChildProcesses
 public:
     struct Handlers {
         /// A chunk of captured output, never empty. On a thread of the layer's choice.
-        std::function<void(QByteArray)> onOutput {};
+        std::function<void(QByteArray)> onOutput{};
         /// The child has ended and all its output has been handed over. Same thread; the last call.
-        std::function<void(int status)> onExit {};
+        std::function<void(int status)> onExit{};
     };
 
     virtual ~ChildProcesses() = default;
@@ -70,18 +70,14 @@ public:
 
     /// Starts the command and returns at once; throws LaunchError when it can't be started.
     virtual std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) = 0;
-    std::shared_ptr<RunningChild> start(const ChildCommand &command) { return start(command, Handlers {}); }
+    std::shared_ptr<RunningChild> start(const ChildCommand &command) { return start(command, Handlers{}); }
 };
 
 /// A command that could not be started, in the host's words.
 class LaunchError : public std::exception
 {
 public:
-    explicit LaunchError(QString message)
-        : m_message(std::move(message))
-        , m_bytes(m_message.toUtf8())
-    {
-    }
+    explicit LaunchError(QString message) : m_message(std::move(message)), m_bytes(m_message.toUtf8()) { }
     const QString &message() const { return m_message; }
     const char *what() const noexcept override { return m_bytes.constData(); }
 

@@ -13,8 +13,9 @@ HostProfile HostProfile::appleSilicon()
         .sdkHostArchitecture = QStringLiteral("aarch64"),
         .developerSdk = QStringLiteral("Library/Android/sdk"),
         .developerAvdName = QStringLiteral("Quillnest_Android35"),
-        .javaHomes = {QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"),
-            QStringLiteral("/opt/homebrew/Cellar/openjdk@17/17.0.20.1/libexec/openjdk.jdk/Contents/Home")},
+        .javaHomes
+        = {QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"),
+           QStringLiteral("/opt/homebrew/Cellar/openjdk@17/17.0.20.1/libexec/openjdk.jdk/Contents/Home")},
         .developmentScrcpy = QStringLiteral("/opt/homebrew/bin/scrcpy"),
     };
 }
@@ -29,8 +30,8 @@ HostProfile HostProfile::linuxX86_64()
         .sdkHostArchitecture = QStringLiteral("x64"),
         .developerSdk = QStringLiteral("Android/Sdk"),
         .developerAvdName = QStringLiteral("Quillnest_Android35"),
-        .javaHomes = {QStringLiteral("/usr/lib/jvm/java-17-openjdk-amd64"),
-            QStringLiteral("/usr/lib/jvm/default-java")},
+        .javaHomes
+        = {QStringLiteral("/usr/lib/jvm/java-17-openjdk-amd64"), QStringLiteral("/usr/lib/jvm/default-java")},
         .developmentScrcpy = QStringLiteral("/usr/bin/scrcpy"),
     };
 }

@@ -6,7 +6,7 @@ namespace quillnest
 QImage VideoFrame::toImage() const
 {
     QImage image(size(), QImage::Format_RGB32);
-    convertTo(image.bits(), image.bytesPerLine());
+    convertTo(image.bits(), image.bytesPerLine(), image.rect());
     return image;
 }
 

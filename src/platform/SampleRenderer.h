@@ -3,11 +3,13 @@
 #include "platform/VideoSample.h"
 
 #include <QImage>
+#include <QRect>
 #include <QSize>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace quillnest
 {
@@ -20,9 +22,18 @@ public:
     virtual QSize size() const = 0;
     virtual std::chrono::nanoseconds arrival() const = 0;
 
-    /// Writes the picture as 32-bit BGRA (QImage::Format_RGB32), unscaled: width times 4 bytes for each of its rows,
-    /// `stride` bytes apart. This is the only conversion of a frame, so callers give the memory that is shown.
-    virtual void convertTo(std::uint8_t *destination, std::ptrdiff_t stride) const = 0;
+    /// Counts the pictures of one stream from 1.
+    virtual std::uint64_t sequence() const = 0;
+
+    /// The parts in which the picture may differ from the one before it in the stream; none when nothing changed.
+    /// Their sides are even numbers but at the picture's own edges. Most of an app's screen stands still most of the
+    /// time, and what has not changed needs neither conversion nor the way to the screen.
+    virtual const std::vector<QRect> &changedParts() const = 0;
+
+    /// Writes a part of the picture as 32-bit BGRA (QImage::Format_RGB32), unscaled, to where its first pixel belongs;
+    /// rows are `stride` bytes apart. The part's left and top are even. This is the only conversion of a picture, so
+    /// callers give the memory that is shown.
+    virtual void convertTo(std::uint8_t *destination, std::ptrdiff_t stride, QRect part) const = 0;
 
     /// The picture scaled to `size` pixels with a smooth filter, in the same layout.
     virtual void scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSize size) const = 0;

@@ -31,8 +31,8 @@ public:
     virtual bool isAvailable() const = 0;
 
     /// Shows an icon; `onClick` answers a click, the menu a click with the other button. Main thread.
-    virtual std::unique_ptr<StatusItem> add(
-        const QIcon &icon, const QString &title, std::function<void()> onClick, std::vector<MenuEntry> menu) = 0;
+    virtual std::unique_ptr<StatusItem>
+    add(const QIcon &icon, const QString &title, std::function<void()> onClick, std::vector<MenuEntry> menu) = 0;
 };
 
 } // namespace quillnest

@@ -17,18 +17,13 @@ namespace quillnest
 
 /// The one asynchronous result. A coroutine that returns it starts at once and runs on the main thread; every step
 /// after a `co_await` must look its subject up again, because the world moved on meanwhile.
-template<typename T = void>
-using Task = QCoro::Task<T>;
+template <typename T = void> using Task = QCoro::Task<T>;
 
 /// Waits on `clock`; resumes on the main thread.
 class SleepFor
 {
 public:
-    SleepFor(Clock &clock, Clock::Duration duration)
-        : m_clock(clock)
-        , m_duration(duration)
-    {
-    }
+    SleepFor(Clock &clock, Clock::Duration duration) : m_clock(clock), m_duration(duration) { }
 
     bool await_ready() const noexcept { return false; }
     void await_suspend(std::coroutine_handle<> coroutine)
@@ -48,15 +43,13 @@ inline SleepFor sleepFor(Clock &clock, Clock::Duration duration)
 }
 
 /// Runs `work` on the background pool and resumes on the main thread with its value, or with what it threw.
-template<typename Work>
-class Background
+template <typename Work> class Background
 {
 public:
     using Result = std::invoke_result_t<Work>;
 
     Background(Executor &executor, Work work)
-        : m_executor(executor)
-        , m_state(std::make_shared<State>(State {std::move(work), {}, nullptr}))
+        : m_executor(executor), m_state(std::make_shared<State>(State{std::move(work), {}, nullptr}))
     {
     }
 
@@ -98,8 +91,7 @@ private:
 };
 
 /// `auto value = co_await background(executor, [=] { return blockingCall(); });` The closure must own what it uses.
-template<typename Work>
-Background<Work> background(Executor &executor, Work work)
+template <typename Work> Background<Work> background(Executor &executor, Work work)
 {
     return Background<Work>(executor, std::move(work));
 }

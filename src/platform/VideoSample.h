@@ -22,7 +22,7 @@ struct VideoSample {
     std::shared_ptr<const VideoFormat> format;
     bool keyFrame = false;
     /// `Clock::monotonic` when the last byte could be read from the socket.
-    std::chrono::nanoseconds arrival {};
+    std::chrono::nanoseconds arrival{};
 };
 
 } // namespace quillnest

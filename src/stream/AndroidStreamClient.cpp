@@ -16,10 +16,6 @@ namespace
 {
 const auto devicePath = QStringLiteral("/data/local/tmp/scrcpy-server.jar");
 const auto serverVersion = QStringLiteral("5.0.1");
-
-// Seconds that the device's side gets for each connection. The first one waits for the server to start.
-constexpr double firstAcceptTimeout = 15.0;
-constexpr double nextAcceptTimeout = 5.0;
 }
 
 std::shared_ptr<AndroidStreamClient> AndroidStreamClient::create(const Platform &platform, Config config,
@@ -81,9 +77,9 @@ void AndroidStreamClient::connect()
 
     launchServer(scid, displaySize(m_config.pixelSize));
 
-    const auto video = listener->accept(firstAcceptTimeout);
-    const auto audio = m_forwardAudio ? listener->accept(nextAcceptTimeout) : nullptr;
-    const auto control = listener->accept(nextAcceptTimeout);
+    const auto video = listener->accept(m_config.timeouts.firstAccept);
+    const auto audio = m_forwardAudio ? listener->accept(m_config.timeouts.nextAccept) : nullptr;
+    const auto control = listener->accept(m_config.timeouts.nextAccept);
     {
         const std::scoped_lock guard(m_control->lock);
         m_control->socket = control;

@@ -46,6 +46,12 @@ struct StreamStatistics {
 class AndroidStreamClient : public std::enable_shared_from_this<AndroidStreamClient>
 {
 public:
+    /// Seconds that the device's side gets for each connection. The first one waits for the server to start.
+    struct Timeouts {
+        double firstAccept = 15.0;
+        double nextAccept = 5.0;
+    };
+
     struct Config {
         QString adb;
         QString serial;
@@ -58,6 +64,7 @@ public:
         /// Bits per second.
         int bitRate = 8000000;
         int maxFPS = 60;
+        Timeouts timeouts {};
     };
 
     static std::shared_ptr<AndroidStreamClient> create(const Platform &platform, Config config,

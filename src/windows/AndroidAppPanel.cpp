@@ -18,12 +18,10 @@ constexpr double edgeReach = 5;
 constexpr double cornerReach = 14;
 /// How often a grab of the keyboard is looked at until it ends.
 constexpr std::chrono::milliseconds grabPoll(100);
-}
+} // namespace
 
 AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
-    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint)
-    , m_platform(platform)
-    , m_resizing(resizing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), m_platform(platform), m_resizing(resizing)
 {
     setAttribute(Qt::WA_DeleteOnClose, false);
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -104,7 +102,8 @@ void AndroidAppPanel::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(event->rect(),
+    painter.fillRect(
+        event->rect(),
         testAttribute(Qt::WA_TranslucentBackground) ? QColor(Qt::transparent)
                                                     : Palette::current(m_platform).windowBackground);
 }
@@ -124,7 +123,8 @@ Qt::Edges AndroidAppPanel::edgesAt(QPointF point) const
     edges.setFlag(Qt::LeftEdge, left < cornerReach && (left < edgeReach || top < edgeReach || bottom < edgeReach));
     edges.setFlag(Qt::RightEdge, right < cornerReach && (right < edgeReach || top < edgeReach || bottom < edgeReach));
     edges.setFlag(Qt::TopEdge, top < cornerReach && (top < edgeReach || left < edgeReach || right < edgeReach));
-    edges.setFlag(Qt::BottomEdge, bottom < cornerReach && (bottom < edgeReach || left < edgeReach || right < edgeReach));
+    edges.setFlag(
+        Qt::BottomEdge, bottom < cornerReach && (bottom < edgeReach || left < edgeReach || right < edgeReach));
     return edges;
 }
 

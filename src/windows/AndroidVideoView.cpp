@@ -82,7 +82,7 @@ QList<QUrl> droppedFiles(const QMimeData *data)
     return files;
 }
 
-}
+} // namespace
 
 AndroidVideoView::AndroidVideoView(const Platform &platform, QWidget *parent)
     : QWidget(parent)
@@ -118,19 +118,48 @@ AndroidVideoView::~AndroidVideoView()
 
 void AndroidVideoView::showNewestFrame()
 {
-    const auto before = m_counters.framesShown;
     if (!isVisible())
         return;
-    // Painted and flushed at once, not with the next turn of the event loop.
-    repaint();
-    if (m_counters.framesShown == before)
+    const auto frame = m_renderer->latestFrame();
+    if (!frame || frame == m_shownFrame)
         return;
+    const auto area = changedArea(*frame);
+    // Painted and flushed at once, not with the next turn of the event loop.
+    if (!area.isEmpty())
+        repaint(area);
+    if (frame != m_shownFrame) {
+        // Nothing of it is new: what stands on the screen is this picture already.
+        m_shownFrame = frame;
+        ++m_counters.framesShown;
+    }
     const auto now = m_platform.clock->monotonic();
     if (!m_counters.firstShownAt)
         m_counters.firstShownAt = now;
     const auto age = now - m_shownFrame->arrival();
     m_counters.lastFrameAge = std::chrono::duration<double, std::milli>(age).count();
     m_counters.worstFrameAge = std::max(m_counters.worstFrameAge, m_counters.lastFrameAge);
+}
+
+QSize AndroidVideoView::sizeInPixels() const
+{
+    const double scale = devicePixelRatioF();
+    return {qRound(width() * scale), qRound(height() * scale)};
+}
+
+QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
+{
+    const auto picture = pictureRect(sizeInPixels(), frame.size());
+    const bool followsShown = m_shownFrame && frame.sequence() == m_shownFrame->sequence() + 1
+        && frame.size() == m_shownFrame->size() && picture.size() == frame.size();
+    if (!followsShown)
+        return rect();
+    const double scale = devicePixelRatioF();
+    QRegion area;
+    for (const auto &part : frame.changedParts()) {
+        const auto pixels = QRectF(part.translated(picture.topLeft()));
+        area += QRectF(pixels.topLeft() / scale, pixels.size() / scale).toAlignedRect();
+    }
+    return area & rect();
 }
 
 QRect AndroidVideoView::pictureRect(QSize view, QSize picture)
@@ -155,10 +184,7 @@ void AndroidVideoView::paintEvent(QPaintEvent *event)
         if (frame != m_shownFrame)
             ++m_counters.framesShown;
         m_shownFrame = frame;
-        const bool whole = event->region().rectCount() == 1 && event->rect() == rect();
-        if (!whole)
-            painter.setClipRegion(event->region());
-        paintFrame(painter, *frame);
+        paintFrame(painter, *frame, event->region());
     }
     if (window()->testAttribute(Qt::WA_TranslucentBackground)) {
         // Only the lower corners of the window are the view's; the upper ones are the header's.
@@ -179,41 +205,55 @@ void AndroidVideoView::paintEvent(QPaintEvent *event)
     }
 }
 
-void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame)
+void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region)
 {
     const double scale = devicePixelRatioF();
-    const QSize pixels(qRound(width() * scale), qRound(height() * scale));
-    const auto picture = pictureRect(pixels, frame.size());
-    const auto convert = [&frame, &picture](std::uint8_t *destination, std::ptrdiff_t stride) {
-        if (picture.size() == frame.size())
-            frame.convertTo(destination, stride);
-        else
-            frame.scaleTo(destination, stride, picture.size());
-    };
+    const auto picture = pictureRect(sizeInPixels(), frame.size());
+    const auto toPoints
+        = [scale](QRect pixels) { return QRectF(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale); };
 
     // The bars beside the picture.
-    const auto toPoints = [scale](QRect area) {
-        return QRectF(area.x() / scale, area.y() / scale, area.width() / scale, area.height() / scale);
-    };
-    for (const auto &bar : QRegion(QRect(QPoint(0, 0), pixels)).subtracted(picture))
+    for (const auto &bar : QRegion(QRect(QPoint(0, 0), sizeInPixels())).subtracted(picture))
         painter.fillRect(toPoints(bar), Qt::black);
 
-    // The window's memory is where the picture is converted to: the one write of its pixels. That passes by the
-    // painter's clip, so it is for a view that is painted whole and lies whole inside the window.
-    auto *device = painter.paintEngine()->paintDevice();
-    if (device && device->devType() == QInternal::Image && !painter.hasClipping()) {
-        auto *memory = static_cast<QImage *>(device);
-        const auto origin = painter.deviceTransform().map(QPointF(0, 0)).toPoint() + picture.topLeft();
-        const QRect target(origin, picture.size());
-        if (memory->depth() == 32 && memory->rect().contains(target)) {
-            auto *first = const_cast<uchar *>(memory->constScanLine(target.y())) + 4 * target.x();
-            convert(first, memory->bytesPerLine());
-            return;
-        }
+    if (picture.size() != frame.size()) {
+        QImage image(picture.size(), QImage::Format_RGB32);
+        frame.scaleTo(image.bits(), image.bytesPerLine(), picture.size());
+        painter.drawImage(toPoints(picture), image);
+        return;
     }
-    QImage image(picture.size(), QImage::Format_RGB32);
-    convert(image.bits(), image.bytesPerLine());
-    painter.drawImage(toPoints(picture), image);
+    for (const auto &area : region) {
+        const auto pixels = QRectF(QPointF(area.topLeft()) * scale, QSizeF(area.size()) * scale).toAlignedRect();
+        const auto part = (pixels & picture).translated(-picture.topLeft());
+        if (!part.isEmpty() && !convertInPlace(painter, frame, part, picture.topLeft()))
+            convertByImage(painter, frame, part, toPoints(part.translated(picture.topLeft())));
+    }
+}
+
+/// Converts into the window's own memory: the one write of these pixels. That passes by the painter, so it is for
+/// whole pixels only, at a place that conversion can start at.
+bool AndroidVideoView::convertInPlace(QPainter &painter, const VideoFrame &frame, QRect part, QPoint origin)
+{
+    auto *device = painter.paintEngine()->paintDevice();
+    const double scale = devicePixelRatioF();
+    if (!device || device->devType() != QInternal::Image || scale != std::floor(scale) || part.x() % 2 != 0
+        || part.y() % 2 != 0)
+        return false;
+    auto *memory = static_cast<QImage *>(device);
+    const auto at = painter.deviceTransform().map(QPointF(0, 0)).toPoint() + origin + part.topLeft();
+    if (memory->depth() != 32 || !memory->rect().contains(QRect(at, part.size())))
+        return false;
+    auto *first = const_cast<uchar *>(memory->constScanLine(at.y())) + 4 * at.x();
+    frame.convertTo(first, memory->bytesPerLine(), part);
+    return true;
+}
+
+void AndroidVideoView::convertByImage(QPainter &painter, const VideoFrame &frame, QRect part, QRectF target)
+{
+    const QRect even(QPoint(part.x() & ~1, part.y() & ~1), part.bottomRight());
+    QImage image(even.size(), QImage::Format_RGB32);
+    frame.convertTo(image.bits(), image.bytesPerLine(), even);
+    painter.drawImage(target, image, part.translated(-even.topLeft()));
 }
 
 QPointF AndroidVideoView::videoPoint(QPointF point, QSizeF view, QSizeF video)
@@ -230,7 +270,7 @@ std::optional<AndroidVideoView::Position> AndroidVideoView::androidPoint(QPointF
     const auto video = client ? client->videoSize() : QSizeF();
     if (!(video.width() > 0 && video.height() > 0))
         return std::nullopt;
-    return Position {videoPoint(position, size(), video), video};
+    return Position{videoPoint(position, size(), video), video};
 }
 
 void AndroidVideoView::send(const QByteArray &message)

@@ -87,7 +87,12 @@ private:
     void requestBack();
     bool handleCommand(const QKeyEvent *event);
     void showNewestFrame();
-    void paintFrame(QPainter &painter, const VideoFrame &frame);
+    QSize sizeInPixels() const;
+    /// What of the view a picture changes against the one that is shown, in points.
+    QRegion changedArea(const VideoFrame &frame) const;
+    void paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region);
+    bool convertInPlace(QPainter &painter, const VideoFrame &frame, QRect part, QPoint origin);
+    static void convertByImage(QPainter &painter, const VideoFrame &frame, QRect part, QRectF target);
     void setDropBorder(bool on);
 
     const Platform &m_platform;
@@ -99,7 +104,7 @@ private:
 
     /// Shared with the decoder's thread, which may outlive this view by a call.
     struct FrameSignal {
-        std::atomic<bool> posted {false};
+        std::atomic<bool> posted{false};
         AndroidVideoView *view = nullptr;
     };
     const std::shared_ptr<FrameSignal> m_signal;

@@ -8,9 +8,7 @@ namespace quillnest
 {
 
 AndroidWindowRegistry::AndroidWindowRegistry(WindowServices services)
-    : m_services(std::move(services))
-    , m_locator(m_services.platform)
-    , m_homePanel(m_services)
+    : m_services(std::move(services)), m_locator(m_services.platform), m_homePanel(m_services)
 {
 }
 
@@ -28,25 +26,26 @@ AndroidWindowSession &AndroidWindowRegistry::open(
     cancelIdleShutdown();
     const auto anchor = pendingAnchor ? pendingAnchor : menuBarPopupFrame();
     pendingAnchor.reset();
-    auto created = std::make_unique<AndroidWindowSession>(m_services, *this, appID, package, title,
-        m_services.commands->paths().adb(), AndroidCommands::serial(), components.server, anchor);
+    auto created = std::make_unique<AndroidWindowSession>(
+        m_services, *this, appID, package, title, m_services.commands->paths().adb(), AndroidCommands::serial(),
+        components.server, anchor);
     auto &opened = *created;
-    opened.onEnded = [this, onEnded = std::move(onEnded)](
-                         AndroidWindowSession *ended, const std::optional<QString> &error) {
-        // The session goes with its callback, which is this very closure.
-        const auto told = onEnded;
-        sessionEnded(ended, error, told);
-    };
+    opened.onEnded
+        = [this, onEnded = std::move(onEnded)](AndroidWindowSession *ended, const std::optional<QString> &error) {
+              // The session goes with its callback, which is this very closure.
+              const auto told = onEnded;
+              sessionEnded(ended, error, told);
+          };
     m_sessions.insert_or_assign(appID, std::move(created));
     Q_EMIT m_services.notifications->sessionsChanged();
     closeMenuBarPopup();
-    m_services.log->write(
-        QStringLiteral("native window open package=%1 server=%2").arg(package, components.server));
+    m_services.log->write(QStringLiteral("native window open package=%1 server=%2").arg(package, components.server));
     opened.start();
     return opened;
 }
 
-void AndroidWindowRegistry::sessionEnded(AndroidWindowSession *session, const std::optional<QString> &error,
+void AndroidWindowRegistry::sessionEnded(
+    AndroidWindowSession *session, const std::optional<QString> &error,
     const std::function<void(std::optional<QString>)> &onEnded)
 {
     const auto package = session->package();
@@ -60,8 +59,8 @@ void AndroidWindowRegistry::sessionEnded(AndroidWindowSession *session, const st
     Q_EMIT m_services.notifications->sessionsChanged();
     if (m_sessions.empty())
         scheduleIdleShutdown();
-    m_services.log->write(QStringLiteral("native window ended package=%1 error=%2")
-                              .arg(package, error.value_or(QStringLiteral("none"))));
+    m_services.log->write(
+        QStringLiteral("native window ended package=%1 error=%2").arg(package, error.value_or(QStringLiteral("none"))));
     if (onEnded)
         onEnded(error);
 }

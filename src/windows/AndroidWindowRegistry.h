@@ -61,7 +61,8 @@ public:
     std::optional<QRect> pendingAnchor;
 
 private:
-    void sessionEnded(AndroidWindowSession *session, const std::optional<QString> &error,
+    void sessionEnded(
+        AndroidWindowSession *session, const std::optional<QString> &error,
         const std::function<void(std::optional<QString>)> &onEnded);
 
     const WindowServices m_services;

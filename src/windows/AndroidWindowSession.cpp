@@ -11,16 +11,17 @@
 namespace quillnest
 {
 
-AndroidWindowSession::AndroidWindowSession(const WindowServices &services, AndroidWindowRegistry &registry,
-    QUuid appID, QString package, QString title, const QString &adb, const QString &serial, const QString &server,
-    std::optional<QRect> anchor)
+AndroidWindowSession::AndroidWindowSession(
+    const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package, QString title,
+    const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor)
     : m_services(services)
     , m_registry(registry)
     , m_appID(appID)
     , m_package(std::move(package))
     , m_title(std::move(title))
-    , m_log(std::make_shared<QuillnestLog>(services.platform.clock, services.platform.folders.logs,
-          QStringLiteral("native-%1.log").arg(m_package), true))
+    , m_log(std::make_shared<QuillnestLog>(
+          services.platform.clock, services.platform.folders.logs, QStringLiteral("native-%1.log").arg(m_package),
+          true))
     , m_backWatch(m_services, m_package, [this] { leftByBack(); })
 {
     const auto record = m_services.platform.settings->value(recordKey()).toMap();
@@ -53,8 +54,7 @@ QPoint AndroidWindowSession::initialOrigin(QSize size, std::optional<QRect> anch
 {
     const auto record = m_services.platform.settings->value(recordKey()).toMap();
     if (m_pinned && record.contains(QStringLiteral("x")) && record.contains(QStringLiteral("y"))) {
-        const QPoint saved(
-            record.value(QStringLiteral("x")).toInt(), record.value(QStringLiteral("y")).toInt());
+        const QPoint saved(record.value(QStringLiteral("x")).toInt(), record.value(QStringLiteral("y")).toInt());
         // A spot inside the upper left corner tells whether the screen is still there.
         for (const auto &screen : m_services.platform.screens->all()) {
             if (screen.visibleFrame.contains(saved + QPoint(20, 20)))
@@ -198,8 +198,7 @@ void AndroidWindowSession::leftByBack()
     if (m_closing)
         return;
     const auto frame = m_panel->geometry();
-    m_services.log->write(
-        QStringLiteral("back left %1: closing window, showing Quillnest home").arg(m_package));
+    m_services.log->write(QStringLiteral("back left %1: closing window, showing Quillnest home").arg(m_package));
     close(QStringLiteral("back on first screen"));
     m_registry.showMenuBarPopup(frame.topLeft());
 }
@@ -222,9 +221,13 @@ void AndroidWindowSession::togglePinned()
 void AndroidWindowSession::saveFrame()
 {
     const auto frame = m_panel->geometry();
-    m_services.platform.settings->setValue(recordKey(),
-        QVariantMap {{QStringLiteral("x"), frame.x()}, {QStringLiteral("y"), frame.y()},
-            {QStringLiteral("w"), frame.width()}, {QStringLiteral("h"), frame.height()},
+    m_services.platform.settings->setValue(
+        recordKey(),
+        QVariantMap{
+            {QStringLiteral("x"), frame.x()},
+            {QStringLiteral("y"), frame.y()},
+            {QStringLiteral("w"), frame.width()},
+            {QStringLiteral("h"), frame.height()},
             {QStringLiteral("pinned"), m_pinned}});
 }
 

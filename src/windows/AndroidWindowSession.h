@@ -28,8 +28,9 @@ class AndroidWindowSession : public QObject
 
 public:
     /// `anchor` is where the launcher stood, if it is on screen: the window takes its place.
-    AndroidWindowSession(const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package,
-        QString title, const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor);
+    AndroidWindowSession(
+        const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package, QString title,
+        const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor);
     ~AndroidWindowSession() override;
 
     QUuid appID() const { return m_appID; }
@@ -62,8 +63,8 @@ public:
 
 private:
     QPoint initialOrigin(QSize size, std::optional<QRect> anchor) const;
-    std::shared_ptr<AndroidStreamClient> makeClient(
-        const QString &adb, const QString &serial, const QString &server, QSize panelSize) const;
+    std::shared_ptr<AndroidStreamClient>
+    makeClient(const QString &adb, const QString &serial, const QString &server, QSize panelSize) const;
     void configurePanel();
     void wire();
     void streamEnded(const std::optional<QString> &error);
@@ -83,7 +84,7 @@ private:
     const QString m_package;
     const QString m_title;
     const std::shared_ptr<QuillnestLog> m_log;
-    std::chrono::nanoseconds m_startedAt {};
+    std::chrono::nanoseconds m_startedAt{};
     bool m_pinned = false;
     bool m_closing = false;
     /// The change count of the pasteboard that was last acted on.

@@ -18,14 +18,13 @@ namespace
 constexpr std::chrono::milliseconds resizeSettles(250);
 /// Smaller displays aren't asked for, in pixels.
 constexpr int smallestDisplay = 101;
-}
+} // namespace
 
 void AndroidWindowSession::showSizeMenu(QWidget *from)
 {
     const QSize present = m_videoView->size();
     QMenu menu;
-    menu.addAction(QStringLiteral("%1 × %2 | Android").arg(present.width()).arg(present.height()))
-        ->setEnabled(false);
+    menu.addAction(QStringLiteral("%1 × %2 | Android").arg(present.width()).arg(present.height()))->setEnabled(false);
     menu.addSeparator();
     for (const auto &preset : QuillnestLayout::presets) {
         auto *item = menu.addAction(preset.label());

@@ -7,14 +7,15 @@ namespace quillnest
 
 namespace
 {
-constexpr std::array lookDelays {std::chrono::milliseconds(200), std::chrono::milliseconds(450),
-    std::chrono::milliseconds(800), std::chrono::milliseconds(1300)};
+constexpr std::array lookDelays{
+    std::chrono::milliseconds(200), std::chrono::milliseconds(450), std::chrono::milliseconds(800),
+    std::chrono::milliseconds(1300)};
 }
 
 BackWatch::BackWatch(const WindowServices &services, QString package, std::function<void()> onLeft)
     : m_services(services)
     , m_package(std::move(package))
-    , m_state(std::make_shared<State>(State {0, false, std::move(onLeft)}))
+    , m_state(std::make_shared<State>(State{0, false, std::move(onLeft)}))
 {
 }
 
@@ -27,8 +28,9 @@ void BackWatch::backSent()
                 if (state->generation != generation || state->stopped)
                     return;
                 services.platform.executor->inBackground([state, generation, services, package] {
-                    const auto output = services.commands->runADB({QStringLiteral("shell"),
-                        QStringLiteral("dumpsys activity activities | grep ResumedActivity")});
+                    const auto output = services.commands->runADB(
+                        {QStringLiteral("shell"),
+                         QStringLiteral("dumpsys activity activities | grep ResumedActivity")});
                     if (isResumed(output, package))
                         return;
                     services.platform.executor->onMain([state, generation] {

@@ -29,16 +29,15 @@ protected:
     {
         QPainter painter(this);
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft,
-            fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+        painter.drawText(
+            rect(), Qt::AlignVCenter | Qt::AlignLeft, fontMetrics().elidedText(text(), Qt::ElideRight, width()));
     }
 };
 
-}
+} // namespace
 
 HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *parent)
-    : QWidget(parent)
-    , m_platform(platform)
+    : QWidget(parent), m_platform(platform)
 {
     setFixedHeight(QuillnestLayout::headerHeight);
     auto *stack = new QHBoxLayout(this);

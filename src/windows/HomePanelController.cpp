@@ -7,10 +7,7 @@
 namespace quillnest
 {
 
-HomePanelController::HomePanelController(const WindowServices &services)
-    : m_services(services)
-{
-}
+HomePanelController::HomePanelController(const WindowServices &services) : m_services(services) { }
 
 HomePanelController::~HomePanelController() = default;
 

@@ -8,9 +8,7 @@ namespace quillnest
 {
 
 SymbolButton::SymbolButton(const Platform &platform, const QString &symbol, const QString &name, QWidget *parent)
-    : QAbstractButton(parent)
-    , m_platform(platform)
-    , m_symbol(symbol)
+    : QAbstractButton(parent), m_platform(platform), m_symbol(symbol)
 {
     setAccessibleName(name);
     setToolTip(name);

@@ -14,8 +14,7 @@ namespace
 constexpr quint16 consolePort = 5556;
 }
 
-ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop)
-    : m_desktop(desktop)
+ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop) : m_desktop(desktop)
 {
     if (isDeviceRunning())
         throw DriverError(QStringLiteral("another device holds the port %1").arg(consolePort));
@@ -151,7 +150,8 @@ void ProgramUnderTest::waitForState(
         });
     } catch (const DriverError &error) {
         throw DriverError(QStringLiteral("%1\nthe program says: %2")
-                              .arg(QString::fromUtf8(error.what()),
+                              .arg(
+                                  QString::fromUtf8(error.what()),
                                   QString::fromUtf8(QJsonDocument(last).toJson(QJsonDocument::Compact))));
     }
 }
@@ -188,8 +188,8 @@ QJsonObject ProgramUnderTest::device() const
 
 void ProgramUnderTest::deviceControl(const QStringList &arguments) const
 {
-    m_desktop.run(program(QStringLiteral("standinctl")),
-        QStringList {QStringLiteral("--socket"), deviceSocket()} + arguments);
+    m_desktop.run(
+        program(QStringLiteral("standinctl")), QStringList{QStringLiteral("--socket"), deviceSocket()} + arguments);
 }
 
 bool ProgramUnderTest::isDeviceRunning() const
@@ -228,7 +228,8 @@ std::vector<ProgramUnderTest::AdbCall> ProgramUnderTest::adbCalls() const
 
 QRect rectangle(const QJsonObject &object)
 {
-    return {object.value(QStringLiteral("x")).toInt(), object.value(QStringLiteral("y")).toInt(),
+    return {
+        object.value(QStringLiteral("x")).toInt(), object.value(QStringLiteral("y")).toInt(),
         object.value(QStringLiteral("width")).toInt(), object.value(QStringLiteral("height")).toInt()};
 }
 

@@ -40,12 +40,7 @@ double lineTime(const QString &line)
 class Road
 {
 public:
-    explicit Road(QString folder)
-        : m_folder(std::move(folder))
-        , m_program(m_desktop)
-    {
-        QDir().mkpath(m_folder);
-    }
+    explicit Road(QString folder) : m_folder(std::move(folder)), m_program(m_desktop) { QDir().mkpath(m_folder); }
 
     QJsonObject go()
     {
@@ -90,8 +85,9 @@ private:
 
     void showPanel()
     {
-        m_program.addApps({ProgramUnderTest::sample(QStringLiteral("tide")),
-            ProgramUnderTest::sample(QStringLiteral("ember")), ProgramUnderTest::sample(QStringLiteral("lantern"))});
+        m_program.addApps(
+            {ProgramUnderTest::sample(QStringLiteral("tide")), ProgramUnderTest::sample(QStringLiteral("ember")),
+             ProgramUnderTest::sample(QStringLiteral("lantern"))});
         const auto panel = rectangle(m_program.state().value(QStringLiteral("panel")).toObject());
         if (panel.isEmpty())
             throw DriverError(QStringLiteral("the panel is not on the screen"));
@@ -136,13 +132,15 @@ private:
     {
         const auto area = rectangle(m_program.window().value(QStringLiteral("videoArea")).toObject());
         m_desktop.click(QRectF(area).topLeft() + QPointF(area.width() * 0.7, area.height() * 0.62));
-        waitFor(QStringLiteral("the touch to reach the device"), 10,
-            [this] { return number(m_program.device(), "touchesSeen") >= 2; });
+        waitFor(QStringLiteral("the touch to reach the device"), 10, [this] {
+            return number(m_program.device(), "touchesSeen") >= 2;
+        });
         report("touchesSeenByDevice", number(m_program.device(), "touchesSeen"));
         // Long enough for the mark to come back in the picture, and to be nowhere near gone.
         const int shown = number(m_program.window(), "framesShown");
-        waitFor(QStringLiteral("pictures with the touch"), 10,
-            [this, shown] { return number(m_program.window(), "framesShown") > shown + 10; });
+        waitFor(QStringLiteral("pictures with the touch"), 10, [this, shown] {
+            return number(m_program.window(), "framesShown") > shown + 10;
+        });
         save(rectangle(m_program.window().value(QStringLiteral("frame")).toObject()), QStringLiteral("window.png"));
     }
 
@@ -164,13 +162,15 @@ private:
         const auto outward = QStringLiteral("from the desktop é Ж");
         m_desktop.setClipboard(outward);
         m_desktop.key(QStringLiteral("ctrl+v"));
-        waitFor(QStringLiteral("the clipboard to reach the device"), 10,
-            [this, &outward] { return text(m_program.device(), "clipboard") == outward; });
+        waitFor(QStringLiteral("the clipboard to reach the device"), 10, [this, &outward] {
+            return text(m_program.device(), "clipboard") == outward;
+        });
         report("clipboardMacToAndroid", true);
         const auto inward = QStringLiteral("from the device ü Я");
         m_program.deviceControl({QStringLiteral("clipboard"), inward});
-        waitFor(QStringLiteral("the device's clipboard to reach the desktop"), 10,
-            [this, &inward] { return m_desktop.clipboard() == inward; });
+        waitFor(QStringLiteral("the device's clipboard to reach the desktop"), 10, [this, &inward] {
+            return m_desktop.clipboard() == inward;
+        });
         report("clipboardAndroidToMac", true);
     }
 
@@ -190,11 +190,13 @@ private:
         if (last[QStringLiteral("width")].toInt() != number(window, "videoWidth")
             || last[QStringLiteral("height")].toInt() != number(window, "videoHeight"))
             throw DriverError(QStringLiteral("the video has another size than the device was asked for"));
-        report("resizeSeenByDevice",
+        report(
+            "resizeSeenByDevice",
             QStringLiteral("%1x%2").arg(number(window, "videoWidth")).arg(number(window, "videoHeight")));
         const int shown = number(window, "framesShown");
-        waitFor(QStringLiteral("pictures of the new size"), 10,
-            [this, shown] { return number(m_program.window(), "framesShown") > shown + 5; });
+        waitFor(QStringLiteral("pictures of the new size"), 10, [this, shown] {
+            return number(m_program.window(), "framesShown") > shown + 5;
+        });
         save(rectangle(m_program.window().value(QStringLiteral("frame")).toObject()), QStringLiteral("resized.png"));
     }
 
@@ -262,7 +264,7 @@ private:
     QJsonObject m_report;
 };
 
-}
+} // namespace
 
 QJsonObject goTheRoad(const QString &folder)
 {

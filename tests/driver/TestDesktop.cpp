@@ -32,7 +32,7 @@ QString programPath(const QString &name)
     return path;
 }
 
-}
+} // namespace
 
 void waitFor(const QString &what, double seconds, const std::function<bool()> &condition)
 {
@@ -45,20 +45,18 @@ void waitFor(const QString &what, double seconds, const std::function<bool()> &c
     }
 }
 
-TestDesktop::TestDesktop(Options options)
-    : m_options(options)
-    , m_root(QDir::tempPath() + QStringLiteral("/qn-XXXXXX"))
+TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tempPath() + QStringLiteral("/qn-XXXXXX"))
 {
     const auto system = QProcessEnvironment::systemEnvironment();
     // Only what programs can't do without is taken over from whoever runs this.
-    for (const auto &name : {"PATH", "USER", "LOGNAME", "ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS"}) {
+    for (const auto &name :
+         {"PATH", "USER", "LOGNAME", "ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS"}) {
         const auto key = QLatin1String(name);
         if (system.contains(key))
             m_environment.insert(key, system.value(key));
     }
-    const auto set = [this](const char *name, const QString &value) {
-        m_environment.insert(QLatin1String(name), value);
-    };
+    const auto set
+        = [this](const char *name, const QString &value) { m_environment.insert(QLatin1String(name), value); };
     const auto folder = [this](const QString &name) {
         const auto path = m_root.filePath(name);
         QDir().mkpath(path);
@@ -72,23 +70,26 @@ TestDesktop::TestDesktop(Options options)
     set("XDG_STATE_HOME", folder(QStringLiteral("home/.local/state")));
     set("XDG_CACHE_HOME", folder(QStringLiteral("home/.cache")));
     set("XDG_RUNTIME_DIR", folder(QStringLiteral("run")));
-    QFile::setPermissions(m_root.filePath(QStringLiteral("run")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QFile::setPermissions(
+        m_root.filePath(QStringLiteral("run")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     set("ANDROID_ADB_SERVER_PORT", freePort());
     set("QT_QPA_PLATFORM", QStringLiteral("xcb"));
     set("QT_SCALE_FACTOR", QString::number(m_options.scale));
 
     // The X server picks a free number by itself and tells it on its standard output.
-    auto xServer = start(QStringLiteral("Xvfb"),
+    auto xServer = start(
+        QStringLiteral("Xvfb"),
         {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-            QStringLiteral("-screen"), QStringLiteral("0"),
-            QStringLiteral("%1x%2x24").arg(m_options.screen.width()).arg(m_options.screen.height())});
+         QStringLiteral("-screen"), QStringLiteral("0"),
+         QStringLiteral("%1x%2x24").arg(m_options.screen.width()).arg(m_options.screen.height())});
     if (!xServer->waitForReadyRead(20000))
         throw DriverError(QStringLiteral("the X server does not start"));
     m_xServer = xServer->processId();
     set("DISPLAY", QLatin1Char(':') + QString::fromLatin1(xServer->readAllStandardOutput().trimmed()));
     m_services.push_back(std::move(xServer));
 
-    auto bus = start(QStringLiteral("dbus-daemon"),
+    auto bus = start(
+        QStringLiteral("dbus-daemon"),
         {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     if (!bus->waitForReadyRead(20000))
         throw DriverError(QStringLiteral("the session bus does not start"));
@@ -98,16 +99,17 @@ TestDesktop::TestDesktop(Options options)
     startService(QStringLiteral("openbox"), {});
     if (m_options.sound) {
         const auto socket = m_root.filePath(QStringLiteral("run/sound"));
-        startService(QStringLiteral("pulseaudio"),
+        startService(
+            QStringLiteral("pulseaudio"),
             {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
-                QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
-                QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(socket)});
+             QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
+             QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(socket)});
         set("PULSE_SERVER", QStringLiteral("unix:") + socket);
         waitFor(QStringLiteral("the sound server"), 20, [socket] { return QFile::exists(socket); });
     }
     waitFor(QStringLiteral("the window manager"), 20, [this] {
-        auto probe = start(QStringLiteral("xprop"),
-            {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")});
+        auto probe
+            = start(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")});
         probe->waitForFinished();
         return probe->readAllStandardOutput().contains("window id");
     });
@@ -146,8 +148,7 @@ void TestDesktop::endAll(const QByteArray &name) const
     }
 }
 
-std::unique_ptr<QProcess> TestDesktop::start(
-    const QString &program, const QStringList &arguments, Output output) const
+std::unique_ptr<QProcess> TestDesktop::start(const QString &program, const QStringList &arguments, Output output) const
 {
     auto process = std::make_unique<QProcess>();
     if (output == Output::Dropped) {
@@ -176,8 +177,9 @@ QByteArray TestDesktop::run(const QString &program, const QStringList &arguments
     const auto process = start(program, arguments);
     process->waitForFinished(60000);
     if (process->exitStatus() != QProcess::NormalExit || process->exitCode() != 0)
-        throw DriverError(QStringLiteral("%1 %2: %3").arg(program, arguments.join(QLatin1Char(' ')),
-            QString::fromUtf8(process->readAllStandardError())));
+        throw DriverError(
+            QStringLiteral("%1 %2: %3")
+                .arg(program, arguments.join(QLatin1Char(' ')), QString::fromUtf8(process->readAllStandardError())));
     return process->readAllStandardOutput();
 }
 
@@ -187,30 +189,30 @@ QStringList pixelText(QPointF point, double scale)
 {
     return {QString::number(qRound(point.x() * scale)), QString::number(qRound(point.y() * scale))};
 }
-}
+} // namespace
 
 void TestDesktop::moveMouse(QPointF point) const
 {
-    run(QStringLiteral("xdotool"), QStringList {QStringLiteral("mousemove")} + pixelText(point, m_options.scale));
+    run(QStringLiteral("xdotool"), QStringList{QStringLiteral("mousemove")} + pixelText(point, m_options.scale));
 }
 
 void TestDesktop::click(QPointF point, int button) const
 {
     run(QStringLiteral("xdotool"),
-        QStringList {QStringLiteral("mousemove")} + pixelText(point, m_options.scale)
-            + QStringList {QStringLiteral("click"), QString::number(button)});
+        QStringList{QStringLiteral("mousemove")} + pixelText(point, m_options.scale)
+            + QStringList{QStringLiteral("click"), QString::number(button)});
 }
 
 void TestDesktop::drag(QPointF from, QPointF to) const
 {
     const auto xdotool = QStringLiteral("xdotool");
     run(xdotool,
-        QStringList {QStringLiteral("mousemove")} + pixelText(from, m_options.scale)
-            + QStringList {QStringLiteral("mousedown"), QStringLiteral("1")});
+        QStringList{QStringLiteral("mousemove")} + pixelText(from, m_options.scale)
+            + QStringList{QStringLiteral("mousedown"), QStringLiteral("1")});
     constexpr int steps = 10;
     for (int i = 1; i <= steps; ++i) {
         run(xdotool,
-            QStringList {QStringLiteral("mousemove")} + pixelText(from + (to - from) * i / steps, m_options.scale));
+            QStringList{QStringLiteral("mousemove")} + pixelText(from + (to - from) * i / steps, m_options.scale));
         QThread::msleep(15);
     }
     run(xdotool, {QStringLiteral("mouseup"), QStringLiteral("1")});
@@ -251,12 +253,12 @@ QImage TestDesktop::screenshot(QRect area) const
     const auto pixels = [this](int points) { return qRound(points * m_options.scale); };
     run(QStringLiteral("import"),
         {QStringLiteral("-window"), QStringLiteral("root"), QStringLiteral("-crop"),
-            QStringLiteral("%1x%2+%3+%4")
-                .arg(pixels(area.width()))
-                .arg(pixels(area.height()))
-                .arg(pixels(area.x()))
-                .arg(pixels(area.y())),
-            QStringLiteral("+repage"), file});
+         QStringLiteral("%1x%2+%3+%4")
+             .arg(pixels(area.width()))
+             .arg(pixels(area.height()))
+             .arg(pixels(area.x()))
+             .arg(pixels(area.y())),
+         QStringLiteral("+repage"), file});
     return QImage(file);
 }
 

@@ -21,10 +21,7 @@ namespace quillnest::driver
 class DriverError : public std::runtime_error
 {
 public:
-    explicit DriverError(const QString &text)
-        : std::runtime_error(text.toStdString())
-    {
-    }
+    explicit DriverError(const QString &text) : std::runtime_error(text.toStdString()) { }
 };
 
 /// Polls until `condition` holds; throws DriverError with `what` when it doesn't within `seconds`.
@@ -37,17 +34,14 @@ class TestDesktop
 public:
     struct Options {
         /// In pixels.
-        QSize screen {2400, 1800};
+        QSize screen{2400, 1800};
         /// Pixels per point.
         double scale = 2;
         bool sound = true;
     };
 
     explicit TestDesktop(Options options);
-    TestDesktop()
-        : TestDesktop(Options {})
-    {
-    }
+    TestDesktop() : TestDesktop(Options{}) { }
     ~TestDesktop();
     TestDesktop(const TestDesktop &) = delete;
     TestDesktop &operator=(const TestDesktop &) = delete;
@@ -63,8 +57,8 @@ public:
     enum class Output { Kept, Dropped };
 
     /// Starts a program on this desktop.
-    std::unique_ptr<QProcess> start(
-        const QString &program, const QStringList &arguments, Output output = Output::Kept) const;
+    std::unique_ptr<QProcess>
+    start(const QString &program, const QStringList &arguments, Output output = Output::Kept) const;
 
     // Input by the X server's own test extension, at points of the screen.
     void moveMouse(QPointF point) const;

@@ -43,8 +43,8 @@ protected:
     void expectGoodAppOpens()
     {
         openTide();
-        EXPECT_EQ(program.window().value(QStringLiteral("package")).toString(),
-            QStringLiteral("app.quillnest.samples.tide"));
+        EXPECT_EQ(
+            program.window().value(QStringLiteral("package")).toString(), QStringLiteral("app.quillnest.samples.tide"));
     }
 };
 

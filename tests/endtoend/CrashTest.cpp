@@ -16,13 +16,15 @@ TEST_F(CrashTest, aKilledProgramLeavesADeviceThatTheNextStartAdoptsAndCleans)
     program.waitForState(QStringLiteral("the device to be adopted"), 30, [](const QJsonObject &state) {
         return state.value(QStringLiteral("androidState")).toString() == QStringLiteral("ready");
     });
-    waitFor(QStringLiteral("the old session to be gone"), 20,
-        [this] { return program.device().value(QStringLiteral("sessions")).toArray().isEmpty(); });
-    EXPECT_GE(program.device()
-                  .value(QStringLiteral("forceStopped"))
-                  .toObject()
-                  .value(QStringLiteral("app.quillnest.samples.tide"))
-                  .toInt(),
+    waitFor(QStringLiteral("the old session to be gone"), 20, [this] {
+        return program.device().value(QStringLiteral("sessions")).toArray().isEmpty();
+    });
+    EXPECT_GE(
+        program.device()
+            .value(QStringLiteral("forceStopped"))
+            .toObject()
+            .value(QStringLiteral("app.quillnest.samples.tide"))
+            .toInt(),
         1);
     EXPECT_EQ(program.log().count(QStringLiteral("starting emulator")), 1) << "the second start must not boot again";
 
@@ -35,7 +37,8 @@ TEST_F(CrashTest, aKilledProgramLeavesADeviceThatTheNextStartAdoptsAndCleans)
 TEST_F(CrashTest, theLibrarySurvivesAKill)
 {
     program.start();
-    program.addApps({ProgramUnderTest::sample(QStringLiteral("tide")), ProgramUnderTest::sample(QStringLiteral("ember"))});
+    program.addApps(
+        {ProgramUnderTest::sample(QStringLiteral("tide")), ProgramUnderTest::sample(QStringLiteral("ember"))});
     program.kill();
     program.start();
     EXPECT_EQ(program.state().value(QStringLiteral("apps")).toArray().size(), 2);
@@ -45,9 +48,10 @@ TEST_F(CrashTest, aDeviceThatDiesTakesTheWindowWithItAndTheNextClickBootsAgain)
 {
     program.start();
     openTide();
-    const auto end = desktop.start(ProgramUnderTest::program(QStringLiteral("standinctl")),
+    const auto end = desktop.start(
+        ProgramUnderTest::program(QStringLiteral("standinctl")),
         {QStringLiteral("--socket"), program.dataFolder() + QStringLiteral("/Runtime/avd/Quillnest.avd/standin.sock"),
-            QStringLiteral("die")});
+         QStringLiteral("die")});
     end->waitForFinished(5000);
     waitForNoWindow();
     waitForStatus(QStringLiteral("Closed Tide"));

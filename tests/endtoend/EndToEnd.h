@@ -13,16 +13,14 @@ namespace quillnest::driver
 class EndToEnd : public ::testing::Test
 {
 protected:
-    EndToEnd()
-        : program(desktop)
-    {
-    }
+    EndToEnd() : program(desktop) { }
 
     ~EndToEnd() override
     {
         // What the program said is what explains a failure.
         if (HasFailure())
-            std::fprintf(stderr, "---- log\n%s---- output\n%s----\n", qUtf8Printable(program.log()),
+            std::fprintf(
+                stderr, "---- log\n%s---- output\n%s----\n", qUtf8Printable(program.log()),
                 program.output().constData());
     }
 
@@ -30,16 +28,17 @@ protected:
 
     void waitForStatus(const QString &status, double seconds = 30) const
     {
-        program.waitForState(QStringLiteral("the status \"%1\"").arg(status), seconds,
-            [&status](const QJsonObject &state) {
+        program.waitForState(
+            QStringLiteral("the status \"%1\"").arg(status), seconds, [&status](const QJsonObject &state) {
                 return state.value(QStringLiteral("statusMessage")).toString() == status;
             });
     }
 
     void waitForLog(const QString &text, double seconds = 30) const
     {
-        waitFor(QStringLiteral("\"%1\" in the log").arg(text), seconds,
-            [this, &text] { return program.log().contains(text); });
+        waitFor(QStringLiteral("\"%1\" in the log").arg(text), seconds, [this, &text] {
+            return program.log().contains(text);
+        });
     }
 
     void openTide()
@@ -51,8 +50,9 @@ protected:
 
     void waitForNoWindow(double seconds = 20) const
     {
-        program.waitForState(QStringLiteral("no window"), seconds,
-            [](const QJsonObject &state) { return !state.isEmpty() && windows(state).isEmpty(); });
+        program.waitForState(QStringLiteral("no window"), seconds, [](const QJsonObject &state) {
+            return !state.isEmpty() && windows(state).isEmpty();
+        });
     }
 
     /// Waits for pictures that weren't there before.

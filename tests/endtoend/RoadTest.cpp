@@ -14,11 +14,10 @@ namespace
 bool isNear(QRgb pixel, QRgb color)
 {
     const auto close = [](int a, int b) { return std::abs(a - b) < 24; };
-    return close(qRed(pixel), qRed(color)) && close(qGreen(pixel), qGreen(color))
-        && close(qBlue(pixel), qBlue(color));
+    return close(qRed(pixel), qRed(color)) && close(qGreen(pixel), qGreen(color)) && close(qBlue(pixel), qBlue(color));
 }
 
-}
+} // namespace
 
 TEST(RoadTest, aClickOpensALiveAppAndEverythingTravelsBothWays)
 {

@@ -24,8 +24,8 @@ TEST_F(WindowTest, backOnADeeperScreenLeavesTheWindowOpen)
 {
     program.start();
     openTide();
-    program.deviceControl({QStringLiteral("push-screen"),
-        QString::number(program.window().value(QStringLiteral("displayID")).toInt())});
+    program.deviceControl(
+        {QStringLiteral("push-screen"), QString::number(program.window().value(QStringLiteral("displayID")).toInt())});
     program.post(QStringLiteral("back"));
     // The last of the four looks comes after 1.3 seconds.
     const auto looks = [this] {
@@ -75,10 +75,12 @@ TEST_F(WindowTest, inSingleAppModeAnotherAppClosesTheFirst)
 TEST_F(WindowTest, withoutSingleAppModeTwoAppsRunSideBySide)
 {
     program.start();
-    program.ctl({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestSingleApp"),
-        QStringLiteral("false")});
-    program.ctl({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestAutoHide"),
-        QStringLiteral("false")});
+    program.ctl(
+        {QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestSingleApp"),
+         QStringLiteral("false")});
+    program.ctl(
+        {QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestAutoHide"),
+         QStringLiteral("false")});
     openTide();
     program.addApps({ProgramUnderTest::sample(QStringLiteral("lantern"))});
     program.post(QStringLiteral("open:Lantern"));
@@ -95,8 +97,9 @@ TEST_F(WindowTest, theDeviceStopsWhenItHasBeenIdleLongEnough)
 {
     program.start();
     openTide();
-    program.ctl({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestIdleShutdownMinutes"),
-        QStringLiteral("0.02")});
+    program.ctl(
+        {QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestIdleShutdownMinutes"),
+         QStringLiteral("0.02")});
     program.post(QStringLiteral("close-all"));
     waitForNoWindow();
     waitFor(QStringLiteral("the device to stop"), 20, [this] { return !program.isDeviceRunning(); });
@@ -116,15 +119,17 @@ TEST_F(WindowTest, theCopyCommandBringsTheAppsTextToTheDesktop)
         return sessions.first()[QStringLiteral("text")].toString() == QStringLiteral("carried over");
     });
     program.post(QStringLiteral("copy"));
-    waitFor(QStringLiteral("the clipboard to change"), 10,
-        [this] { return desktop.clipboard() == QStringLiteral("carried over"); });
+    waitFor(QStringLiteral("the clipboard to change"), 10, [this] {
+        return desktop.clipboard() == QStringLiteral("carried over");
+    });
 }
 
 TEST_F(WindowTest, theDeviceStaysAtQuitWhenTheSettingsSaySo)
 {
     program.start();
-    program.ctl({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestStopAndroidOnQuit"),
-        QStringLiteral("false")});
+    program.ctl(
+        {QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestStopAndroidOnQuit"),
+         QStringLiteral("false")});
     openTide();
     EXPECT_EQ(program.quit(), 0);
     EXPECT_TRUE(program.isDeviceRunning());

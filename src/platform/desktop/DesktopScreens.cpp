@@ -33,10 +33,9 @@ xcb_connection_t *x11Connection()
 struct Free {
     void operator()(void *reply) const { std::free(reply); }
 };
-template<typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
+template <typename Reply> using Owned = std::unique_ptr<Reply, Free>;
 
-}
+} // namespace
 
 bool DesktopScreens::isComposited() const
 {
@@ -45,8 +44,8 @@ bool DesktopScreens::isComposited() const
         return true;
     // The selection that a compositing manager of the first X screen owns.
     constexpr std::string_view selection = "_NET_WM_CM_S0";
-    const Owned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 1, selection.size(), selection.data()), nullptr));
+    const Owned<xcb_intern_atom_reply_t> atom(
+        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 1, selection.size(), selection.data()), nullptr));
     if (!atom || atom->atom == XCB_ATOM_NONE)
         return false;
     const Owned<xcb_get_selection_owner_reply_t> owner(

@@ -11,9 +11,7 @@ extern "C" {
 namespace quillnest
 {
 
-FFmpegSampleRenderer::FFmpegSampleRenderer()
-    : m_packet(av_packet_alloc())
-    , m_thread([this] { work(); })
+FFmpegSampleRenderer::FFmpegSampleRenderer() : m_packet(av_packet_alloc()), m_thread([this] { work(); })
 {
     pthread_setname_np(m_thread.native_handle(), "video decoder");
 }
@@ -140,7 +138,9 @@ void FFmpegSampleRenderer::decode(const VideoSample &sample)
             return;
         if (!ffmpeg::DecodedFrame::isSupported(*frame))
             return lose();
-        publish(std::make_shared<ffmpeg::DecodedFrame>(std::move(frame), sample.arrival));
+        auto picture = std::make_shared<const ffmpeg::DecodedFrame>(std::move(frame), sample.arrival, m_previous.get());
+        m_previous = picture;
+        publish(std::move(picture));
     }
 }
 

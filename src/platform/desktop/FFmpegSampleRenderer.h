@@ -53,6 +53,7 @@ private:
     // The decoder's thread alone.
     ffmpeg::Context m_context;
     std::shared_ptr<const VideoFormat> m_format;
+    std::shared_ptr<const ffmpeg::DecodedFrame> m_previous;
     ffmpeg::Packet m_packet;
 
     std::thread m_thread;

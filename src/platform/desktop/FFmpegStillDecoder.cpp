@@ -26,7 +26,7 @@ QImage FFmpegStillDecoder::decode(const VideoSample &keyFrame) const
     avcodec_send_packet(context.get(), nullptr);
     if (avcodec_receive_frame(context.get(), frame.get()) < 0 || !ffmpeg::DecodedFrame::isSupported(*frame))
         return {};
-    return ffmpeg::DecodedFrame(std::move(frame), {}).toImage();
+    return ffmpeg::DecodedFrame(std::move(frame), {}, nullptr).toImage();
 }
 
 std::shared_ptr<SampleRenderer> FFmpegVideoDecoding::sampleRenderer()

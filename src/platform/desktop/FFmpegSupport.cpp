@@ -1,5 +1,7 @@
 #include "platform/desktop/FFmpegSupport.h"
 
+#include "platform/desktop/FrameDifference.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 }
@@ -32,7 +34,7 @@ namespace
 /// decoder that its samples carry lengths and not start codes.
 std::vector<std::uint8_t> configurationRecord(const VideoFormat &format)
 {
-    std::vector<std::uint8_t> record {1, format.sps[1], format.sps[2], format.sps[3], 0xFF, 0xE1};
+    std::vector<std::uint8_t> record{1, format.sps[1], format.sps[2], format.sps[3], 0xFF, 0xE1};
     const auto append = [&record](const std::vector<std::uint8_t> &unit) {
         record.push_back(static_cast<std::uint8_t>(unit.size() >> 8));
         record.push_back(static_cast<std::uint8_t>(unit.size()));
@@ -58,7 +60,7 @@ const libyuv::YuvConstants *matrix(const AVFrame &frame)
     }
 }
 
-}
+} // namespace
 
 Context openDecoder(const VideoFormat &format)
 {
@@ -81,9 +83,13 @@ Context openDecoder(const VideoFormat &format)
     return context;
 }
 
-DecodedFrame::DecodedFrame(Frame frame, std::chrono::nanoseconds arrival)
+DecodedFrame::DecodedFrame(Frame frame, std::chrono::nanoseconds arrival, const DecodedFrame *before)
     : m_frame(std::move(frame))
     , m_arrival(arrival)
+    , m_sequence(before ? before->m_sequence + 1 : 1)
+    , m_changedParts(
+          before ? differingParts(*before->m_frame, *m_frame)
+                 : std::vector<QRect>{QRect(0, 0, m_frame->width, m_frame->height)})
 {
 }
 
@@ -99,11 +105,15 @@ QSize DecodedFrame::size() const
     return {m_frame->width, m_frame->height};
 }
 
-void DecodedFrame::convertTo(std::uint8_t *destination, std::ptrdiff_t stride) const
+void DecodedFrame::convertTo(std::uint8_t *destination, std::ptrdiff_t stride, QRect part) const
 {
-    libyuv::I420ToARGBMatrix(m_frame->data[0], m_frame->linesize[0], m_frame->data[1], m_frame->linesize[1],
-        m_frame->data[2], m_frame->linesize[2], destination, static_cast<int>(stride), matrix(*m_frame),
-        m_frame->width, m_frame->height);
+    const auto plane = [this, part](int index, int shift) {
+        return m_frame->data[index] + std::ptrdiff_t{part.y() >> shift} * m_frame->linesize[index]
+            + (part.x() >> shift);
+    };
+    libyuv::I420ToARGBMatrix(
+        plane(0, 0), m_frame->linesize[0], plane(1, 1), m_frame->linesize[1], plane(2, 1), m_frame->linesize[2],
+        destination, static_cast<int>(stride), matrix(*m_frame), part.width(), part.height());
 }
 
 void DecodedFrame::scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSize size) const
@@ -119,11 +129,13 @@ void DecodedFrame::scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSi
     auto *luma = planes.data();
     auto *u = luma + lumaSize;
     auto *v = u + chromaSize;
-    libyuv::I420Scale(m_frame->data[0], m_frame->linesize[0], m_frame->data[1], m_frame->linesize[1],
-        m_frame->data[2], m_frame->linesize[2], m_frame->width, m_frame->height, luma, width, u, halfWidth, v,
-        halfWidth, width, height, libyuv::kFilterBox);
-    libyuv::I420ToARGBMatrix(luma, width, u, halfWidth, v, halfWidth, destination, static_cast<int>(stride),
-        matrix(*m_frame), width, height);
+    libyuv::I420Scale(
+        m_frame->data[0], m_frame->linesize[0], m_frame->data[1], m_frame->linesize[1], m_frame->data[2],
+        m_frame->linesize[2], m_frame->width, m_frame->height, luma, width, u, halfWidth, v, halfWidth, width, height,
+        libyuv::kFilterBox);
+    libyuv::I420ToARGBMatrix(
+        luma, width, u, halfWidth, v, halfWidth, destination, static_cast<int>(stride), matrix(*m_frame), width,
+        height);
 }
 
 } // namespace quillnest::ffmpeg

@@ -31,19 +31,24 @@ class DecodedFrame : public VideoFrame
 {
 public:
     /// `frame` must be a planar 4:2:0 picture of 8 bits.
-    DecodedFrame(Frame frame, std::chrono::nanoseconds arrival);
+    /// `before` is the picture before it in the stream, if there is one.
+    DecodedFrame(Frame frame, std::chrono::nanoseconds arrival, const DecodedFrame *before);
     ~DecodedFrame() override;
 
     static bool isSupported(const AVFrame &frame);
 
     QSize size() const override;
     std::chrono::nanoseconds arrival() const override { return m_arrival; }
-    void convertTo(std::uint8_t *destination, std::ptrdiff_t stride) const override;
+    std::uint64_t sequence() const override { return m_sequence; }
+    const std::vector<QRect> &changedParts() const override { return m_changedParts; }
+    void convertTo(std::uint8_t *destination, std::ptrdiff_t stride, QRect part) const override;
     void scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSize size) const override;
 
 private:
     Frame m_frame;
     std::chrono::nanoseconds m_arrival;
+    std::uint64_t m_sequence = 1;
+    std::vector<QRect> m_changedParts;
 };
 
 } // namespace quillnest::ffmpeg

@@ -26,7 +26,7 @@ QJsonValue encode(const QVariant &value)
 {
     switch (value.typeId()) {
     case QMetaType::QByteArray:
-        return QJsonObject {{dataKey, QString::fromLatin1(value.toByteArray().toBase64())}};
+        return QJsonObject{{dataKey, QString::fromLatin1(value.toByteArray().toBase64())}};
     case QMetaType::QVariantList:
     case QMetaType::QStringList: {
         QJsonArray array;
@@ -100,10 +100,9 @@ private:
     int m_descriptor;
 };
 
-}
+} // namespace
 
-FileSettingsStore::FileSettingsStore(const QString &path)
-    : m_path(path)
+FileSettingsStore::FileSettingsStore(const QString &path) : m_path(path)
 {
     const auto folder = QFileInfo(path).absolutePath();
     QDir().mkpath(folder);
@@ -191,8 +190,8 @@ QStringList FileSettingsStore::reload()
                 fresh.insert(it.key(), decode(it.value()));
         } else {
             const auto aside = m_path
-                + QStringLiteral(".damaged-%1").arg(QDateTime::currentDateTimeUtc().toString(
-                    QStringLiteral("yyyyMMdd-HHmmss-zzz")));
+                + QStringLiteral(".damaged-%1")
+                      .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")));
             if (QFile::rename(m_path, aside))
                 m_damaged = aside;
         }
@@ -218,8 +217,8 @@ bool FileSettingsStore::write()
         object.insert(it.key(), encode(it.value()));
     const auto bytes = QJsonDocument(object).toJson();
     const auto temporary = m_path + QStringLiteral(".new");
-    const int descriptor = ::open(
-        QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const int descriptor
+        = ::open(QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor < 0)
         return false;
     bool good = true;
@@ -239,10 +238,12 @@ bool FileSettingsStore::write()
 
 FileSettingsStore::Stamp FileSettingsStore::stamp() const
 {
-    struct stat status {};
+    struct stat status {
+    };
     if (::stat(QFile::encodeName(m_path).constData(), &status) != 0)
         return {};
-    return {status.st_ino, static_cast<qint64>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
+    return {
+        status.st_ino, static_cast<qint64>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
         status.st_size};
 }
 

@@ -46,7 +46,7 @@ private:
     const QString m_path;
     mutable std::mutex m_lock;
     QVariantMap m_values;
-    Stamp m_stamp {};
+    Stamp m_stamp{};
     std::optional<QString> m_damaged;
     QFileSystemWatcher m_watcher;
     QTimer m_syncTimer;

@@ -30,7 +30,7 @@ private:
     QTimer m_timer;
 };
 
-}
+} // namespace
 
 std::chrono::nanoseconds QtClock::monotonic() const
 {

@@ -16,8 +16,7 @@ namespace
 class ThreadQueue : public SerialQueue
 {
 public:
-    explicit ThreadQueue(const char *label)
-        : m_thread([this] { work(); })
+    explicit ThreadQueue(const char *label) : m_thread([this] { work(); })
     {
         // The kernel keeps fifteen characters of a thread's name: the last ones tell the most.
         const std::string name(label);
@@ -71,7 +70,7 @@ private:
     std::thread m_thread;
 };
 
-}
+} // namespace
 
 QtExecutor::QtExecutor()
 {

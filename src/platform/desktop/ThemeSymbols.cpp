@@ -17,7 +17,7 @@ namespace
 /// The theme's file for each symbol, below "icons/Adwaita", without the ending.
 QString themeFile(const QString &name)
 {
-    static const QHash<QString, QString> files {
+    static const QHash<QString, QString> files{
         {QStringLiteral("square.grid.2x2"), QStringLiteral("actions/view-app-grid-symbolic")},
         {QStringLiteral("chevron.left"), QStringLiteral("actions/go-previous-symbolic")},
         {QStringLiteral("camera"), QStringLiteral("devices/camera-photo-symbolic")},
@@ -32,11 +32,11 @@ QString themeFile(const QString &name)
     const auto file = files.value(name);
     if (file.isEmpty())
         return {};
-    return QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-        QStringLiteral("icons/Adwaita/scalable/%1.svg").arg(file));
+    return QStandardPaths::locate(
+        QStandardPaths::GenericDataLocation, QStringLiteral("icons/Adwaita/scalable/%1.svg").arg(file));
 }
 
-}
+} // namespace
 
 QPixmap ThemeSymbols::pixmap(const QString &name, int points, const QColor &color, double scale) const
 {

@@ -12,7 +12,8 @@ namespace
 class TrayItem : public StatusItem
 {
 public:
-    TrayItem(const QIcon &icon, const QString &title, std::function<void()> onClick,
+    TrayItem(
+        const QIcon &icon, const QString &title, std::function<void()> onClick,
         std::vector<StatusItems::MenuEntry> entries)
     {
         for (auto &entry : entries)
@@ -20,7 +21,8 @@ public:
         m_icon.setIcon(icon);
         m_icon.setToolTip(title);
         m_icon.setContextMenu(&m_menu);
-        QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_menu,
+        QObject::connect(
+            &m_icon, &QSystemTrayIcon::activated, &m_menu,
             [onClick = std::move(onClick)](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger)
                     onClick();
@@ -33,7 +35,7 @@ private:
     QSystemTrayIcon m_icon;
 };
 
-}
+} // namespace
 
 bool TrayStatusItems::isAvailable() const
 {

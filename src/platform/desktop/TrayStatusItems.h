@@ -10,8 +10,8 @@ class TrayStatusItems : public StatusItems
 {
 public:
     bool isAvailable() const override;
-    std::unique_ptr<StatusItem> add(const QIcon &icon, const QString &title, std::function<void()> onClick,
-        std::vector<MenuEntry> menu) override;
+    std::unique_ptr<StatusItem>
+    add(const QIcon &icon, const QString &title, std::function<void()> onClick, std::vector<MenuEntry> menu) override;
 };
 
 } // namespace quillnest

@@ -11,12 +11,11 @@ namespace
 const auto path = QStringLiteral("/app/quillnest/command");
 const auto interface = QStringLiteral("app.quillnest.command");
 const auto member = QStringLiteral("command");
-}
+} // namespace
 
 bool DBusCommandChannel::listen()
 {
-    return QDBusConnection::sessionBus().connect(
-        QString(), path, interface, member, this, SIGNAL(received(QString)));
+    return QDBusConnection::sessionBus().connect(QString(), path, interface, member, this, SIGNAL(received(QString)));
 }
 
 bool DBusCommandChannel::post(const QString &command)
@@ -28,8 +27,9 @@ bool DBusCommandChannel::post(const QString &command)
         return false;
     // A signal has no answer. A call that has one, behind it on the same connection, tells that it has left this
     // process, which may be about to end.
-    const auto ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    const auto ping = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"),
+        QStringLiteral("Ping"));
     return bus.call(ping).type() == QDBusMessage::ReplyMessage;
 }
 

@@ -11,7 +11,7 @@ namespace
 const auto service = QStringLiteral("app.quillnest.Quillnest");
 const auto object = QStringLiteral("/app/quillnest/diagnostics");
 const auto interfaceName = QStringLiteral("app.quillnest.Diagnostics");
-}
+} // namespace
 
 bool DBusDiagnostics::serve(std::function<QByteArray()> report)
 {

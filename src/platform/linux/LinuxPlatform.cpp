@@ -30,7 +30,7 @@ QString baseFolder(const char *variable, const QString &fallback)
     return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + fallback;
 }
 
-}
+} // namespace
 
 Folders linuxFolders()
 {

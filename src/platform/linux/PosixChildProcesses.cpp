@@ -28,14 +28,8 @@ class Descriptor
 {
 public:
     Descriptor() = default;
-    explicit Descriptor(int value)
-        : m_value(value)
-    {
-    }
-    Descriptor(Descriptor &&other) noexcept
-        : m_value(std::exchange(other.m_value, -1))
-    {
-    }
+    explicit Descriptor(int value) : m_value(value) { }
+    Descriptor(Descriptor &&other) noexcept : m_value(std::exchange(other.m_value, -1)) { }
     Descriptor &operator=(Descriptor &&other) noexcept
     {
         std::swap(m_value, other.m_value);
@@ -185,10 +179,7 @@ QByteArray readChunk(int descriptor)
 class PosixRunningChild : public RunningChild
 {
 public:
-    explicit PosixRunningChild(pid_t pid)
-        : m_pid(pid)
-    {
-    }
+    explicit PosixRunningChild(pid_t pid) : m_pid(pid) { }
 
     bool isRunning() const override
     {
@@ -209,7 +200,7 @@ public:
     /// Waits for the end without reaping, then reaps under the lock.
     int wait()
     {
-        siginfo_t info {};
+        siginfo_t info{};
         while (::waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT) < 0 && errno == EINTR) { }
         const std::scoped_lock guard(m_lock);
         m_running = false;
@@ -229,7 +220,7 @@ void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onO
     const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
     bool ended = false;
     while (true) {
-        pollfd entries[2] {{output, POLLIN, 0}, {process.get(), POLLIN, 0}};
+        pollfd entries[2]{{output, POLLIN, 0}, {process.get(), POLLIN, 0}};
         const int ready = ::poll(entries, process && !ended ? 2 : 1, ended ? 0 : -1);
         if (ready < 0 && errno == EINTR)
             continue;
@@ -247,7 +238,7 @@ void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onO
     }
 }
 
-}
+} // namespace
 
 ChildResult PosixChildProcesses::run(const ChildCommand &command)
 {

@@ -10,8 +10,7 @@ namespace quillnest
 class PulseAudioEngine::LoopLock
 {
 public:
-    explicit LoopLock(pa_threaded_mainloop *loop)
-        : m_loop(loop)
+    explicit LoopLock(pa_threaded_mainloop *loop) : m_loop(loop)
     {
         if (m_loop)
             pa_threaded_mainloop_lock(m_loop);
@@ -32,7 +31,7 @@ namespace
 {
 constexpr pa_usec_t retryInterval = 2'000'000;
 constexpr pa_usec_t tickInterval = 10'000;
-}
+} // namespace
 
 PulseAudioEngine::~PulseAudioEngine()
 {
@@ -126,7 +125,7 @@ void PulseAudioEngine::contextChanged()
 
 void PulseAudioEngine::createStream()
 {
-    const pa_sample_spec specification {PA_SAMPLE_FLOAT32LE, 48000, 2};
+    const pa_sample_spec specification{PA_SAMPLE_FLOAT32LE, 48000, 2};
     m_stream = pa_stream_new(m_context, "Android app", &specification, nullptr);
     if (!m_stream)
         return;
@@ -135,10 +134,10 @@ void PulseAudioEngine::createStream()
     pa_stream_set_write_callback(
         m_stream, [](pa_stream *, size_t, void *self) { static_cast<PulseAudioEngine *>(self)->feed(); }, this);
     constexpr auto unset = static_cast<std::uint32_t>(-1);
-    const pa_buffer_attr buffer {
-        unset, serverFrames * frameBytes, prebufferFrames * frameBytes, unset, unset};
-    const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY
-        | PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE);
+    const pa_buffer_attr buffer{unset, serverFrames * frameBytes, prebufferFrames * frameBytes, unset, unset};
+    const auto flags = static_cast<pa_stream_flags_t>(
+        PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING
+        | PA_STREAM_AUTO_TIMING_UPDATE);
     m_writtenFrames = 0;
     m_playedFrames = 0;
     m_scheduledFrames = 0;
@@ -207,8 +206,7 @@ void PulseAudioEngine::feed()
         auto &queued = m_queue.front();
         const auto left = (queued.samples.size() - queued.written) * sizeof(float);
         const auto count = std::min(left, room - room % frameBytes);
-        if (pa_stream_write(
-                m_stream, queued.samples.data() + queued.written, count, nullptr, 0, PA_SEEK_RELATIVE) < 0)
+        if (pa_stream_write(m_stream, queued.samples.data() + queued.written, count, nullptr, 0, PA_SEEK_RELATIVE) < 0)
             return;
         queued.written += count / sizeof(float);
         m_writtenFrames += count / frameBytes;

@@ -22,7 +22,7 @@ sigset_t terminationSignals()
     return signals;
 }
 
-}
+} // namespace
 
 void TerminationSignals::block()
 {
