@@ -106,7 +106,13 @@ Task<> EmulatorBoot::boot(Self self)
         co_await waitUntilGone(self);
     }
 
-    const bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    // adb goes on listing a device for a moment after its emulator has died; waiting for that one to boot would be in
+    // vain.
+    if (listed && self->m_emulatorProcess && !self->emulatorIsRunning()) {
+        co_await waitUntilGone(self);
+        listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    }
     if (!listed)
         co_await startDevice(self);
     co_await waitForBoot(self);

@@ -271,6 +271,24 @@ TEST_F(EmulatorBootTest, anEmulatorThatEndedIsStartedAgain)
     EXPECT_EQ(launches(), 2);
 }
 
+TEST_F(EmulatorBootTest, aDeviceThatIsStillListedAfterItsEmulatorDiedIsStartedAgain)
+{
+    boot();
+    fakes.processes->children().at(0)->exit(137);
+    device = {.listed = true, .looksUntilBooted = 1000000};
+    // adb notices after two looks.
+    int looks = 0;
+    fakes.processes->on(QStringLiteral("adb devices"), [this, &looks](const ChildCommand &) {
+        if (++looks == 3)
+            device = {};
+        return ScriptedProcesses::Answer{device.listed ? "emulator-5556\toffline\n" : "\n"};
+    });
+    const auto begin = fakes.clock->monotonic();
+    boot();
+    EXPECT_EQ(launches(), 2);
+    EXPECT_LT(fakes.clock->monotonic() - begin, 10s);
+}
+
 TEST_F(EmulatorBootTest, aKilledDeviceIsNoLongerWaitedForAsAProcess)
 {
     boot();
