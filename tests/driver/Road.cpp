@@ -37,6 +37,20 @@ double lineTime(const QString &line)
     return static_cast<double>(time.toMSecsSinceEpoch()) / 1000;
 }
 
+/// The pitch of a pure tone by its rising zero crossings; 0 for silence.
+double pitch(const std::vector<std::int16_t> &samples)
+{
+    std::vector<std::size_t> crossings;
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        if (samples[i - 1] < 0 && samples[i] >= 0)
+            crossings.push_back(i);
+    }
+    if (crossings.size() < 100)
+        return 0;
+    return 48000.0 * static_cast<double>(crossings.size() - 1)
+        / static_cast<double>(crossings.back() - crossings.front());
+}
+
 class Road
 {
 public:
@@ -126,6 +140,11 @@ private:
             return number(first, "audioFramesPlayed") > 48000;
         });
         report("audioFramesPlayed", number(m_program.window(), "audioFramesPlayed"));
+        const auto played
+            = m_program.device().value(QStringLiteral("sessions")).toArray().first()[QStringLiteral("tone")].toDouble();
+        const double heard = pitch(m_desktop.recordSound(1.5));
+        report("tonePlayedHertz", played);
+        report("toneHeardHertz", heard);
     }
 
     void touch()

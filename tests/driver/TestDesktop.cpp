@@ -10,6 +10,7 @@
 #include <sys/prctl.h>
 
 #include <csignal>
+#include <cstring>
 
 namespace quillnest::driver
 {
@@ -103,6 +104,7 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
             QStringLiteral("pulseaudio"),
             {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
              QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
+             QStringLiteral("module-suspend-on-idle timeout=0"), QStringLiteral("-L"),
              QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(socket)});
         set("PULSE_SERVER", QStringLiteral("unix:") + socket);
         waitFor(QStringLiteral("the sound server"), 20, [socket] { return QFile::exists(socket); });
@@ -119,7 +121,7 @@ TestDesktop::~TestDesktop()
 {
     auto adb = start(QStringLiteral("adb"), {QStringLiteral("kill-server")});
     adb->waitForFinished(5000);
-    m_clipboardOwner.reset();
+    releaseClipboard();
     while (!m_services.empty()) {
         auto &service = m_services.back();
         service->terminate();
@@ -231,6 +233,7 @@ void TestDesktop::key(const QString &name) const
 void TestDesktop::setClipboard(const QString &text)
 {
     // xclip stays and answers for the clipboard until somebody else takes it.
+    releaseClipboard();
     m_clipboardOwner = start(
         QStringLiteral("xclip"), {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard")});
     m_clipboardOwner->write(text.toUtf8());
@@ -239,12 +242,41 @@ void TestDesktop::setClipboard(const QString &text)
     waitFor(QStringLiteral("the clipboard to be taken"), 10, [this, text] { return clipboard() == text; });
 }
 
+void TestDesktop::releaseClipboard()
+{
+    if (!m_clipboardOwner)
+        return;
+    m_clipboardOwner->kill();
+    m_clipboardOwner->waitForFinished(5000);
+    m_clipboardOwner.reset();
+}
+
 QString TestDesktop::clipboard() const
 {
     const auto reader = start(
         QStringLiteral("xclip"), {QStringLiteral("-o"), QStringLiteral("-selection"), QStringLiteral("clipboard")});
     reader->waitForFinished(10000);
     return QString::fromUtf8(reader->readAllStandardOutput());
+}
+
+std::vector<std::int16_t> TestDesktop::recordSound(double seconds) const
+{
+    const auto count = static_cast<qsizetype>(seconds * 48000);
+    const auto recorder = start(
+        QStringLiteral("parec"),
+        {QStringLiteral("--device=loudspeaker.monitor"), QStringLiteral("--format=s16le"),
+         QStringLiteral("--rate=48000"), QStringLiteral("--channels=1"), QStringLiteral("--raw")});
+    QByteArray bytes;
+    waitFor(QStringLiteral("%1 s of sound").arg(seconds), seconds + 20, [&recorder, &bytes, count] {
+        recorder->waitForReadyRead(100);
+        bytes += recorder->readAllStandardOutput();
+        return bytes.size() >= 2 * count;
+    });
+    recorder->kill();
+    recorder->waitForFinished(5000);
+    std::vector<std::int16_t> samples(static_cast<std::size_t>(count));
+    std::memcpy(samples.data(), bytes.constData(), static_cast<std::size_t>(2 * count));
+    return samples;
 }
 
 QImage TestDesktop::screenshot(QRect area) const

@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -73,10 +74,14 @@ public:
     /// Ends every process on this desktop with this name, or with any name, whoever started it.
     void endAll(const QByteArray &name = {}) const;
 
+    /// What the loudspeaker plays from now on: 48000 Hz, one channel.
+    std::vector<std::int16_t> recordSound(double seconds) const;
+
     /// A rectangle of the screen, in points, as its pixels are now.
     QImage screenshot(QRect area) const;
 
 private:
+    void releaseClipboard();
     qint64 startService(const QString &program, const QStringList &arguments);
 
     Options m_options;

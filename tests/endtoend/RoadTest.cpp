@@ -33,6 +33,8 @@ TEST(RoadTest, aClickOpensALiveAppAndEverythingTravelsBothWays)
     EXPECT_GT(number("framesShown"), 0);
     EXPECT_GT(number("framesPerSecond"), 0);
     EXPECT_GT(number("audioFramesPlayed"), 48000);
+    EXPECT_GT(number("tonePlayedHertz"), 100);
+    EXPECT_NEAR(number("toneHeardHertz"), number("tonePlayedHertz"), 5) << "what the loudspeaker plays";
     EXPECT_GE(number("touchesSeenByDevice"), 2) << "down and up";
     EXPECT_EQ(number("keysSeenByDevice"), 4) << "two keys, each down and up";
     EXPECT_TRUE(report.value(QStringLiteral("clipboardMacToAndroid")).toBool());
