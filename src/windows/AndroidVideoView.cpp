@@ -124,20 +124,25 @@ void AndroidVideoView::showNewestFrame()
     if (!frame || frame == m_shownFrame)
         return;
     const auto area = changedArea(*frame);
-    // Painted and flushed at once, not with the next turn of the event loop.
+    m_shownFrame = frame;
+    ++m_counters.framesShown;
+    // Painted and flushed at once, not with the next turn of the event loop. When nothing of it is new, what stands on
+    // the screen is this picture already.
     if (!area.isEmpty())
         repaint(area);
-    if (frame != m_shownFrame) {
-        // Nothing of it is new: what stands on the screen is this picture already.
-        m_shownFrame = frame;
-        ++m_counters.framesShown;
-    }
     const auto now = m_platform.clock->monotonic();
     if (!m_counters.firstShownAt)
         m_counters.firstShownAt = now;
     const auto age = now - m_shownFrame->arrival();
     m_counters.lastFrameAge = std::chrono::duration<double, std::milli>(age).count();
     m_counters.worstFrameAge = std::max(m_counters.worstFrameAge, m_counters.lastFrameAge);
+}
+
+void AndroidVideoView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // What came while nobody could see it.
+    showNewestFrame();
 }
 
 QSize AndroidVideoView::sizeInPixels() const
@@ -177,15 +182,12 @@ QRect AndroidVideoView::pictureRect(QSize view, QSize picture)
 void AndroidVideoView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    const auto frame = m_renderer->latestFrame();
-    if (!frame) {
+    // Never a newer picture than the one whose turn it is: that one may have changed outside this event's region, where
+    // the picture before it would stay for good.
+    if (m_shownFrame)
+        paintFrame(painter, *m_shownFrame, event->region());
+    else
         painter.fillRect(event->rect(), Qt::black);
-    } else {
-        if (frame != m_shownFrame)
-            ++m_counters.framesShown;
-        m_shownFrame = frame;
-        paintFrame(painter, *frame, event->region());
-    }
     if (window()->testAttribute(Qt::WA_TranslucentBackground)) {
         // Only the lower corners of the window are the view's; the upper ones are the header's.
         constexpr double radius = windowCornerRadius;
@@ -243,7 +245,7 @@ bool AndroidVideoView::convertInPlace(QPainter &painter, const VideoFrame &frame
     const auto at = painter.deviceTransform().map(QPointF(0, 0)).toPoint() + origin + part.topLeft();
     if (memory->depth() != 32 || !memory->rect().contains(QRect(at, part.size())))
         return false;
-    auto *first = const_cast<uchar *>(memory->constScanLine(at.y())) + 4 * at.x();
+    auto *first = const_cast<uchar *>(memory->constScanLine(at.y())) + std::ptrdiff_t {4} * at.x();
     frame.convertTo(first, memory->bytesPerLine(), part);
     return true;
 }
