@@ -11,16 +11,8 @@ namespace quillnest
 class PulseAudioEngine::LoopLock
 {
 public:
-    explicit LoopLock(pa_threaded_mainloop *loop) : m_loop(loop)
-    {
-        if (m_loop)
-            pa_threaded_mainloop_lock(m_loop);
-    }
-    ~LoopLock()
-    {
-        if (m_loop)
-            pa_threaded_mainloop_unlock(m_loop);
-    }
+    explicit LoopLock(pa_threaded_mainloop *loop) : m_loop(loop) { pa_threaded_mainloop_lock(m_loop); }
+    ~LoopLock() { pa_threaded_mainloop_unlock(m_loop); }
     LoopLock(const LoopLock &) = delete;
     LoopLock &operator=(const LoopLock &) = delete;
 
@@ -41,7 +33,7 @@ PulseAudioEngine::~PulseAudioEngine()
 
 bool PulseAudioEngine::start()
 {
-    const std::scoped_lock guard(m_stopLock);
+    const std::scoped_lock guard(m_lifeLock);
     if (m_stopped)
         return false;
     if (m_loop)
@@ -62,7 +54,7 @@ bool PulseAudioEngine::start()
 
 void PulseAudioEngine::stop()
 {
-    const std::scoped_lock guard(m_stopLock);
+    const std::scoped_lock guard(m_lifeLock);
     m_stopped = true;
     if (!m_loop)
         return;
@@ -168,9 +160,10 @@ void PulseAudioEngine::schedule(AudioBuffer buffer, std::function<void()> comple
         queued.samples.push_back(buffer.left[i]);
         queued.samples.push_back(buffer.right[i]);
     }
-    const LoopLock loop(m_loop);
+    const std::scoped_lock guard(m_lifeLock);
     if (!m_loop)
         return;
+    const LoopLock loop(m_loop);
     m_scheduledFrames += buffer.left.size();
     m_completions.emplace(m_scheduledFrames, std::move(completed));
     m_queue.push_back(std::move(queued));
@@ -266,6 +259,9 @@ void PulseAudioEngine::armTick(bool on)
 
 void PulseAudioEngine::play()
 {
+    const std::scoped_lock guard(m_lifeLock);
+    if (!m_loop)
+        return;
     const LoopLock loop(m_loop);
     m_wanted = true;
     if (m_ready) {
@@ -276,6 +272,9 @@ void PulseAudioEngine::play()
 
 void PulseAudioEngine::pause()
 {
+    const std::scoped_lock guard(m_lifeLock);
+    if (!m_loop)
+        return;
     const LoopLock loop(m_loop);
     m_wanted = false;
     if (m_ready)
@@ -284,6 +283,9 @@ void PulseAudioEngine::pause()
 
 std::uint64_t PulseAudioEngine::framesPlayed() const
 {
+    const std::scoped_lock guard(m_lifeLock);
+    if (!m_loop)
+        return m_playedFrames;
     const LoopLock loop(m_loop);
     return m_playedFrames;
 }

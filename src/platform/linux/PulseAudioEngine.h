@@ -74,7 +74,8 @@ private:
     std::uint64_t m_writtenFrames = 0;
     std::uint64_t m_playedFrames = 0;
 
-    std::mutex m_stopLock;
+    /// Keeps the loop alive for the calls from outside; the loop's own thread never takes it.
+    mutable std::mutex m_lifeLock;
     bool m_stopped = false;
 };
 
