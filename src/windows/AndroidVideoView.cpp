@@ -124,16 +124,13 @@ void AndroidVideoView::showNewestFrame()
     if (!frame || frame == m_shownFrame)
         return;
     const auto area = changedArea(*frame);
-    m_shownFrame = frame;
-    ++m_counters.framesShown;
+    take(frame);
     // Painted and flushed at once, not with the next turn of the event loop. When nothing of it is new, what stands on
     // the screen is this picture already.
     if (!area.isEmpty())
         repaint(area);
-    const auto now = m_platform.clock->monotonic();
-    if (!m_counters.firstShownAt)
-        m_counters.firstShownAt = now;
-    const auto age = now - m_shownFrame->arrival();
+    noteFirstShown();
+    const auto age = m_platform.clock->monotonic() - frame->arrival();
     m_counters.lastFrameAge = std::chrono::duration<double, std::milli>(age).count();
     m_counters.worstFrameAge = std::max(m_counters.worstFrameAge, m_counters.lastFrameAge);
 }
@@ -141,8 +138,25 @@ void AndroidVideoView::showNewestFrame()
 void AndroidVideoView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    // What came while nobody could see it.
-    showNewestFrame();
+    // What came while nobody could see it; how long it has waited for that says nothing about the stream.
+    const auto frame = m_renderer->latestFrame();
+    if (!frame || frame == m_shownFrame)
+        return;
+    take(frame);
+    update();
+    noteFirstShown();
+}
+
+void AndroidVideoView::take(const std::shared_ptr<const VideoFrame> &frame)
+{
+    m_shownFrame = frame;
+    ++m_counters.framesShown;
+}
+
+void AndroidVideoView::noteFirstShown()
+{
+    if (!m_counters.firstShownAt)
+        m_counters.firstShownAt = m_platform.clock->monotonic();
 }
 
 QSize AndroidVideoView::sizeInPixels() const
@@ -245,7 +259,7 @@ bool AndroidVideoView::convertInPlace(QPainter &painter, const VideoFrame &frame
     const auto at = painter.deviceTransform().map(QPointF(0, 0)).toPoint() + origin + part.topLeft();
     if (memory->depth() != 32 || !memory->rect().contains(QRect(at, part.size())))
         return false;
-    auto *first = const_cast<uchar *>(memory->constScanLine(at.y())) + std::ptrdiff_t {4} * at.x();
+    auto *first = const_cast<uchar *>(memory->constScanLine(at.y())) + std::ptrdiff_t{4} * at.x();
     frame.convertTo(first, memory->bytesPerLine(), part);
     return true;
 }

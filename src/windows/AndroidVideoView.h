@@ -61,6 +61,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -87,6 +88,8 @@ private:
     void requestBack();
     bool handleCommand(const QKeyEvent *event);
     void showNewestFrame();
+    void take(const std::shared_ptr<const VideoFrame> &frame);
+    void noteFirstShown();
     QSize sizeInPixels() const;
     /// What of the view a picture changes against the one that is shown, in points.
     QRegion changedArea(const VideoFrame &frame) const;
