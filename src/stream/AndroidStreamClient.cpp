@@ -16,6 +16,15 @@ namespace
 {
 const auto devicePath = QStringLiteral("/data/local/tmp/scrcpy-server.jar");
 const auto serverVersion = QStringLiteral("5.0.1");
+
+/// The text, or nothing when the bytes aren't UTF-8 from the first to the last. A decoder that keeps its state would
+/// wait for the rest of a character that is cut off at the end, and call the bytes good.
+std::optional<QString> fromWholeUtf8(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(bytes);
+    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
+}
 }
 
 std::shared_ptr<AndroidStreamClient> AndroidStreamClient::create(const Platform &platform, Config config,
@@ -169,10 +178,10 @@ void AndroidStreamClient::launchServer(const QString &scid, QSize display)
 
 void AndroidStreamClient::readServerOutput(const QByteArray &chunk)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(chunk);
-    if (decoder.hasError())
+    const auto decoded = fromWholeUtf8(chunk);
+    if (!decoded)
         return;
+    const auto &text = *decoded;
     m_log->write(text);
     static const QRegularExpression displayPattern(QStringLiteral("\\(id=\\d+\\)"));
     const auto match = displayPattern.match(text);
@@ -194,9 +203,7 @@ AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &argum
     const auto result = m_platform.processes->run(command);
     if (result.launchError)
         return {-1, *result.launchError};
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString output = decoder(result.output);
-    return {result.status, decoder.hasError() ? QString() : output};
+    return {result.status, fromWholeUtf8(result.output).value_or(QString())};
 }
 
 void AndroidStreamClient::finish(std::optional<QString> error)

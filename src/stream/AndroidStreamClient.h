@@ -164,7 +164,7 @@ private:
     std::optional<std::uint64_t> m_playedBeforeStop;
     bool m_stopped = false;
     bool m_endReported = false;
-    QSizeF m_videoSize;
+    QSizeF m_videoSize {0, 0};
     std::uint64_t m_clipboardSequence = 1;
     std::optional<int> m_displayID;
     bool m_snapshotRequested = false;

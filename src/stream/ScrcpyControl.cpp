@@ -65,8 +65,9 @@ void position(QByteArray &bytes, QPointF point, QSizeF frame)
 {
     append(bytes, static_cast<std::int32_t>(std::lround(point.x())));
     append(bytes, static_cast<std::int32_t>(std::lround(point.y())));
-    append(bytes, static_cast<std::uint16_t>(frame.width()));
-    append(bytes, static_cast<std::uint16_t>(frame.height()));
+    // By way of a wider integer: the size is what the device announced, and what doesn't fit is to be cut off.
+    append(bytes, static_cast<std::uint16_t>(static_cast<std::int64_t>(frame.width())));
+    append(bytes, static_cast<std::uint16_t>(static_cast<std::int64_t>(frame.height())));
 }
 
 QByteArray key(KeyAction action, std::uint32_t keycode, std::uint32_t meta)
