@@ -1,0 +1,261 @@
+#include "StreamTest.h"
+
+#include "stream/ScrcpyControl.h"
+
+using namespace quillnest;
+
+namespace
+{
+QByteArray clipboard(const QByteArray &text)
+{
+    return QByteArray(1, '\0') + bigEndian(static_cast<std::uint32_t>(text.size())) + text;
+}
+
+/// Counts what its serial queues have done.
+class CountingExecutor : public QtExecutor
+{
+public:
+    std::unique_ptr<SerialQueue> serialQueue(const char *label) override
+    {
+        struct Queue : SerialQueue {
+            Queue(std::unique_ptr<SerialQueue> queue, std::atomic_int &count) : inner(std::move(queue)), counter(count)
+            {
+            }
+            void post(std::function<void()> work) override
+            {
+                inner->post([this, work = std::move(work)] {
+                    work();
+                    ++counter;
+                });
+            }
+            std::unique_ptr<SerialQueue> inner;
+            std::atomic_int &counter;
+        };
+        return std::make_unique<Queue>(QtExecutor::serialQueue(label), done);
+    }
+
+    std::atomic_int done = 0;
+};
+
+class DeviceMessagesTest : public StreamTest
+{
+protected:
+    /// Sends a text behind what was sent before and waits for it: all before it has been handled.
+    ::testing::AssertionResult readerGoesOn()
+    {
+        const auto text = QStringLiteral("sentinel %1").arg(++m_sentinels);
+        controlSocket.send(clipboard(text.toUtf8()));
+        if (!comesTrue([&] { return fakes.pasteboard->string() == text; }))
+            return ::testing::AssertionFailure() << "the reader has ended";
+        return ::testing::AssertionSuccess();
+    }
+    /// Sends bytes that end the reader, and then a text that must not arrive.
+    void endsTheReader(const QByteArray &bytes)
+    {
+        ASSERT_NO_FATAL_FAILURE(openVideo());
+        ASSERT_TRUE(readerGoesOn());
+        const auto changes = fakes.pasteboard->changeCount();
+        const int threads = ownThreads();
+        controlSocket.send(bytes);
+        ASSERT_TRUE(comesTrue([&] { return ownThreads() == threads - 1; }));
+        controlSocket.send(clipboard("too late"));
+        EXPECT_TRUE(videoGoesOn());
+        QCoreApplication::processEvents();
+        EXPECT_EQ(fakes.pasteboard->changeCount(), changes);
+        EXPECT_TRUE(ends.empty());
+        // What goes to the device still goes.
+        client->send(ScrcpyControl::resetVideo());
+        EXPECT_EQ(controlSocket.receive(1), QByteArray("\x11"));
+    }
+
+private:
+    int m_sentinels = 0;
+};
+} // namespace
+
+// From the device
+
+TEST_F(DeviceMessagesTest, clipboardOfTheDeviceIsPutOnThisMachines)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    // Two characters, of five code units.
+    const auto text = QStringLiteral("e\u0301\U0001F44D");
+    controlSocket.send(clipboard(text.toUtf8()));
+    EXPECT_TRUE(comesTrue([&] { return fakes.pasteboard->string() == text; }));
+    EXPECT_TRUE(hasLogged(QStringLiteral("Quillnest: Android clipboard copied to Mac (2 chars)")))
+        << logLines().join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_F(DeviceMessagesTest, emptyClipboardTextDoesNothing)
+{
+    fakes.pasteboard->put(std::nullopt);
+    const auto changes = fakes.pasteboard->changeCount();
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(clipboard({}));
+    ASSERT_TRUE(readerGoesOn());
+    EXPECT_EQ(fakes.pasteboard->changeCount(), changes + 1) << "the sentinel's change alone";
+    EXPECT_FALSE(hasLogged(QStringLiteral("Quillnest: Android clipboard copied to Mac (0 chars)")));
+}
+
+TEST_F(DeviceMessagesTest, textThatIsThereAlreadyIsNeitherWrittenNorLogged)
+{
+    fakes.pasteboard->put(QStringLiteral("same"));
+    const auto changes = fakes.pasteboard->changeCount();
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(clipboard("same"));
+    ASSERT_TRUE(readerGoesOn());
+    EXPECT_EQ(fakes.pasteboard->changeCount(), changes + 1) << "the sentinel's change alone";
+    EXPECT_FALSE(hasLogged(QStringLiteral("Quillnest: Android clipboard copied to Mac (4 chars)")));
+}
+
+TEST_F(DeviceMessagesTest, badSequencesInAClipboardTextAreRepaired)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(clipboard("a\xff"
+                                 "b"));
+    EXPECT_TRUE(comesTrue([&] {
+        return fakes.pasteboard->string()
+            == QStringLiteral("a\uFFFD"
+                              "b");
+    }));
+}
+
+TEST_F(DeviceMessagesTest, clipboardTextsAreHandedOverInOrder)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(clipboard("one") + clipboard("two") + clipboard("three"));
+    EXPECT_TRUE(comesTrue([&] { return fakes.pasteboard->changeCount() == 3; }));
+    EXPECT_EQ(fakes.pasteboard->string(), QStringLiteral("three"));
+}
+
+TEST_F(DeviceMessagesTest, longestClipboardTextIsTaken)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    ASSERT_TRUE(controlSocket.send(clipboard(QByteArray(0x7FFFFF, 'a'))));
+    EXPECT_TRUE(comesTrue([&] { return fakes.pasteboard->changeCount() == 1; }));
+    EXPECT_EQ(fakes.pasteboard->string()->size(), 0x7FFFFF);
+    EXPECT_TRUE(readerGoesOn());
+}
+
+TEST_F(DeviceMessagesTest, clipboardLengthOverTheLimitEndsTheReaderAndNotTheVideo)
+{
+    endsTheReader(QByteArray(1, '\0') + bigEndian(0x800000));
+}
+
+TEST_F(DeviceMessagesTest, unknownTypeEndsTheReaderAndNotTheVideo)
+{
+    endsTheReader("\x03");
+}
+
+TEST_F(DeviceMessagesTest, acknowledgementTakesNineBytes)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(QByteArray("\x01\x00\x00\x00\x00\x00\x00\x00\x02", 9));
+    EXPECT_TRUE(readerGoesOn());
+    EXPECT_EQ(fakes.pasteboard->changeCount(), 1);
+}
+
+TEST_F(DeviceMessagesTest, outputOfAnInputDeviceWithoutDataTakesFiveBytes)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(QByteArray("\x02\xff\xff\x00\x00", 5));
+    EXPECT_TRUE(readerGoesOn());
+}
+
+TEST_F(DeviceMessagesTest, outputOfAnInputDeviceIsReadAndDropped)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    controlSocket.send(QByteArray("\x02\x00\x01\x01\x02", 5) + QByteArray(0x0102, '\x07'));
+    EXPECT_TRUE(readerGoesOn());
+    EXPECT_EQ(fakes.pasteboard->changeCount(), 1);
+}
+
+TEST_F(DeviceMessagesTest, textThatArrivesAfterTheClientHasGoneIsDropped)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    const int threads = ownThreads();
+    controlSocket.send(clipboard("late") + QByteArray("\x7f"));
+    // The reader has handed the text over, and the main thread hasn't come to it.
+    ASSERT_TRUE(comesTrueWithoutMain([&] { return ownThreads() == threads - 1; }));
+    client->stop();
+    client.reset();
+    ASSERT_TRUE(comesTrueWithoutMain([this] { return watched.expired(); }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(fakes.pasteboard->changeCount(), 0);
+}
+
+// To the device
+
+TEST_F(DeviceMessagesTest, messagesOfSeveralThreadsKeepTheirOrderAndStayWhole)
+{
+    constexpr int threadCount = 4;
+    constexpr int each = 1000;
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([this, thread] {
+            for (int i = 0; i < each; ++i)
+                client->send(ScrcpyControl::text(QStringLiteral("%1:%2").arg(thread).arg(i, 4, 10, QLatin1Char('0'))));
+        });
+    }
+    std::vector<int> next(threadCount, 0);
+    for (int i = 0; i < threadCount * each; ++i) {
+        const auto bytes = controlSocket.receive(11);
+        ASSERT_EQ(bytes.left(5), QByteArray("\x01\x00\x00\x00\x06", 5)) << i;
+        const auto parts = bytes.mid(5).split(':');
+        ASSERT_EQ(parts.size(), 2);
+        const auto thread = parts[0].toUInt();
+        ASSERT_LT(thread, static_cast<unsigned>(threadCount));
+        ASSERT_EQ(parts[1].toInt(), next[thread]++);
+    }
+    for (auto &thread : threads)
+        thread.join();
+}
+
+TEST_F(DeviceMessagesTest, deviceThatStopsReadingHoldsUpNeitherTheCallerNorTheVideo)
+{
+    ASSERT_NO_FATAL_FAILURE(openVideo());
+    // More than the sockets' buffers hold, by far.
+    const auto message = ScrcpyControl::setClipboard(QString(200000, QLatin1Char('x')), false, 2);
+    for (int i = 0; i < 200; ++i)
+        client->send(message);
+    EXPECT_TRUE(videoGoesOn());
+    // What waits is discarded with the client, and the write under way ends with the socket.
+    client->stop();
+    EXPECT_TRUE(endsOnceWith(std::nullopt));
+}
+
+TEST_F(DeviceMessagesTest, sendAfterStopDoesNothing)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    client->stop();
+    client->send(ScrcpyControl::backDown());
+    EXPECT_EQ(controlSocket.receive(2), QByteArray());
+}
+
+TEST_F(DeviceMessagesTest, sendBeforeTheConnectionIsDropped)
+{
+    const auto counting = std::make_shared<CountingExecutor>();
+    fakes.platform.executor = counting;
+    ASSERT_NO_FATAL_FAILURE(startUntilServerRuns());
+    client->send(ScrcpyControl::backDown());
+    ASSERT_TRUE(comesTrue([&] { return counting->done == 1; }));
+    videoSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    audioSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    controlSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    EXPECT_EQ(controlSocket.receive(18), QByteArray("\x10\x10+com.example.app"));
+}
+
+TEST_F(DeviceMessagesTest, sendWithoutAConnectionOfAnyKind)
+{
+    makeClient();
+    client->send(ScrcpyControl::backDown());
+    EXPECT_TRUE(ends.empty());
+}
+
+TEST_F(DeviceMessagesTest, firstClipboardMessageCarriesNumberTwo)
+{
+    makeClient();
+    EXPECT_EQ(client->nextClipboardSequence(), 2U);
+    EXPECT_EQ(client->nextClipboardSequence(), 3U);
+}
