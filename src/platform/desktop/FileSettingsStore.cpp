@@ -66,6 +66,33 @@ QVariant decode(const QJsonValue &value)
     return value.toVariant();
 }
 
+/// Equal in value and in type: true and 1 are two values, as they are in the file.
+bool isSame(const QVariant &one, const QVariant &other)
+{
+    if (one.typeId() != other.typeId())
+        return false;
+    if (one.typeId() == QMetaType::QVariantList) {
+        const auto a = one.toList();
+        const auto b = other.toList();
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
+    }
+    if (one.typeId() == QMetaType::QVariantMap) {
+        const auto a = one.toMap();
+        const auto b = other.toMap();
+        return a.keys() == b.keys() && std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
+    }
+    return one == other;
+}
+
+using Stamp = std::tuple<quint64, qint64, qint64>;
+
+Stamp stampOf(const struct stat &status)
+{
+    return {
+        status.st_ino, static_cast<qint64>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
+        status.st_size};
+}
+
 void syncToDisk(const QString &path)
 {
     for (const auto &name : {path, QFileInfo(path).absolutePath()}) {
@@ -106,7 +133,10 @@ FileSettingsStore::FileSettingsStore(const QString &path) : m_path(path)
 {
     const auto folder = QFileInfo(path).absolutePath();
     QDir().mkpath(folder);
-    reload();
+    if (QFile::exists(path)) {
+        const ProcessLock lock(path + QStringLiteral(".lock"));
+        reload(Damaged::SetAside);
+    }
     // A rename replaces the file, so it is the folder that has to be watched.
     m_watcher.addPath(folder);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FileSettingsStore::fileMayHaveChanged);
@@ -120,6 +150,11 @@ FileSettingsStore::FileSettingsStore(const QString &path) : m_path(path)
     connect(&m_syncTimer, &QTimer::timeout, this, [path] {
         QThreadPool::globalInstance()->start([path] { syncToDisk(path); });
     });
+}
+
+FileSettingsStore::~FileSettingsStore()
+{
+    setSeen(-1);
 }
 
 QVariant FileSettingsStore::value(const QString &key) const
@@ -157,11 +192,11 @@ void FileSettingsStore::change(const QString &key, const std::optional<QVariant>
         const std::scoped_lock guard(m_lock);
         // The round trip through the file's form gives the value the type that a later start would see.
         const auto stored = value ? decode(encode(*value)) : QVariant();
-        if (m_values.contains(key) == value.has_value() && m_values.value(key) == stored && stamp() == m_stamp)
+        if (m_values.contains(key) == value.has_value() && isSame(m_values.value(key), stored) && stamp() == m_stamp)
             return;
         const ProcessLock lock(m_path + QStringLiteral(".lock"));
-        changed = reload();
-        if (m_values.contains(key) != value.has_value() || m_values.value(key) != stored) {
+        changed = reload(Damaged::SetAside);
+        if (m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
             if (value)
                 m_values.insert(key, stored);
             else
@@ -174,31 +209,38 @@ void FileSettingsStore::change(const QString &key, const std::optional<QVariant>
     announce(changed);
 }
 
-QStringList FileSettingsStore::reload()
+QStringList FileSettingsStore::reload(Damaged damaged)
 {
-    const auto current = stamp();
-    if (current == m_stamp)
+    if (stamp() == m_stamp)
         return {};
     QVariantMap fresh;
-    QFile file(m_path);
-    if (file.open(QIODevice::ReadOnly)) {
+    int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC);
+    QFile file;
+    if (descriptor >= 0 && file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
         const auto document = QJsonDocument::fromJson(file.readAll());
-        file.close();
         if (document.isObject()) {
             const auto object = document.object();
             for (auto it = object.begin(); it != object.end(); ++it)
                 fresh.insert(it.key(), decode(it.value()));
+        } else if (damaged == Damaged::LeaveAlone) {
+            // An editor may be in the middle of writing it; there will be another look.
+            ::close(descriptor);
+            return {};
         } else {
             const auto aside = m_path
                 + QStringLiteral(".damaged-%1")
                       .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")));
             if (QFile::rename(m_path, aside))
                 m_damaged = aside;
+            fresh = m_values;
+            ::close(descriptor);
+            descriptor = -1;
         }
     }
+    setSeen(descriptor);
     QStringList changed;
     for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
-        if (m_values.value(it.key()) != it.value())
+        if (!isSame(m_values.value(it.key()), it.value()))
             changed.append(it.key());
     }
     for (auto it = m_values.cbegin(); it != m_values.cend(); ++it) {
@@ -206,7 +248,6 @@ QStringList FileSettingsStore::reload()
             changed.append(it.key());
     }
     m_values = fresh;
-    m_stamp = stamp();
     return changed;
 }
 
@@ -227,24 +268,31 @@ bool FileSettingsStore::write()
         good = count > 0;
         done += good ? count : 0;
     }
-    ::close(descriptor);
     if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
+        ::close(descriptor);
         QFile::remove(temporary);
         return false;
     }
-    m_stamp = stamp();
+    setSeen(descriptor);
     return true;
+}
+
+void FileSettingsStore::setSeen(int descriptor)
+{
+    if (m_seen >= 0)
+        ::close(m_seen);
+    m_seen = descriptor;
+    // Of the very file that was read or written, which may have been replaced since.
+    struct stat status {
+    };
+    m_stamp = m_seen >= 0 && ::fstat(m_seen, &status) == 0 ? stampOf(status) : Stamp();
 }
 
 FileSettingsStore::Stamp FileSettingsStore::stamp() const
 {
     struct stat status {
     };
-    if (::stat(QFile::encodeName(m_path).constData(), &status) != 0)
-        return {};
-    return {
-        status.st_ino, static_cast<qint64>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec,
-        status.st_size};
+    return ::stat(QFile::encodeName(m_path).constData(), &status) == 0 ? stampOf(status) : Stamp();
 }
 
 void FileSettingsStore::announce(const QStringList &keys)
@@ -262,7 +310,7 @@ void FileSettingsStore::fileMayHaveChanged()
     QStringList changed;
     {
         const std::scoped_lock guard(m_lock);
-        changed = reload();
+        changed = reload(Damaged::LeaveAlone);
     }
     if (!m_watcher.files().contains(m_path) && QFile::exists(m_path))
         m_watcher.addPath(m_path);

@@ -15,7 +15,8 @@ namespace quillnest
 /// Settings as one JSON file, which a person can read and edit. Bytes stand in it as {"$data": "base64"}.
 ///
 /// Every write replaces the whole file by a rename, under a lock that all processes share, after reading what others
-/// wrote meanwhile. A file that is no JSON object is set aside under another name, and the store starts empty.
+/// wrote meanwhile. A file that is no JSON object is set aside under another name, and the store starts empty, or goes
+/// on with what it last saw.
 class FileSettingsStore : public SettingsStore
 {
     Q_OBJECT
@@ -23,6 +24,7 @@ class FileSettingsStore : public SettingsStore
 public:
     /// `path` is the file; its folder is made when it is missing. Made on the main thread.
     explicit FileSettingsStore(const QString &path);
+    ~FileSettingsStore() override;
 
     QVariant value(const QString &key) const override;
     void setValue(const QString &key, const QVariant &value) override;
@@ -36,8 +38,14 @@ private:
     using Stamp = std::tuple<quint64, qint64, qint64>;
 
     void change(const QString &key, const std::optional<QVariant> &value);
-    /// Reads the file if it isn't the one last seen; returns the keys whose values differ. Under `m_lock`.
-    QStringList reload();
+    /// What to do about a file that is no JSON object.
+    enum class Damaged { SetAside, LeaveAlone };
+
+    /// Reads the file if it isn't the one last seen; returns the keys whose values differ. Under `m_lock`, and to set
+    /// a damaged file aside under the lock of the processes as well.
+    QStringList reload(Damaged damaged);
+    /// Takes over the descriptor of the file that `m_values` now stands for, or -1.
+    void setSeen(int descriptor);
     bool write();
     Stamp stamp() const;
     void announce(const QStringList &keys);
@@ -47,6 +55,8 @@ private:
     mutable std::mutex m_lock;
     QVariantMap m_values;
     Stamp m_stamp{};
+    /// The file last seen, kept open: as long as it is, no other file can be given its number.
+    int m_seen = -1;
     std::optional<QString> m_damaged;
     QFileSystemWatcher m_watcher;
     QTimer m_syncTimer;
