@@ -25,12 +25,15 @@ public:
 
     ~ThreadQueue() override
     {
+        // Destroyed outside the lock: what a closure owns may post once more on its way out.
+        std::deque<std::function<void()>> discarded;
         {
             const std::scoped_lock guard(m_lock);
             m_ending = true;
-            m_closures.clear();
+            discarded.swap(m_closures);
         }
         m_wake.notify_one();
+        discarded.clear();
         // A closure that held the last reference to the queue drops it on the queue's own thread.
         if (m_thread.get_id() == std::this_thread::get_id())
             qFatal("a serial queue was dropped by one of its own closures");
@@ -41,6 +44,8 @@ public:
     {
         {
             const std::scoped_lock guard(m_lock);
+            if (m_ending)
+                return;
             m_closures.push_back(std::move(closure));
         }
         m_wake.notify_one();
