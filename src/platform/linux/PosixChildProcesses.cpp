@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -130,6 +131,9 @@ Spawned spawn(const ChildCommand &command)
     else
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
 
+    // Libraries may open descriptors without marking them.
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+
     // This program ignores SIGPIPE; a tool must not inherit that.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
@@ -213,28 +217,32 @@ private:
     bool m_running = true;
 };
 
-/// Hands output over until the child has ended and the pipe is empty. A grandchild that keeps the pipe open doesn't
-/// hold this up: the end of the child itself is watched where the kernel offers that.
+/// Hands over what is written until the child has ended. A grandchild that keeps the pipe open, or writes to it on and
+/// on, doesn't hold this up: the end of the child itself is watched where the kernel offers that, and what is in the
+/// pipe by then is the last that is read.
 void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onOutput)
 {
     const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
-    bool ended = false;
-    while (true) {
-        pollfd entries[2]{{output, POLLIN, 0}, {process.get(), POLLIN, 0}};
-        const int ready = ::poll(entries, process && !ended ? 2 : 1, ended ? 0 : -1);
-        if (ready < 0 && errno == EINTR)
-            continue;
-        if (entries[0].revents) {
-            auto chunk = readChunk(output);
-            if (chunk.isEmpty())
-                return;
-            if (onOutput)
-                onOutput(std::move(chunk));
-        } else if (ended) {
-            return;
-        } else if (process && entries[1].revents) {
-            ended = true;
+    std::optional<qsizetype> left;
+    while (!left || *left > 0) {
+        if (!left) {
+            pollfd entries[2]{{output, POLLIN, 0}, {process.get(), POLLIN, 0}};
+            if (::poll(entries, process ? 2 : 1, -1) < 0 && errno == EINTR)
+                continue;
+            if (process && entries[1].revents) {
+                int waiting = 0;
+                ::ioctl(output, FIONREAD, &waiting);
+                left = waiting;
+                continue;
+            }
         }
+        auto chunk = readChunk(output);
+        if (chunk.isEmpty())
+            return;
+        if (left)
+            *left -= chunk.size();
+        if (onOutput)
+            onOutput(std::move(chunk));
     }
 }
 
