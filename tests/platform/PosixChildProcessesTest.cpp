@@ -1,0 +1,385 @@
+#include "platform/linux/PosixChildProcesses.h"
+
+#include "platform/Conditions.h"
+
+#include <QSemaphore>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <mutex>
+
+#include <gtest/gtest.h>
+
+using namespace quillnest;
+
+namespace
+{
+ChildCommand shell(const QString &script, const QStringList &arguments = {})
+{
+    return {
+        .program = QStringLiteral("/bin/sh"),
+        .arguments = QStringList{QStringLiteral("-c"), script, QStringLiteral("sh")} + arguments};
+}
+
+/// Collects what a started child reports.
+struct Report {
+    QSemaphore ended;
+    QByteArray output;
+    int status = -1;
+    int exits = 0;
+    bool outputAfterExit = false;
+    std::mutex lock;
+
+    ChildProcesses::Handlers handlers()
+    {
+        return {
+            [this](const QByteArray &chunk) {
+                const std::scoped_lock guard(lock);
+                EXPECT_FALSE(chunk.isEmpty());
+                outputAfterExit = outputAfterExit || exits > 0;
+                output += chunk;
+            },
+            [this](int value) {
+                {
+                    const std::scoped_lock guard(lock);
+                    status = value;
+                    ++exits;
+                }
+                ended.release();
+            }};
+    }
+    bool waitForEnd() { return ended.tryAcquire(1, 30000); }
+    QByteArray soFar()
+    {
+        const std::scoped_lock guard(lock);
+        return output;
+    }
+};
+
+bool isGone(qint64 pid)
+{
+    return ::kill(static_cast<pid_t>(pid), 0) != 0;
+}
+
+class PosixChildProcessesTest : public ::testing::Test
+{
+protected:
+    PosixChildProcesses processes;
+};
+} // namespace
+
+TEST_F(PosixChildProcessesTest, outputIsCapturedAndErrorsAreNot)
+{
+    const auto result = processes.run(shell(QStringLiteral("echo out; echo err >&2; echo more")));
+    EXPECT_EQ(result.output, "out\nmore\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.launchError, std::nullopt);
+}
+
+TEST_F(PosixChildProcessesTest, mergedErrorsStandWhereTheyWereWritten)
+{
+    auto command = shell(QStringLiteral("echo one; echo two >&2; echo three"));
+    command.errors = ChildCommand::Errors::Merged;
+    EXPECT_EQ(processes.run(command).output, "one\ntwo\nthree\n");
+}
+
+TEST_F(PosixChildProcessesTest, outputThatNobodyWantsIsDropped)
+{
+    auto command = shell(QStringLiteral("echo out; exit 3"));
+    command.output = ChildCommand::Output::Null;
+    const auto result = processes.run(command);
+    EXPECT_EQ(result.output, QByteArray());
+    EXPECT_EQ(result.status, 3);
+}
+
+TEST_F(PosixChildProcessesTest, muchOutputIsWhole)
+{
+    const auto result = processes.run(shell(QStringLiteral("head -c 3000000 /dev/zero; printf end")));
+    EXPECT_EQ(result.output.size(), 3000003);
+    EXPECT_TRUE(result.output.endsWith("end"));
+}
+
+TEST_F(PosixChildProcessesTest, outputIntoADescriptorThatStaysOpen)
+{
+    const QTemporaryDir folder;
+    const auto path = folder.filePath(QStringLiteral("out"));
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_GE(descriptor, 0);
+    auto command = shell(QStringLiteral("echo file; echo err >&2"));
+    command.output = ChildCommand::Output::Descriptor;
+    command.descriptor = descriptor;
+    EXPECT_EQ(processes.run(command).output, QByteArray());
+    command.errors = ChildCommand::Errors::Merged;
+    processes.run(command);
+    EXPECT_EQ(::write(descriptor, "mine", 4), 4);
+    ::close(descriptor);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "file\nfile\nerr\nmine");
+}
+
+TEST_F(PosixChildProcessesTest, exitStatusAndSignals)
+{
+    EXPECT_EQ(processes.run(shell(QStringLiteral("exit 42"))).status, 42);
+    EXPECT_EQ(processes.run(shell(QStringLiteral("exit 255"))).status, 255);
+    EXPECT_EQ(processes.run(shell(QStringLiteral("kill -KILL $$"))).status, 128 + SIGKILL);
+    EXPECT_EQ(processes.run(shell(QStringLiteral("kill -TERM $$"))).status, 128 + SIGTERM);
+}
+
+TEST_F(PosixChildProcessesTest, missingProgram)
+{
+    const ChildCommand command{.program = QStringLiteral("/no/such/program"), .arguments = {}};
+    const auto result = processes.run(command);
+    ASSERT_TRUE(result.launchError);
+    EXPECT_FALSE(result.launchError->isEmpty());
+    EXPECT_EQ(result.status, -1);
+    try {
+        processes.start(command);
+        FAIL() << "no LaunchError";
+    } catch (const LaunchError &error) {
+        EXPECT_EQ(error.message(), *result.launchError);
+        EXPECT_EQ(QString::fromUtf8(error.what()), error.message());
+    }
+}
+
+TEST_F(PosixChildProcessesTest, programThatMayNotBeRun)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("plain")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    EXPECT_TRUE(processes.run({.program = file.fileName(), .arguments = {}}).launchError);
+}
+
+TEST_F(PosixChildProcessesTest, argumentsArriveAsTheyAre)
+{
+    const QStringList arguments{QStringLiteral("two words"),         QStringLiteral("it's \"quoted\""),
+                                QStringLiteral("line\nbreak"),       QString(),
+                                QStringLiteral("$HOME `id` \\ * ?"), QStringLiteral("größe \U0001F44D"),
+                                QStringLiteral("--flag=a b")};
+    const auto result = processes.run(shell(QStringLiteral("printf '%s|' \"$@\""), arguments));
+    EXPECT_EQ(QString::fromUtf8(result.output), arguments.join(QLatin1Char('|')) + QLatin1Char('|'));
+}
+
+TEST_F(PosixChildProcessesTest, environmentIsOursWithItsChanges)
+{
+    ::setenv("QUILLNEST_TEST_KEPT", "kept", 1);
+    ::setenv("QUILLNEST_TEST_CHANGED", "before", 1);
+    auto command = shell(QStringLiteral(
+        "echo \"$QUILLNEST_TEST_KEPT,$QUILLNEST_TEST_CHANGED,$QUILLNEST_TEST_NEW,${QUILLNEST_TEST_EMPTY-unset}\";"
+        "env | grep -c QUILLNEST_TEST_CHANGED"));
+    command.environment
+        = {{QStringLiteral("QUILLNEST_TEST_CHANGED"), QStringLiteral("after=1")},
+           {QStringLiteral("QUILLNEST_TEST_NEW"), QStringLiteral("new value")},
+           {QStringLiteral("QUILLNEST_TEST_EMPTY"), QString()}};
+    EXPECT_EQ(processes.run(command).output, "kept,after=1,new value,\n1\n");
+    EXPECT_STREQ(::getenv("QUILLNEST_TEST_CHANGED"), "before");
+    ::unsetenv("QUILLNEST_TEST_KEPT");
+    ::unsetenv("QUILLNEST_TEST_CHANGED");
+}
+
+TEST_F(PosixChildProcessesTest, inputIsEmpty)
+{
+    EXPECT_EQ(processes.run(shell(QStringLiteral("cat; echo end"))).output, "end\n");
+}
+
+TEST_F(PosixChildProcessesTest, childrenInheritNoOtherDescriptor)
+{
+    // As a library may open it; a shell has none of its own up there.
+    constexpr int stray = 77;
+    ASSERT_EQ(::dup2(STDERR_FILENO, stray), stray);
+    const auto command = shell(QStringLiteral("[ -e /proc/$$/fd/77 ] && echo open || echo closed"));
+    EXPECT_EQ(processes.run(command).output, "closed\n");
+    Report report;
+    processes.start(command, report.handlers());
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.output, "closed\n");
+    ::close(stray);
+}
+
+TEST_F(PosixChildProcessesTest, childrenStartWithTheUsualSignals)
+{
+    struct Restore {
+        sighandler_t pipe = ::signal(SIGPIPE, SIG_IGN);
+        sigset_t mask{};
+        ~Restore()
+        {
+            ::signal(SIGPIPE, pipe);
+            ::pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+        }
+    } restore;
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &restore.mask);
+    const auto result = processes.run(shell(QStringLiteral("grep -E '^Sig(Blk|Ign)' /proc/$$/status | tr -d '\\t '")));
+    QMap<QByteArray, quint64> sets;
+    for (const auto &line : result.output.split('\n').mid(0, 2))
+        sets[line.left(6)] = line.mid(7).toULongLong(nullptr, 16);
+    ASSERT_EQ(sets.size(), 2);
+    EXPECT_EQ(sets["SigBlk"] & (1ULL << (SIGTERM - 1)), 0U);
+    EXPECT_EQ(sets["SigIgn"] & (1ULL << (SIGPIPE - 1)), 0U);
+}
+
+// Started children
+
+TEST_F(PosixChildProcessesTest, startedChildReportsItsOutputAndThenItsEnd)
+{
+    Report report;
+    auto command = shell(QStringLiteral("echo one; echo two >&2; head -c 300000 /dev/zero | tr '\\0' x; exit 9"));
+    command.errors = ChildCommand::Errors::Merged;
+    const auto child = processes.start(command, report.handlers());
+    EXPECT_GT(child->processId(), 0);
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.output, "one\ntwo\n" + QByteArray(300000, 'x'));
+    EXPECT_EQ(report.status, 9);
+    EXPECT_EQ(report.exits, 1);
+    EXPECT_FALSE(report.outputAfterExit);
+    EXPECT_FALSE(child->isRunning());
+}
+
+TEST_F(PosixChildProcessesTest, outputArrivesWhileTheChildRuns)
+{
+    Report report;
+    const QTemporaryDir folder;
+    const auto gate = folder.filePath(QStringLiteral("gate"));
+    const auto child = processes.start(
+        shell(QStringLiteral("echo ready; while [ ! -e \"$1\" ]; do sleep 0.01; done; echo done"), {gate}),
+        report.handlers());
+    ASSERT_TRUE(comesTrueWithoutMain([&] { return report.soFar() == "ready\n"; }));
+    EXPECT_TRUE(child->isRunning());
+    QFile file(gate);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.output, "ready\ndone\n");
+}
+
+TEST_F(PosixChildProcessesTest, terminateEndsAChildAndDoesNothingLater)
+{
+    Report report;
+    const auto child = processes.start(shell(QStringLiteral("exec sleep 1000")), report.handlers());
+    EXPECT_TRUE(child->isRunning());
+    child->terminate();
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.status, 128 + SIGTERM);
+    EXPECT_FALSE(child->isRunning());
+    EXPECT_TRUE(isGone(child->processId())) << "not reaped";
+    child->terminate();
+}
+
+TEST_F(PosixChildProcessesTest, terminateFromSeveralThreads)
+{
+    Report report;
+    const auto child = processes.start(shell(QStringLiteral("exec sleep 1000")), report.handlers());
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([child] {
+            while (child->isRunning())
+                child->terminate();
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.exits, 1);
+}
+
+TEST_F(PosixChildProcessesTest, droppedChildRunsOnAndIsReaped)
+{
+    Report report;
+    const QTemporaryDir folder;
+    const auto gate = folder.filePath(QStringLiteral("gate"));
+    auto child = processes.start(
+        shell(QStringLiteral("while [ ! -e \"$1\" ]; do sleep 0.01; done; exit 5"), {gate}), report.handlers());
+    const auto pid = child->processId();
+    child.reset();
+    EXPECT_FALSE(isGone(pid));
+    QFile file(gate);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.status, 5);
+    EXPECT_TRUE(isGone(pid));
+}
+
+TEST_F(PosixChildProcessesTest, grandchildThatKeepsThePipeOpenDoesNotHoldUpTheEnd)
+{
+    Report report;
+    const auto child = processes.start(shell(QStringLiteral("sleep 1000 & echo $!; exit 4")), report.handlers());
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.status, 4);
+    const auto grandchild = report.output.trimmed().toInt();
+    ASSERT_GT(grandchild, 0);
+    EXPECT_FALSE(isGone(grandchild));
+    ::kill(grandchild, SIGKILL);
+}
+
+TEST_F(PosixChildProcessesTest, grandchildThatWritesOnAndOnDoesNotHoldUpTheEnd)
+{
+    Report report;
+    // The grandchild's id comes by a file: its output drowns everything else.
+    const QTemporaryDir folder;
+    const auto path = folder.filePath(QStringLiteral("pid"));
+    const auto child
+        = processes.start(shell(QStringLiteral("yes & echo $! >\"$1\"; exit 6"), {path}), report.handlers());
+    const bool ended = report.waitForEnd();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    ::kill(file.readAll().trimmed().toInt(), SIGKILL);
+    // The report must not go before its child.
+    ASSERT_TRUE(ended || report.waitForEnd());
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(report.status, 6);
+}
+
+TEST_F(PosixChildProcessesTest, startedChildWithoutOutput)
+{
+    Report report;
+    auto command = shell(QStringLiteral("exit 8"));
+    command.output = ChildCommand::Output::Null;
+    const auto child = processes.start(command, report.handlers());
+    ASSERT_TRUE(report.waitForEnd());
+    EXPECT_EQ(report.status, 8);
+    EXPECT_TRUE(report.output.isEmpty());
+}
+
+TEST_F(PosixChildProcessesTest, hundredsOfChildrenLeaveNothingBehind)
+{
+    const int streams = openStreams();
+    const int threads = ownThreads();
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    const auto all = [&] { return descriptors.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size(); };
+    const auto before = all();
+    QSemaphore ended;
+    constexpr int count = 150;
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(processes.run(shell(QStringLiteral("exit 0"))).status, 0);
+        EXPECT_TRUE(processes.run({.program = QStringLiteral("/no/such/program"), .arguments = {}}).launchError);
+        processes.start(shell(QStringLiteral("echo x")), {{}, [&ended](int) { ended.release(); }});
+        EXPECT_THROW(
+            processes.start(ChildCommand{.program = QStringLiteral("/no/such/program"), .arguments = {}}), LaunchError);
+    }
+    ASSERT_TRUE(ended.tryAcquire(count, 60000));
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return ownThreads() <= threads; }));
+    EXPECT_LE(openStreams(), streams);
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return all() <= before; })) << all() << " descriptors, " << before;
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was not reaped";
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(PosixChildProcessesTest, severalThreadsAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([this, thread] {
+            for (int i = 0; i < 20; ++i) {
+                const auto text = QStringLiteral("%1-%2").arg(thread).arg(i);
+                EXPECT_EQ(processes.run(shell(QStringLiteral("printf %s \"$1\""), {text})).output, text.toUtf8());
+            }
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+}

@@ -1,0 +1,236 @@
+#include "platform/desktop/QtExecutor.h"
+
+#include "platform/Conditions.h"
+
+#include <QSemaphore>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+using namespace quillnest;
+
+TEST(QtExecutorTest, onMainRunsLaterOnTheMainThreadInTheOrderOfTheCalls)
+{
+    QtExecutor executor;
+    std::vector<int> order;
+    bool elsewhere = false;
+    for (int i = 0; i < 100; ++i) {
+        executor.onMain([&, i, main = QThread::currentThread()] {
+            order.push_back(i);
+            elsewhere = elsewhere || QThread::currentThread() != main;
+        });
+    }
+    EXPECT_TRUE(order.empty()) << "not inside the call";
+    ASSERT_TRUE(comesTrue([&] { return order.size() == 100; }));
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+    EXPECT_FALSE(elsewhere);
+}
+
+TEST(QtExecutorTest, onMainFromOtherThreadsKeepsEachThreadsOrder)
+{
+    QtExecutor executor;
+    std::vector<std::vector<int>> seen(4);
+    std::vector<std::thread> threads;
+    for (std::size_t thread = 0; thread < seen.size(); ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 500; ++i)
+                executor.onMain([&seen, thread, i] { seen[thread].push_back(i); });
+        });
+    }
+    const auto all
+        = [&] { return std::all_of(seen.begin(), seen.end(), [](const auto &one) { return one.size() == 500; }); };
+    ASSERT_TRUE(comesTrue(all));
+    for (auto &thread : threads)
+        thread.join();
+    for (const auto &one : seen)
+        EXPECT_TRUE(std::is_sorted(one.begin(), one.end()));
+}
+
+TEST(QtExecutorTest, workOnMainMayPostMore)
+{
+    QtExecutor executor;
+    std::vector<int> order;
+    executor.onMain([&] {
+        executor.onMain([&] { order.push_back(3); });
+        order.push_back(1);
+    });
+    executor.onMain([&] { order.push_back(2); });
+    ASSERT_TRUE(comesTrue([&] { return order.size() == 3; }));
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+}
+
+TEST(QtExecutorTest, backgroundRunsElsewhere)
+{
+    QtExecutor executor;
+    QSemaphore done;
+    QThread *where = nullptr;
+    executor.inBackground([&] {
+        where = QThread::currentThread();
+        done.release();
+    });
+    ASSERT_TRUE(done.tryAcquire(1, 30000));
+    EXPECT_NE(where, QThread::currentThread());
+}
+
+TEST(QtExecutorTest, backgroundGrowsForWorkersThatWait)
+{
+    QtExecutor executor;
+    QSemaphore waiting;
+    QSemaphore release;
+    constexpr int workers = 32;
+    for (int i = 0; i < workers; ++i) {
+        executor.inBackground([&] {
+            waiting.release();
+            release.acquire();
+        });
+    }
+    EXPECT_TRUE(waiting.tryAcquire(workers, 30000)) << "work waits for other work to end";
+    release.release(workers);
+}
+
+TEST(QtExecutorTest, endOfTheExecutorWaitsForItsWork)
+{
+    std::atomic_bool done = false;
+    QSemaphore begun;
+    QSemaphore release;
+    auto executor = std::make_unique<QtExecutor>();
+    executor->inBackground([&] {
+        begun.release();
+        release.acquire();
+        done = true;
+    });
+    begun.acquire();
+    release.release();
+    executor.reset();
+    EXPECT_TRUE(done);
+}
+
+TEST(QtExecutorTest, serialQueueKeepsTheOrderAndRunsOneAtATime)
+{
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
+    std::vector<int> order;
+    std::atomic_int running = 0;
+    std::atomic_bool overlapped = false;
+    QSemaphore done;
+    for (int i = 0; i < 1000; ++i) {
+        queue->post([&, i] {
+            overlapped = overlapped || ++running != 1;
+            order.push_back(i);
+            --running;
+            done.release();
+        });
+    }
+    ASSERT_TRUE(done.tryAcquire(1000, 30000));
+    EXPECT_FALSE(overlapped);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(QtExecutorTest, serialQueueTakesWorkFromSeveralThreads)
+{
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
+    std::vector<std::vector<int>> seen(4);
+    QSemaphore done;
+    std::vector<std::thread> threads;
+    for (std::size_t thread = 0; thread < seen.size(); ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 500; ++i) {
+                queue->post([&, thread, i] {
+                    seen[thread].push_back(i);
+                    done.release();
+                });
+            }
+        });
+    }
+    ASSERT_TRUE(done.tryAcquire(4 * 500, 30000));
+    for (auto &thread : threads)
+        thread.join();
+    for (const auto &one : seen)
+        EXPECT_TRUE(std::is_sorted(one.begin(), one.end()));
+}
+
+TEST(QtExecutorTest, droppedQueueWaitsForTheRunningClosureAndDiscardsTheRest)
+{
+    QtExecutor executor;
+    auto queue = executor.serialQueue("test.queue");
+    QSemaphore begun;
+    QSemaphore release;
+    std::atomic_bool finished = false;
+    std::atomic_int others = 0;
+    const auto owned = std::make_shared<int>(1);
+    queue->post([&] {
+        begun.release();
+        release.acquire();
+        finished = true;
+    });
+    for (int i = 0; i < 10; ++i)
+        queue->post([&others, owned] { ++others; });
+    begun.acquire();
+    std::thread dropping([&] { queue.reset(); });
+    // The discarded closures go before the wait for the running one.
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return owned.use_count() == 1; }));
+    EXPECT_FALSE(finished);
+    release.release();
+    dropping.join();
+    EXPECT_TRUE(finished);
+    EXPECT_EQ(others, 0);
+}
+
+TEST(QtExecutorTest, closureIsDestroyedBeforeTheNextOneBegins)
+{
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
+    auto owned = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = owned;
+    bool gone = false;
+    QSemaphore done;
+    queue->post([owned] {});
+    owned.reset();
+    queue->post([&] {
+        gone = watched.expired();
+        done.release();
+    });
+    ASSERT_TRUE(done.tryAcquire(1, 30000));
+    EXPECT_TRUE(gone);
+}
+
+TEST(QtExecutorTest, discardedClosureMayPostToTheQueueThatIsGoing)
+{
+    // What a closure owns may have a destructor that posts once more.
+    struct Poster {
+        SerialQueue *queue = nullptr;
+        ~Poster()
+        {
+            queue->post([] {});
+        }
+    };
+    QtExecutor executor;
+    auto queue = executor.serialQueue("test.queue");
+    QSemaphore begun;
+    QSemaphore release;
+    queue->post([&] {
+        begun.release();
+        release.acquire();
+    });
+    begun.acquire();
+    auto poster = std::make_shared<Poster>();
+    poster->queue = queue.get();
+    const std::weak_ptr watched = poster;
+    queue->post([poster = std::move(poster)] {});
+    std::thread dropping([&] { queue.reset(); });
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return watched.expired(); }));
+    release.release();
+    dropping.join();
+}
+
+TEST(QtExecutorTest, queuesComeAndGoWithTheirThreads)
+{
+    QtExecutor executor;
+    const int threads = ownThreads();
+    for (int i = 0; i < 50; ++i) {
+        const auto queue = executor.serialQueue("test.queue");
+        queue->post([] {});
+    }
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return ownThreads() <= threads; }));
+}
