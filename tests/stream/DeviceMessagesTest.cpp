@@ -54,6 +54,8 @@ protected:
     {
         ASSERT_NO_FATAL_FAILURE(openVideo());
         ASSERT_TRUE(readerGoesOn());
+        // With the first frame all its threads run.
+        ASSERT_TRUE(videoGoesOn());
         const auto changes = fakes.pasteboard->changeCount();
         const int threads = ownThreads();
         controlSocket.send(bytes);
@@ -172,7 +174,8 @@ TEST_F(DeviceMessagesTest, outputOfAnInputDeviceIsReadAndDropped)
 
 TEST_F(DeviceMessagesTest, textThatArrivesAfterTheClientHasGoneIsDropped)
 {
-    ASSERT_NO_FATAL_FAILURE(connectAll());
+    ASSERT_NO_FATAL_FAILURE(openVideo());
+    ASSERT_TRUE(videoGoesOn());
     const int threads = ownThreads();
     controlSocket.send(clipboard("late") + QByteArray("\x7f"));
     // The reader has handed the text over, and the main thread hasn't come to it.
