@@ -96,6 +96,8 @@ MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *
     content->addWidget(m_status);
 
     connect(&m_store, &AppLibraryStore::changed, this, &MenuPanel::refresh);
+    if (platform.appearance)
+        connect(platform.appearance.get(), &Appearance::changed, this, &MenuPanel::refresh);
     refresh();
 }
 

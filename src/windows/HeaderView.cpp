@@ -40,6 +40,8 @@ HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *
     : QWidget(parent), m_platform(platform)
 {
     setFixedHeight(QuillnestLayout::headerHeight);
+    if (platform.appearance)
+        connect(platform.appearance.get(), &Appearance::changed, this, qOverload<>(&QWidget::update));
     auto *stack = new QHBoxLayout(this);
     stack->setContentsMargins(10, 0, 10, 0);
     stack->setSpacing(6);
