@@ -39,13 +39,14 @@ void write(QTcpSocket &socket, const QByteArray &bytes)
 
 bool comesTrue(const FakePlatform &fakes, const std::function<bool()> &condition)
 {
-    const QDeadlineTimer limit(patience);
-    for (fakes.settle(); !condition(); fakes.settle()) {
-        if (limit.hasExpired())
-            return false;
-        QThread::yieldCurrentThread();
+    for (const QDeadlineTimer limit(patience); !limit.hasExpired(); QThread::yieldCurrentThread()) {
+        fakes.settle();
+        // What a running event loop does by itself.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        if (condition())
+            return true;
     }
-    return true;
+    return false;
 }
 
 LoopbackDevice::LoopbackDevice(const FakePlatform &fakes) : m_fakes(fakes)
@@ -82,6 +83,18 @@ void LoopbackDevice::announce(AndroidStreamClient &client, QSize size)
             + bigEndian(static_cast<std::uint32_t>(size.height())));
     if (!comesTrue(m_fakes, [&] { return client.videoSize() == QSizeF(size); }))
         throw std::runtime_error("the size did not arrive");
+}
+
+void LoopbackDevice::sendPicture()
+{
+    const auto packet = [](char flags, const QByteArray &payload) {
+        return QByteArray(1, flags) + QByteArray(7, 0) + bigEndian(static_cast<std::uint32_t>(payload.size()))
+            + payload;
+    };
+    write(
+        *m_video,
+        packet(0x40, QByteArray::fromHex("000000016742aa0000000168bb"))
+            + packet(0x20, QByteArray::fromHex("000000016588")));
 }
 
 QByteArray LoopbackDevice::receive(qsizetype count)

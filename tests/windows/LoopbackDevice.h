@@ -26,6 +26,9 @@ public:
     /// Tells the size of the video and waits until the client knows it.
     void announce(AndroidStreamClient &client, QSize size);
 
+    /// Sends parameter sets and a key frame.
+    void sendPicture();
+
     /// All that the client has sent since the last look.
     QByteArray sent(AndroidStreamClient &client);
 

@@ -1,0 +1,189 @@
+#include "windows/AndroidAppPanel.h"
+
+#include "windows/LoopbackDevice.h"
+#include "windows/Palette.h"
+
+#include <QTest>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+using namespace quillnest;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+class AndroidAppPanelTest : public ::testing::Test
+{
+protected:
+    AndroidAppPanelTest() { fakes.screens->composited = false; }
+
+    std::unique_ptr<AndroidAppPanel> makePanel(AndroidAppPanel::Resizing resizing)
+    {
+        auto panel = std::make_unique<AndroidAppPanel>(fakes.platform, resizing);
+        panel->setGeometry(200, 200, 300, 400);
+        panel->onBecomeKey = [this] { ++becameKey; };
+        panel->onResignKey = [this] { ++resignedKey; };
+        return panel;
+    }
+    std::unique_ptr<AndroidAppPanel> openKey(AndroidAppPanel::Resizing resizing = AndroidAppPanel::Resizing::AtEdges)
+    {
+        auto panel = makePanel(resizing);
+        panel->orderFront();
+        EXPECT_TRUE(comesTrue(fakes, [&] { return panel->isActiveWindow() && becameKey == 1; }));
+        return panel;
+    }
+    void takeKeyboard()
+    {
+        other.setGeometry(900, 700, 200, 100);
+        other.show();
+        other.activateWindow();
+        EXPECT_TRUE(comesTrue(fakes, [this] { return other.isActiveWindow(); }));
+    }
+
+    FakePlatform fakes = fakePlatform();
+    QWidget other;
+    int becameKey = 0;
+    int resignedKey = 0;
+};
+
+} // namespace
+
+TEST_F(AndroidAppPanelTest, itTellsWhenItGetsAndWhenItLosesTheKeyboard)
+{
+    const auto panel = openKey();
+    EXPECT_EQ(resignedKey, 0);
+    takeKeyboard();
+    EXPECT_TRUE(comesTrue(fakes, [this] { return resignedKey == 1; }));
+    panel->activateWindow();
+    EXPECT_TRUE(comesTrue(fakes, [this] { return becameKey == 2; }));
+    EXPECT_EQ(resignedKey, 1);
+}
+
+TEST_F(AndroidAppPanelTest, aGrabOfTheKeyboardIsNoLossUntilItHasEnded)
+{
+    const auto panel = openKey();
+    fakes.screens->keepsKeys = true;
+    takeKeyboard();
+    fakes.clock->advance(10s);
+    EXPECT_EQ(resignedKey, 0);
+    fakes.screens->keepsKeys = false;
+    fakes.clock->advance(100ms);
+    EXPECT_EQ(resignedKey, 1);
+}
+
+TEST_F(AndroidAppPanelTest, aGrabThatGivesTheKeyboardBackIsNeverTold)
+{
+    const auto panel = openKey();
+    fakes.screens->keepsKeys = true;
+    takeKeyboard();
+    panel->activateWindow();
+    EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
+    fakes.screens->keepsKeys = false;
+    fakes.clock->advance(10s);
+    EXPECT_EQ(resignedKey, 0);
+    EXPECT_EQ(becameKey, 1);
+    EXPECT_EQ(fakes.clock->pending(), 0U);
+}
+
+TEST_F(AndroidAppPanelTest, aRequestToCloseIsHandedOnAndNeverCloses)
+{
+    const auto panel = openKey();
+    int asked = 0;
+    panel->onCloseRequest = [&asked] { ++asked; };
+    EXPECT_FALSE(panel->close());
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(panel->isVisible());
+    panel->onCloseRequest = nullptr;
+    EXPECT_FALSE(panel->close());
+    EXPECT_TRUE(panel->isVisible());
+}
+
+TEST_F(AndroidAppPanelTest, movesAndSizesAreToldOnlyWhileItIsOnScreen)
+{
+    int moves = 0;
+    int sizes = 0;
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    panel->onMove = [&moves] { ++moves; };
+    panel->onResize = [&sizes] { ++sizes; };
+    panel->setGeometry(210, 210, 310, 410);
+    EXPECT_EQ(moves + sizes, 0);
+    panel->orderFront();
+    EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
+    EXPECT_EQ(sizes, 0);
+    panel->resize(320, 420);
+    EXPECT_TRUE(comesTrue(fakes, [&sizes] { return sizes > 0; }));
+    const int before = moves;
+    panel->move(250, 260);
+    EXPECT_TRUE(comesTrue(fakes, [&] { return moves > before; }));
+}
+
+TEST_F(AndroidAppPanelTest, edgesAndCornersShowHowTheyResize)
+{
+    const auto panel = openKey();
+    const struct {
+        QPoint point;
+        Qt::CursorShape shape;
+    } table[] = {
+        {{2, 200}, Qt::SizeHorCursor},   {{298, 200}, Qt::SizeHorCursor},   {{150, 2}, Qt::SizeVerCursor},
+        {{150, 398}, Qt::SizeVerCursor}, {{2, 2}, Qt::SizeFDiagCursor},     {{298, 398}, Qt::SizeFDiagCursor},
+        {{298, 2}, Qt::SizeBDiagCursor}, {{2, 398}, Qt::SizeBDiagCursor},   {{2, 12}, Qt::SizeFDiagCursor},
+        {{12, 2}, Qt::SizeFDiagCursor},  {{288, 398}, Qt::SizeFDiagCursor}, {{2, 15}, Qt::SizeHorCursor},
+        {{150, 200}, Qt::ArrowCursor},   {{6, 200}, Qt::ArrowCursor},       {{12, 12}, Qt::ArrowCursor},
+        {{150, 393}, Qt::ArrowCursor},
+    };
+    for (const auto &row : table) {
+        QMouseEvent move(
+            QEvent::MouseMove, row.point, row.point, panel->mapToGlobal(row.point), Qt::NoButton, Qt::NoButton,
+            Qt::NoModifier);
+        QApplication::sendEvent(panel->windowHandle(), &move);
+        EXPECT_EQ(panel->windowHandle()->cursor().shape(), row.shape) << row.point.x() << "," << row.point.y();
+    }
+}
+
+TEST_F(AndroidAppPanelTest, aPanelOfFixedSizeHasNoEdges)
+{
+    const auto panel = openKey(AndroidAppPanel::Resizing::Fixed);
+    for (const auto point : {QPoint(1, 1), QPoint(299, 200), QPoint(150, 399)}) {
+        QMouseEvent move(
+            QEvent::MouseMove, point, point, panel->mapToGlobal(point), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(panel->windowHandle(), &move);
+        EXPECT_EQ(panel->windowHandle()->cursor().shape(), Qt::ArrowCursor);
+    }
+}
+
+TEST_F(AndroidAppPanelTest, itFloatsBeforeAndAfterItIsOnScreen)
+{
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    panel->setFloating(true);
+    panel->orderFront();
+    EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
+    EXPECT_TRUE(panel->isFloating());
+    EXPECT_TRUE(panel->windowHandle()->flags() & Qt::WindowStaysOnTopHint);
+    panel->setFloating(false);
+    EXPECT_FALSE(panel->windowHandle()->flags() & Qt::WindowStaysOnTopHint);
+    EXPECT_TRUE(panel->isVisible());
+}
+
+TEST_F(AndroidAppPanelTest, floatingStaysOverHidingAndShowing)
+{
+    const auto panel = openKey();
+    panel->setFloating(true);
+    panel->orderOut();
+    takeKeyboard();
+    panel->orderFront();
+    EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
+    EXPECT_TRUE(panel->windowHandle()->flags() & Qt::WindowStaysOnTopHint);
+}
+
+TEST_F(AndroidAppPanelTest, itIsOpaqueWhereNothingCanBeSeenThrough)
+{
+    const auto opaque = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    EXPECT_FALSE(opaque->testAttribute(Qt::WA_TranslucentBackground));
+    EXPECT_EQ(opaque->grab().toImage().pixelColor(0, 0), Palette::light().windowBackground);
+    fakes.screens->composited = true;
+    const auto clear = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    EXPECT_TRUE(clear->testAttribute(Qt::WA_TranslucentBackground));
+    EXPECT_EQ(qAlpha(clear->grab().toImage().pixel(0, 0)), 0);
+}

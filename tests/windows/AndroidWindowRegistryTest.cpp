@@ -1,0 +1,325 @@
+#include "windows/AndroidWindowRegistry.h"
+
+#include "runtime/AndroidBridgeError.h"
+#include "windows/WindowFixture.h"
+
+#include <QSignalSpy>
+
+using namespace quillnest;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+class AndroidWindowRegistryTest : public WindowFixture
+{
+protected:
+    void setMinutes(const QVariant &value)
+    {
+        fakes.settings->setValue(QStringLiteral("QuillnestIdleShutdownMinutes"), value);
+    }
+    void closeAndWait(AndroidWindowSession &session)
+    {
+        const auto before = ends.size();
+        session.close(QStringLiteral("test"));
+        EXPECT_TRUE(waitFor([&] { return ends.size() == before + 1; }));
+    }
+    qsizetype kills() const { return fakes.processes->count(QStringLiteral("emu kill")); }
+    qsizetype idleLines() const { return logLines().filter(QStringLiteral("idle:")).size(); }
+};
+
+} // namespace
+
+TEST_F(AndroidWindowRegistryTest, aSecondOpenRaisesTheWindowAndStartsNoClient)
+{
+    auto &session = open();
+    session.hide();
+    registry->setUnread(appID, true);
+    int secondEnds = 0;
+    auto &again = registry->open(
+        appID, package, QStringLiteral("Example"), [&secondEnds](const std::optional<QString> &) { ++secondEnds; });
+    EXPECT_EQ(&again, &session);
+    EXPECT_TRUE(session.panel().isVisible());
+    EXPECT_TRUE(registry->unreadAppIDs().isEmpty());
+    EXPECT_EQ(video->renderers.size(), 1U);
+    EXPECT_EQ(logLines().filter(QStringLiteral("native window open")).size(), 1);
+    // The first caller's callback stays, this one's is dropped.
+    closeAndWait(session);
+    EXPECT_EQ(ends.size(), 1U);
+    EXPECT_EQ(secondEnds, 0);
+}
+
+TEST_F(AndroidWindowRegistryTest, openAnnouncesTheWindowAndLogsTheServer)
+{
+    QSignalSpy changed(notifications.get(), &ChangeNotifications::sessionsChanged);
+    auto &session = open();
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_EQ(registry->session(appID), &session);
+    EXPECT_EQ(registry->firstSession(), &session);
+    EXPECT_EQ(registry->session(otherID), nullptr);
+    EXPECT_TRUE(hasLogged(
+        QStringLiteral("native window open package=org.example.app server=")
+        + fakes.path(QStringLiteral("dev/share/scrcpy/scrcpy-server"))));
+    closeAndWait(session);
+    EXPECT_EQ(changed.count(), 2);
+    EXPECT_EQ(registry->firstSession(), nullptr);
+}
+
+TEST_F(AndroidWindowRegistryTest, withoutAServerOpenThrowsAndLeavesEverythingAsItWas)
+{
+    QFile::remove(fakes.path(QStringLiteral("dev/bin/scrcpy")));
+    registry->scheduleIdleShutdown();
+    QSignalSpy changed(notifications.get(), &ChangeNotifications::sessionsChanged);
+    EXPECT_THROW(registry->open(appID, package, QStringLiteral("Example"), {}), AndroidBridgeError);
+    EXPECT_TRUE(registry->sessions().empty());
+    EXPECT_EQ(changed.count(), 0);
+    // The idle time goes on.
+    pass(5min);
+    EXPECT_EQ(kills(), 1);
+}
+
+TEST_F(AndroidWindowRegistryTest, aStaleEndRemovesNoNewerWindow)
+{
+    auto &first = open();
+    const auto firstEnded = first.onEnded;
+    firstEnded(&first, std::nullopt);
+    auto &second = open();
+    ASSERT_NE(&second, &first);
+    firstEnded(&first, std::nullopt);
+    EXPECT_EQ(registry->session(appID), &second);
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherGivesItsPlaceToTheWindowThatOpens)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    registry->showMenuBarPopup(QPoint(150, 160));
+    auto &session = open();
+    EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(150, 160));
+    EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
+}
+
+TEST_F(AndroidWindowRegistryTest, closeOthersLeavesTheOneThatIsWanted)
+{
+    auto &kept = open();
+    auto &closed = open(otherID, otherPackage);
+    registry->closeOthers(appID);
+    fakes.settle();
+    EXPECT_FALSE(kept.isClosing());
+    EXPECT_TRUE(kept.panel().isVisible());
+    EXPECT_EQ(forceStops(), 0);
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(registry->session(otherID), nullptr);
+    (void)closed;
+    // The window's own, and one for an app that comes back while its stream ends.
+    EXPECT_EQ(forceStops(otherPackage), 2);
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.other reason=another app opened")));
+    EXPECT_TRUE(hasLogged(QStringLiteral("single-app mode: closed org.example.other")));
+}
+
+TEST_F(AndroidWindowRegistryTest, closeAllClosesAll)
+{
+    open();
+    open(otherID, otherPackage);
+    registry->closeAll();
+    EXPECT_TRUE(waitFor([this] { return ends.size() == 2; }));
+    EXPECT_TRUE(registry->sessions().empty());
+    EXPECT_EQ(logLines().filter(QStringLiteral("reason=close all")).size(), 2);
+}
+
+TEST_F(AndroidWindowRegistryTest, singleAppModeIsOnUnlessItIsSwitchedOff)
+{
+    const auto key = QStringLiteral("QuillnestSingleApp");
+    EXPECT_TRUE(registry->singleAppMode());
+    fakes.settings->setValue(key, QStringLiteral("no"));
+    EXPECT_TRUE(registry->singleAppMode());
+    fakes.settings->setValue(key, false);
+    EXPECT_FALSE(registry->singleAppMode());
+    fakes.settings->remove(key);
+    EXPECT_TRUE(registry->singleAppMode());
+}
+
+TEST_F(AndroidWindowRegistryTest, idleMinutesAreFiveUnlessANumberIsSet)
+{
+    EXPECT_EQ(registry->idleShutdownMinutes(), 5.0);
+    setMinutes(QStringLiteral("7"));
+    EXPECT_EQ(registry->idleShutdownMinutes(), 5.0);
+    setMinutes(true);
+    EXPECT_EQ(registry->idleShutdownMinutes(), 5.0);
+    setMinutes(2.5);
+    EXPECT_EQ(registry->idleShutdownMinutes(), 2.5);
+    setMinutes(0.0);
+    EXPECT_EQ(registry->idleShutdownMinutes(), 0.0);
+}
+
+TEST_F(AndroidWindowRegistryTest, theLastWindowsEndStopsAndroidAfterTheIdleTime)
+{
+    QSignalSpy stopped(notifications.get(), &ChangeNotifications::runtimeChanged);
+    auto &first = open();
+    auto &second = open(otherID, otherPackage);
+    closeAndWait(first);
+    EXPECT_EQ(idleLines(), 0);
+    closeAndWait(second);
+    EXPECT_TRUE(hasLogged(QStringLiteral("idle: Android stops in 5.0 min unless an app is opened")));
+    pass(5min - 10ms);
+    EXPECT_EQ(stopped.count(), 0);
+    EXPECT_EQ(kills(), 0);
+    pass(10ms);
+    EXPECT_EQ(stopped.count(), 1);
+    EXPECT_EQ(kills(), 1);
+    EXPECT_TRUE(hasLogged(QStringLiteral("stopping Android runtime (idle 5.0 min)")));
+    const auto lines = fakes.processes->lines();
+    EXPECT_LT(
+        lines.indexOf(lines.filter(QStringLiteral("pm list packages -3")).value(0)),
+        lines.indexOf(lines.filter(QStringLiteral("emu kill")).value(0)));
+}
+
+TEST_F(AndroidWindowRegistryTest, aBrokenNumberOfMinutesIsKeptToTheSecond)
+{
+    setMinutes(0.25);
+    registry->scheduleIdleShutdown();
+    EXPECT_TRUE(hasLogged(QStringLiteral("idle: Android stops in 0.25 min unless an app is opened")));
+    pass(15s - 10ms);
+    EXPECT_EQ(kills(), 0);
+    pass(10ms);
+    EXPECT_EQ(kills(), 1);
+}
+
+TEST_F(AndroidWindowRegistryTest, withNoIdleMinutesNothingIsLoggedAndNoTimerRuns)
+{
+    for (const double minutes : {0.0, -1.0}) {
+        setMinutes(minutes);
+        closeAndWait(open());
+        EXPECT_EQ(idleLines(), 0);
+        EXPECT_EQ(fakes.clock->pending(), 0U);
+    }
+}
+
+TEST_F(AndroidWindowRegistryTest, aNewScheduleReplacesTheOldOne)
+{
+    registry->scheduleIdleShutdown();
+    pass(4min);
+    registry->scheduleIdleShutdown();
+    pass(4min);
+    EXPECT_EQ(kills(), 0);
+    pass(1min);
+    EXPECT_EQ(kills(), 1);
+    setMinutes(0.0);
+    registry->scheduleIdleShutdown();
+    pass(30min);
+    EXPECT_EQ(kills(), 1);
+}
+
+TEST_F(AndroidWindowRegistryTest, anAppThatIsOpenedInTimeCancelsTheShutdown)
+{
+    registry->scheduleIdleShutdown();
+    pass(4min);
+    open();
+    EXPECT_TRUE(hasLogged(QStringLiteral("idle: shutdown cancelled (app opened)")));
+    pass(30min);
+    EXPECT_EQ(kills(), 0);
+}
+
+TEST_F(AndroidWindowRegistryTest, withNoTimerThereIsNothingToCancel)
+{
+    registry->cancelIdleShutdown();
+    EXPECT_EQ(idleLines(), 0);
+}
+
+TEST_F(AndroidWindowRegistryTest, aTimerThatFiresWithAWindowOpenDoesNothing)
+{
+    QSignalSpy stopped(notifications.get(), &ChangeNotifications::runtimeChanged);
+    open();
+    registry->scheduleIdleShutdown();
+    pass(6min);
+    EXPECT_EQ(kills(), 0);
+    EXPECT_EQ(stopped.count(), 0);
+}
+
+TEST_F(AndroidWindowRegistryTest, stoppingAndroidMayWaitUntilTheDeviceHasBeenTold)
+{
+    registry->stopAndroid(QStringLiteral("a reason"), false);
+    EXPECT_EQ(kills(), 0);
+    fakes.settle();
+    EXPECT_EQ(kills(), 1);
+    registry->stopAndroid(QStringLiteral("another"), true);
+    EXPECT_EQ(kills(), 2);
+    EXPECT_TRUE(hasLogged(QStringLiteral("stopping Android runtime (a reason)")));
+}
+
+TEST_F(AndroidWindowRegistryTest, unreadMarksAreAnnouncedOnlyWhenTheyChange)
+{
+    QSignalSpy changed(notifications.get(), &ChangeNotifications::unreadChanged);
+    registry->setUnread(appID, false);
+    EXPECT_EQ(changed.count(), 0);
+    registry->setUnread(appID, true);
+    registry->setUnread(appID, true);
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_TRUE(registry->unreadAppIDs().contains(appID));
+    registry->setUnread(otherID, false);
+    EXPECT_EQ(changed.count(), 1);
+    registry->setUnread(appID, false);
+    EXPECT_EQ(changed.count(), 2);
+    EXPECT_TRUE(registry->unreadAppIDs().isEmpty());
+}
+
+TEST_F(AndroidWindowRegistryTest, aSizeIsAppliedToAllWindowsAndToThoseToCome)
+{
+    auto &first = open();
+    auto &second = open(otherID, otherPackage);
+    registry->applySize(QuillnestLayout::presets[3]);
+    EXPECT_EQ(first.panel().size(), QSize(380, 756));
+    EXPECT_EQ(second.panel().size(), QSize(380, 756));
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(380, 756));
+    EXPECT_EQ(open(QUuid::createUuid(), QStringLiteral("org.example.third")).panel().size(), QSize(380, 756));
+}
+
+// The launcher as a window.
+
+TEST_F(AndroidWindowRegistryTest, withoutContentThereIsNoLauncherWindow)
+{
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
+    EXPECT_FALSE(hasLogged(QStringLiteral("home page shown")));
+    registry->closeMenuBarPopup();
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherStandsAtTheTopRightOrWhereItIsWanted)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 390 - 12, 36, 390, 760));
+    registry->showMenuBarPopup(QPoint(50, 60));
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(50, 60, 390, 760));
+    EXPECT_EQ(logLines().filter(QStringLiteral("home page shown")).size(), 2);
+    QuillnestLayout::setSize(*fakes.settings, {420, 700});
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 420 - 12, 36, 420, 700));
+    registry->closeMenuBarPopup();
+    EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
+}
+
+TEST_F(AndroidWindowRegistryTest, theLaunchersContentIsMadeOnce)
+{
+    int made = 0;
+    registry->homePanel().makeContent = [&made] {
+        ++made;
+        return new QWidget;
+    };
+    registry->showMenuBarPopup(std::nullopt);
+    registry->closeMenuBarPopup();
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(made, 1);
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherGoesWhenItLosesTheKeyboardOrIsClosed)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    registry->showMenuBarPopup(QPoint(50, 60));
+    auto *panel = registry->homePanel().panel();
+    ASSERT_TRUE(waitFor([panel] { return panel->isActiveWindow(); }));
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([panel] { return !panel->isVisible(); }));
+    registry->showMenuBarPopup(QPoint(50, 60));
+    panel->close();
+    EXPECT_FALSE(panel->isVisible());
+}

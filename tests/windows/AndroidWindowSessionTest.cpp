@@ -1,0 +1,619 @@
+#include "windows/AndroidWindowSession.h"
+
+#include "windows/ControlBytes.h"
+#include "windows/WindowFixture.h"
+
+#include <QMenu>
+#include <QTimer>
+
+using namespace quillnest;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+class AndroidWindowSessionTest : public WindowFixture
+{
+protected:
+    static QVariantMap saved(bool pinned, std::optional<int> x, std::optional<int> y)
+    {
+        QVariantMap values{{QStringLiteral("pinned"), pinned}};
+        if (x)
+            values.insert(QStringLiteral("x"), *x);
+        if (y)
+            values.insert(QStringLiteral("y"), *y);
+        return values;
+    }
+
+    /// The menu of the size button, while it is open.
+    void withSizeMenu(AndroidWindowSession &session, const std::function<void(QMenu &)> &look)
+    {
+        QTimer poll;
+        bool seen = false;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+                poll.stop();
+                seen = true;
+                look(*menu);
+                menu->close();
+            }
+        });
+        poll.start(0);
+        QTest::mouseClick(headerButton(session, QStringLiteral("Window size")), Qt::LeftButton);
+        EXPECT_TRUE(seen);
+    }
+
+    qsizetype looks() const { return fakes.processes->count(QStringLiteral("grep ResumedActivity")); }
+    void setResumed(const QByteArray &answer) { fakes.processes->on(QStringLiteral("grep ResumedActivity"), answer); }
+};
+
+const QByteArray stillThere = "  topResumedActivity=ActivityRecord{1f u0 org.example.app/.Main t7}\n";
+
+} // namespace
+
+// Where the window opens.
+
+TEST_F(AndroidWindowSessionTest, anUnpinnedWindowOpensAtTheTopRightAndForgetsWhereItWas)
+{
+    setRecord(saved(false, 100, 100));
+    EXPECT_EQ(open().panel().geometry(), QRect(1600 - 390 - 12, 36, 390, 760));
+}
+
+TEST_F(AndroidWindowSessionTest, aPinnedWindowOpensWhereItWas)
+{
+    registry->pendingAnchor = QRect(300, 300, 10, 10);
+    setRecord(saved(true, 100, 150));
+    auto &session = open();
+    EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(100, 150));
+    EXPECT_TRUE(session.isPinned());
+    EXPECT_TRUE(session.panel().isFloating());
+}
+
+TEST_F(AndroidWindowSessionTest, aPinnedWindowWhoseScreenIsGoneOpensAtTheAnchorOrAtTheTopRight)
+{
+    setRecord(saved(true, 2000, 150));
+    registry->pendingAnchor = QRect(300, 320, 10, 10);
+    auto &session = open();
+    EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(300, 320));
+    session.close(QStringLiteral("test"));
+    ASSERT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    setRecord(saved(true, 2000, 150));
+    EXPECT_EQ(open().panel().geometry().topLeft(), QPoint(1600 - 390 - 12, 36));
+}
+
+TEST_F(AndroidWindowSessionTest, aSavedSpotCountsOnlyWhenALittleInsideOfItIsVisible)
+{
+    const auto originFor = [this](int x, int y) {
+        setRecord(saved(true, x, y));
+        auto &session = open();
+        const auto origin = session.panel().geometry().topLeft();
+        session.close(QStringLiteral("test"));
+        EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+        return origin;
+    };
+    const QPoint topRight(1600 - 390 - 12, 36);
+    EXPECT_EQ(originFor(100, 10), QPoint(100, 10));
+    EXPECT_EQ(originFor(100, 9), topRight);
+    EXPECT_EQ(originFor(-20, 100), QPoint(-20, 100));
+    EXPECT_EQ(originFor(-21, 100), topRight);
+    EXPECT_EQ(originFor(1579, 100), QPoint(1579, 100));
+    EXPECT_EQ(originFor(1580, 100), topRight);
+}
+
+TEST_F(AndroidWindowSessionTest, aPinnedWindowWithHalfAnOriginHasNone)
+{
+    setRecord(saved(true, 100, std::nullopt));
+    EXPECT_EQ(open().panel().geometry().topLeft(), QPoint(1600 - 390 - 12, 36));
+}
+
+TEST_F(AndroidWindowSessionTest, theAnchorIsUsedOnce)
+{
+    registry->pendingAnchor = QRect(300, 320, 10, 10);
+    EXPECT_EQ(open().panel().geometry().topLeft(), QPoint(300, 320));
+    EXPECT_FALSE(registry->pendingAnchor);
+}
+
+TEST_F(AndroidWindowSessionTest, withoutAScreenItOpensAtNothingWithTwoPixelsToThePoint)
+{
+    fakes.screens->screens.clear();
+    auto &session = open();
+    EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(0, 0));
+    EXPECT_EQ(session.client().config().dpi, 320);
+    EXPECT_EQ(session.client().config().pixelSize, QSizeF(780, 1448));
+}
+
+TEST_F(AndroidWindowSessionTest, theStreamIsAskedForThePixelsOfTheVideoArea)
+{
+    fakes.screens->screens[0].backingScaleFactor = 1.5;
+    auto &session = open();
+    const auto &config = session.client().config();
+    EXPECT_EQ(config.pixelSize, QSizeF(585, 1086));
+    EXPECT_EQ(config.dpi, 240);
+    EXPECT_EQ(config.bitRate, 8000000);
+    EXPECT_EQ(config.maxFPS, 60);
+    EXPECT_EQ(config.package, package);
+    EXPECT_EQ(config.serial, QStringLiteral("emulator-5556"));
+    EXPECT_EQ(config.server, fakes.path(QStringLiteral("dev/share/scrcpy/scrcpy-server")));
+}
+
+TEST_F(AndroidWindowSessionTest, theServerGetsTheSizeCutToEightPixels)
+{
+    fakes.screens->screens[0].backingScaleFactor = 2;
+    open();
+    ASSERT_TRUE(waitFor([this] { return device.servers() == 1; }));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("new_display=776x1448/320")), 1);
+}
+
+TEST_F(AndroidWindowSessionTest, theWindowHasItsTitleItsLeastSizeAndItsParts)
+{
+    auto &session = openKey();
+    EXPECT_EQ(session.panel().windowTitle(), QStringLiteral("Quillnest · Example"));
+    EXPECT_EQ(session.panel().minimumSize(), QSize(280, 420));
+    EXPECT_EQ(session.videoView().geometry(), QRect(0, 36, 390, 724));
+    EXPECT_TRUE(session.videoView().hasFocus());
+}
+
+TEST_F(AndroidWindowSessionTest, theSessionLogBeginsAnewWithEveryWindow)
+{
+    fakes.writeFile(QStringLiteral("Logs/Quillnest/native-org.example.app.log"), "an old line\n");
+    open();
+    const auto content = fakes.readFile(QStringLiteral("Logs/Quillnest/native-org.example.app.log"));
+    ASSERT_TRUE(content);
+    EXPECT_FALSE(content->contains("an old line"));
+}
+
+// The saved record.
+
+TEST_F(AndroidWindowSessionTest, theRecordHoldsTheFrameAndThePin)
+{
+    auto &session = openKey();
+    session.panel().move(120, 130);
+    ASSERT_TRUE(waitFor([this] { return record().value(QStringLiteral("x")) == 120; }));
+    session.panel().resize(400, 700);
+    ASSERT_TRUE(waitFor([this] { return record().value(QStringLiteral("w")) == 400; }));
+    EXPECT_EQ(
+        record(),
+        (QVariantMap{
+            {QStringLiteral("x"), 120},
+            {QStringLiteral("y"), 130},
+            {QStringLiteral("w"), 400},
+            {QStringLiteral("h"), 700},
+            {QStringLiteral("pinned"), false}}));
+    QTest::mouseClick(headerButton(session, QStringLiteral("Pin on top (keeps the window open)")), Qt::LeftButton);
+    EXPECT_EQ(record().value(QStringLiteral("pinned")), true);
+    EXPECT_TRUE(session.panel().isFloating());
+    QTest::mouseClick(headerButton(session, QStringLiteral("Pin on top (keeps the window open)")), Qt::LeftButton);
+    EXPECT_EQ(record().value(QStringLiteral("pinned")), false);
+    EXPECT_FALSE(session.panel().isFloating());
+}
+
+TEST_F(AndroidWindowSessionTest, hidingAndClosingSaveTheFrame)
+{
+    auto &session = openKey();
+    fakes.settings->remove(QStringLiteral("Quillnest.window.") + package);
+    session.hide();
+    EXPECT_EQ(record().value(QStringLiteral("w")), 390);
+    fakes.settings->remove(QStringLiteral("Quillnest.window.") + package);
+    session.close(QStringLiteral("test"));
+    EXPECT_EQ(record().value(QStringLiteral("w")), 390);
+}
+
+// Hiding and closing.
+
+TEST_F(AndroidWindowSessionTest, aHiddenWindowsStreamGoesOn)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    QTest::mouseClick(headerButton(session, QStringLiteral("Hide")), Qt::LeftButton);
+    EXPECT_FALSE(session.panel().isVisible());
+    device.announce(session.client(), {392, 720});
+    EXPECT_FALSE(session.isClosing());
+    EXPECT_EQ(forceStops(), 0);
+    EXPECT_TRUE(ends.empty());
+}
+
+TEST_F(AndroidWindowSessionTest, aWindowThatLosesTheKeyboardHides)
+{
+    auto &session = openKey();
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([&session] { return !session.panel().isVisible(); }));
+    EXPECT_FALSE(session.isClosing());
+}
+
+TEST_F(AndroidWindowSessionTest, aPinnedWindowStaysWhenItLosesTheKeyboard)
+{
+    setRecord(saved(true, 100, 100));
+    auto &session = openKey();
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([&session] { return !session.panel().isActiveWindow(); }));
+    EXPECT_TRUE(session.panel().isVisible());
+}
+
+TEST_F(AndroidWindowSessionTest, withoutAutoHideAWindowStaysWhenItLosesTheKeyboard)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
+    auto &session = openKey();
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([&session] { return !session.panel().isActiveWindow(); }));
+    EXPECT_TRUE(session.panel().isVisible());
+}
+
+TEST_F(AndroidWindowSessionTest, autoHideThatIsNoBooleanCountsAsOn)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), QStringLiteral("false"));
+    auto &session = openKey();
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([&session] { return !session.panel().isVisible(); }));
+}
+
+TEST_F(AndroidWindowSessionTest, closeStopsTheAppAndTellsTheOpener)
+{
+    auto &session = openKey();
+    registry->setUnread(appID, true);
+    device.connect(session.client());
+    session.close(QStringLiteral("a reason"));
+    EXPECT_FALSE(session.panel().isVisible());
+    EXPECT_TRUE(registry->unreadAppIDs().isEmpty());
+    EXPECT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(ends[0], std::nullopt);
+    EXPECT_EQ(forceStops(), 1);
+    EXPECT_TRUE(registry->sessions().empty());
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=a reason")));
+    EXPECT_TRUE(hasLogged(QStringLiteral("native window ended package=org.example.app error=none")));
+}
+
+TEST_F(AndroidWindowSessionTest, aSecondCloseOnlyLogs)
+{
+    auto &session = openKey();
+    session.close(QStringLiteral("first"));
+    session.close(QStringLiteral("second"));
+    EXPECT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(forceStops(), 1);
+    EXPECT_EQ(logLines().filter(QStringLiteral("close package=org.example.app")).size(), 2);
+}
+
+TEST_F(AndroidWindowSessionTest, theCloseButtonAndTheCloseCommandCloseTheApp)
+{
+    auto &session = openKey();
+    QTest::mouseClick(headerButton(session, QStringLiteral("Close app")), Qt::LeftButton);
+    EXPECT_TRUE(session.isClosing());
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=close button")));
+    ASSERT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    auto &second = openKey();
+    QTest::keyClick(&second.videoView(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_TRUE(second.isClosing());
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=window close (Cmd+W)")));
+}
+
+TEST_F(AndroidWindowSessionTest, anEndThatNobodyAskedForCarriesItsError)
+{
+    fakes.processes->on(QStringLiteral(" push "), ScriptedProcesses::Answer{"no room", 1});
+    auto &session = open();
+    session.panel();
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    ASSERT_TRUE(ends[0]);
+    EXPECT_TRUE(ends[0]->contains(QStringLiteral("no room"))) << ends[0]->toStdString();
+    EXPECT_TRUE(registry->sessions().empty());
+    EXPECT_EQ(forceStops(), 0);
+}
+
+TEST_F(AndroidWindowSessionTest, anErrorAfterCloseIsNotTold)
+{
+    fakes.processes->on(QStringLiteral(" push "), ScriptedProcesses::Answer{"no room", 1});
+    open().close(QStringLiteral("test"));
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(ends[0], std::nullopt);
+}
+
+TEST_F(AndroidWindowSessionTest, theFirstPictureIsLoggedAndTurnsTheVolumeUpAMomentLater)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    device.sendPicture();
+    EXPECT_TRUE(waitFor([this] { return hasLogged(QStringLiteral("native first frame package=org.example.app")); }));
+    const auto volumes = [this] { return fakes.processes->count(QStringLiteral("media_session volume")); };
+    pass(1490ms);
+    EXPECT_EQ(volumes(), 0);
+    pass(10ms);
+    EXPECT_GT(volumes(), 0);
+}
+
+TEST_F(AndroidWindowSessionTest, openingAWindowClearsItsUnreadMark)
+{
+    registry->setUnread(appID, true);
+    open();
+    EXPECT_TRUE(registry->unreadAppIDs().isEmpty());
+}
+
+// Home and back.
+
+TEST_F(AndroidWindowSessionTest, homePutsTheLauncherInTheWindowsPlace)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    auto &session = openKey();
+    session.panel().move(200, 210);
+    ASSERT_TRUE(waitFor([&session] { return session.panel().geometry().topLeft() == QPoint(200, 210); }));
+    QTest::mouseClick(headerButton(session, QStringLiteral("Quillnest apps")), Qt::LeftButton);
+    EXPECT_FALSE(session.panel().isVisible());
+    EXPECT_FALSE(session.isClosing());
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(200, 210, 390, 760));
+    EXPECT_TRUE(hasLogged(QStringLiteral("home page shown")));
+}
+
+TEST_F(AndroidWindowSessionTest, everyWayOfGoingBackSendsBack)
+{
+    setResumed(stillThere);
+    auto &session = openKey();
+    device.connect(session.client());
+    device.announce(session.client(), {392, 720});
+    device.sent(session.client());
+    QTest::mouseClick(headerButton(session, QStringLiteral("Android Back (Esc / right-click)")), Qt::LeftButton);
+    EXPECT_EQ(device.sent(session.client()), bytes::back());
+    QTest::keyClick(&session.videoView(), Qt::Key_Escape);
+    EXPECT_EQ(device.sent(session.client()), bytes::back());
+    QTest::mouseClick(&session.videoView(), Qt::RightButton);
+    EXPECT_EQ(device.sent(session.client()), bytes::back());
+    // Each of them is watched.
+    pass(2s);
+    EXPECT_EQ(looks(), 4);
+}
+
+TEST_F(AndroidWindowSessionTest, afterBackFourLooksLeaveAnAppAloneThatIsStillThere)
+{
+    setResumed(stillThere);
+    auto &session = open();
+    session.handleBack();
+    const std::vector<std::pair<int, int>> table{{190, 0}, {200, 1},  {440, 1},  {450, 2}, {790, 2},
+                                                 {800, 3}, {1290, 3}, {1300, 4}, {5000, 4}};
+    int now = 0;
+    for (const auto &[at, expected] : table) {
+        pass(std::chrono::milliseconds(at - now));
+        now = at;
+        EXPECT_EQ(looks(), expected) << at;
+    }
+    EXPECT_FALSE(session.isClosing());
+}
+
+TEST_F(AndroidWindowSessionTest, aBackThatLeavesTheAppClosesItsWindowAndShowsTheLauncherThere)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    setResumed("  topResumedActivity=ActivityRecord{1f u0 org.example.launcher/.Main t7}\n");
+    auto &session = openKey();
+    const auto origin = session.panel().geometry().topLeft();
+    session.handleBack();
+    pass(200ms);
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(origin, QSize(390, 760)));
+    EXPECT_TRUE(hasLogged(QStringLiteral("back left org.example.app: closing window, showing Quillnest home")));
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=back on first screen")));
+    pass(5s);
+    EXPECT_EQ(looks(), 1);
+    EXPECT_EQ(forceStops(), 1);
+}
+
+TEST_F(AndroidWindowSessionTest, aDeviceThatIsGoneCountsAsAnAppThatHasLeft)
+{
+    fakes.processes->on(QStringLiteral("grep ResumedActivity"), ScriptedProcesses::Answer{"", 1});
+    auto &session = open();
+    session.handleBack();
+    pass(200ms);
+    EXPECT_TRUE(waitFor([this] { return ends.size() == 1; }));
+}
+
+TEST_F(AndroidWindowSessionTest, ofTwoBacksInARowOnlyTheSecondIsLookedAfter)
+{
+    setResumed(stillThere);
+    auto &session = open();
+    session.handleBack();
+    pass(150ms);
+    session.handleBack();
+    pass(190ms);
+    EXPECT_EQ(looks(), 0);
+    pass(5s);
+    EXPECT_EQ(looks(), 4);
+    EXPECT_FALSE(session.isClosing());
+}
+
+TEST_F(AndroidWindowSessionTest, aStaleAnswerDoesNotCloseTheWindow)
+{
+    auto &session = openKey();
+    setResumed("");
+    session.handleBack();
+    fakes.clock->advance(200ms);
+    // The look has its answer, and before it is acted on the user goes back again.
+    while (looks() == 0 && fakes.executor->runOneInBackground()) { }
+    ASSERT_EQ(looks(), 1);
+    setResumed(stillThere);
+    session.handleBack();
+    pass(5s);
+    EXPECT_FALSE(session.isClosing());
+    EXPECT_EQ(looks(), 5);
+}
+
+TEST_F(AndroidWindowSessionTest, aWindowThatClosesIsNotLookedAfter)
+{
+    setResumed("");
+    auto &session = open();
+    session.handleBack();
+    session.close(QStringLiteral("test"));
+    pass(5s);
+    EXPECT_EQ(looks(), 0);
+}
+
+TEST(BackWatch, anAppIsResumedWhenALineNamesOneOfItsActivities)
+{
+    const auto app = QStringLiteral("org.example.app");
+    EXPECT_TRUE(BackWatch::isResumed(QStringLiteral("ResumedActivity: u0 org.example.app/.Main t7"), app));
+    EXPECT_TRUE(BackWatch::isResumed(QStringLiteral("a\nb u0 org.example.app/org.other.Main\nc"), app));
+    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 org.example.app.second/.Main"), app));
+    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 com.org.example.app/.Main"), app));
+    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("org.example.app/.Main"), app));
+    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 org.example.app"), app));
+    EXPECT_FALSE(BackWatch::isResumed(QString(), app));
+}
+
+// The clipboard.
+
+TEST_F(AndroidWindowSessionTest, theClipboardGoesOverWhenItHasChangedSinceTheWindowLastHadTheKeyboard)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
+    auto &session = openKey();
+    device.connect(session.client());
+    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    const auto comeBack = [&] {
+        takeKeyboard();
+        session.show();
+        EXPECT_TRUE(waitFor([&session] { return session.panel().isActiveWindow(); }));
+        return device.sent(session.client());
+    };
+    fakes.pasteboard->put(QStringLiteral("copied"));
+    EXPECT_EQ(comeBack(), bytes::clipboard(2, false, QStringLiteral("copied")));
+    EXPECT_EQ(comeBack(), QByteArray());
+    // The same text copied again is another change.
+    fakes.pasteboard->put(QStringLiteral("copied"));
+    EXPECT_EQ(comeBack(), bytes::clipboard(3, false, QStringLiteral("copied")));
+    fakes.pasteboard->put(std::nullopt);
+    EXPECT_EQ(comeBack(), QByteArray());
+    fakes.pasteboard->put(QString());
+    EXPECT_EQ(comeBack(), QByteArray());
+}
+
+TEST_F(AndroidWindowSessionTest, theFirstTimeTheClipboardGoesOverWhateverItsCount)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
+    fakes.pasteboard->put(QStringLiteral("from before"));
+    auto &session = openKey();
+    // The device wasn't there yet, but the message has taken its number.
+    EXPECT_EQ(session.client().nextClipboardSequence(), 3U);
+}
+
+// Sizes.
+
+TEST_F(AndroidWindowSessionTest, manyResizesInARowSendOneMessageWhenTheyHaveStopped)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    device.sent(session.client());
+    for (const auto size : {QSize(400, 700), QSize(410, 720), QSize(430, 750)}) {
+        session.panel().resize(size);
+        ASSERT_TRUE(waitFor([&] { return session.videoView().size() == size - QSize(0, 36); }));
+        pass(200ms);
+    }
+    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    pass(50ms);
+    EXPECT_EQ(device.sent(session.client()), bytes::resize(424, 712));
+    pass(5s);
+    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    const auto content = fakes.readFile(QStringLiteral("Logs/Quillnest/native-org.example.app.log"));
+    EXPECT_TRUE(content && content->contains("Quillnest: resize display 424x712\n"));
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(430, 750));
+}
+
+TEST_F(AndroidWindowSessionTest, openingAWindowSendsNoSize)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    pass(5s);
+    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.panelWidth")), QVariant());
+}
+
+TEST_F(AndroidWindowSessionTest, aVideoAreaThatIsTooSmallSendsNothing)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    session.panel().setMinimumSize(1, 1);
+    const auto sentAt = [&](int height) {
+        session.panel().resize(390, 36 + height);
+        EXPECT_TRUE(waitFor([&] { return session.videoView().height() == height; }));
+        pass(300ms);
+        return device.sent(session.client());
+    };
+    EXPECT_EQ(sentAt(103), QByteArray());
+    EXPECT_EQ(sentAt(104), bytes::resize(384, 104));
+}
+
+TEST(FittedFrame, keepsTheTopLeftCornerWhereTheScreenAllows)
+{
+    const QRect visible(100, 30, 1500, 1170);
+    struct Row {
+        QRect frame;
+        QSize wanted;
+        QRect expected;
+    };
+    const std::vector<Row> table{
+        {{200, 100, 390, 760}, {440, 956}, {200, 100, 440, 956}},
+        // The bottom edge would pass the screen's.
+        {{200, 400, 390, 760}, {440, 956}, {200, 244, 440, 956}},
+        // The right edge would.
+        {{1200, 100, 390, 760}, {440, 956}, {1160, 100, 440, 956}},
+        {{1500, 1100, 390, 760}, {760, 1036}, {840, 164, 760, 1036}},
+        // Higher and wider than the screen.
+        {{200, 100, 390, 760}, {390, 2000}, {200, 30, 390, 1170}},
+        {{200, 100, 390, 760}, {3000, 760}, {100, 100, 1500, 760}},
+        // A frame that hangs out on the left comes in.
+        {{50, 100, 390, 760}, {300, 500}, {100, 100, 300, 500}},
+        // Just so.
+        {{1160, 244, 10, 10}, {440, 956}, {1160, 244, 440, 956}},
+    };
+    for (const auto &row : table)
+        EXPECT_EQ(AndroidWindowSession::fittedFrame(row.frame, row.wanted, visible), row.expected)
+            << row.wanted.width() << "x" << row.wanted.height();
+}
+
+TEST_F(AndroidWindowSessionTest, theSizeMenuNamesTheSizesAndTicksThePresentOne)
+{
+    fakes.settings->setValue(QStringLiteral("Quillnest.panelWidth"), 380);
+    fakes.settings->setValue(QStringLiteral("Quillnest.panelHeight"), 756);
+    auto &session = openKey();
+    withSizeMenu(session, [](QMenu &menu) {
+        const auto items = menu.actions();
+        ASSERT_EQ(items.size(), 13);
+        EXPECT_EQ(items[0]->text(), QStringLiteral("380 × 720 | Android"));
+        EXPECT_FALSE(items[0]->isEnabled());
+        EXPECT_TRUE(items[1]->isSeparator());
+        EXPECT_EQ(items[2]->text(), QStringLiteral("Widget — 320 × 420"));
+        EXPECT_EQ(items[10]->text(), QStringLiteral("Tablet — 760 × 1000"));
+        EXPECT_TRUE(items[11]->isSeparator());
+        EXPECT_EQ(items[12]->text(), QStringLiteral("Custom: drag a window corner"));
+        EXPECT_FALSE(items[12]->isEnabled());
+        for (int i = 2; i < 11; ++i)
+            EXPECT_EQ(items[i]->isChecked(), i == 5) << i;
+    });
+}
+
+TEST_F(AndroidWindowSessionTest, aSizeOfTheMenuIsAppliedToTheWindow)
+{
+    auto &session = openKey();
+    session.panel().move(100, 100);
+    ASSERT_TRUE(waitFor([&session] { return session.panel().geometry().topLeft() == QPoint(100, 100); }));
+    withSizeMenu(session, [](QMenu &menu) { menu.actions()[6]->trigger(); });
+    EXPECT_TRUE(waitFor([&session] { return session.videoView().size() == QSize(390, 840); }));
+    EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(100, 100));
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(390, 876));
+    EXPECT_TRUE(hasLogged(QStringLiteral("window size preset Tall — 390 × 840")));
+}
+
+TEST_F(AndroidWindowSessionTest, aSizeThatTheScreenCutsIsNotTicked)
+{
+    fakes.screens->screens[0].visibleFrame = QRect(0, 30, 1600, 700);
+    auto &session = openKey();
+    withSizeMenu(session, [](QMenu &menu) { menu.actions()[6]->trigger(); });
+    EXPECT_TRUE(waitFor([&session] { return session.panel().height() == 700; }));
+    withSizeMenu(session, [](QMenu &menu) {
+        for (const auto *item : menu.actions())
+            EXPECT_FALSE(item->isChecked());
+    });
+}
+
+TEST_F(AndroidWindowSessionTest, aWindowMayEndWhileItsSizeMenuIsOpen)
+{
+    auto &session = openKey();
+    device.connect(session.client());
+    withSizeMenu(session, [this](QMenu &) {
+        device.hangUp();
+        EXPECT_TRUE(waitFor([this] { return ends.size() == 1; }));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    });
+    EXPECT_TRUE(registry->sessions().empty());
+}

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "base/QuillnestLayout.h"
+#include "fakes/FakePlatform.h"
+#include "windows/AndroidWindowRegistry.h"
+#include "windows/LoopbackDevice.h"
+#include "windows/WindowFakes.h"
+
+#include <QAbstractButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quillnest
+{
+
+const auto package = QStringLiteral("org.example.app");
+const auto otherPackage = QStringLiteral("org.example.other");
+
+/// Real windows on the test's display, with everything below them scripted.
+class WindowFixture : public ::testing::Test
+{
+protected:
+    WindowFixture()
+    {
+        fakes.platform.video = video;
+        fakes.platform.symbols = symbols;
+        fakes.platform.profile.developmentScrcpy = fakes.writeFile(QStringLiteral("dev/bin/scrcpy"), "", true);
+        fakes.screens->composited = false;
+        fakes.screens->screens = {{QRect(0, 0, 1600, 1200), QRect(0, 30, 1600, 1170), 1.0}};
+        log = std::make_shared<QuillnestLog>(
+            fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
+        const auto commands = std::make_shared<const AndroidCommands>(fakes.platform, log);
+        registry
+            = std::make_unique<AndroidWindowRegistry>(WindowServices{fakes.platform, log, notifications, commands});
+    }
+
+    ~WindowFixture() override
+    {
+        registry.reset();
+        for (const auto &client : clients)
+            EXPECT_TRUE(comesTrue(fakes, [&client] { return client.expired(); })) << "a client outlives its window";
+    }
+
+    AndroidWindowSession &open(QUuid id, const QString &name)
+    {
+        auto &session
+            = registry->open(id, name, QStringLiteral("Example"), [this](const std::optional<QString> &error) {
+                  ends.push_back(error);
+              });
+        clients.push_back(session.client().weak_from_this());
+        return session;
+    }
+    AndroidWindowSession &open() { return open(appID, package); }
+    /// The same, waited for until the window has the keyboard.
+    AndroidWindowSession &openKey()
+    {
+        auto &session = open();
+        EXPECT_TRUE(waitFor([&session] { return session.panel().isActiveWindow(); }));
+        return session;
+    }
+
+    bool waitFor(const std::function<bool()> &condition) const { return comesTrue(fakes, condition); }
+
+    /// Another window of the desktop takes the keyboard.
+    void takeKeyboard()
+    {
+        other.setGeometry(900, 700, 200, 100);
+        other.show();
+        other.activateWindow();
+        EXPECT_TRUE(waitFor([this] { return other.isActiveWindow(); }));
+    }
+
+    /// Time goes on, with everything that happens on the way.
+    void pass(std::chrono::milliseconds duration) const
+    {
+        for (auto left = duration; left.count() > 0; left -= std::chrono::milliseconds(10)) {
+            fakes.clock->advance(std::min(left, std::chrono::milliseconds(10)));
+            fakes.settle();
+        }
+    }
+
+    QAbstractButton *headerButton(AndroidWindowSession &session, const QString &name) const
+    {
+        for (auto *button : session.panel().findChildren<QAbstractButton *>()) {
+            if (button->accessibleName() == name)
+                return button;
+        }
+        throw std::runtime_error("no such button");
+    }
+
+    QVariantMap record(const QString &name = package) const
+    {
+        return fakes.settings->value(QStringLiteral("Quillnest.window.") + name).toMap();
+    }
+    void setRecord(const QVariantMap &values)
+    {
+        fakes.settings->setValue(QStringLiteral("Quillnest.window.") + package, values);
+    }
+
+    qsizetype forceStops(const QString &name = package) const
+    {
+        return fakes.processes->count(QStringLiteral("shell am force-stop ") + name);
+    }
+    QStringList logLines() const { return log->tail(1000).split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
+    bool hasLogged(const QString &line) const { return logLines().contains(line); }
+
+    const QUuid appID = QUuid::createUuid();
+    const QUuid otherID = QUuid::createUuid();
+    FakePlatform fakes = fakePlatform();
+    std::shared_ptr<FakeVideo> video = std::make_shared<FakeVideo>();
+    std::shared_ptr<FakeSymbols> symbols = std::make_shared<FakeSymbols>();
+    std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
+    std::shared_ptr<QuillnestLog> log;
+    LoopbackDevice device{fakes};
+    QWidget other;
+    std::unique_ptr<AndroidWindowRegistry> registry;
+    std::vector<std::weak_ptr<AndroidStreamClient>> clients;
+    /// What the openers were told.
+    std::vector<std::optional<QString>> ends;
+};
+
+} // namespace quillnest
