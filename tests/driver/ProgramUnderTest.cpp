@@ -58,7 +58,6 @@ QString ProgramUnderTest::deviceSocket() const
 
 void ProgramUnderTest::start(const QStringList &arguments)
 {
-    m_output.clear();
     m_process = m_desktop.start(program(QStringLiteral("quillnest")), arguments);
     waitFor(QStringLiteral("the program to answer"), 30, [this] {
         if (!isRunning())
