@@ -72,6 +72,11 @@ void PulseAudioEngine::stop()
 
 void PulseAudioEngine::connect()
 {
+    // Nothing is queued here. What is scheduled from now on is counted from the beginning of the new stream, also while
+    // the connection comes about.
+    m_playedBefore += std::exchange(m_playedFrames, 0);
+    m_scheduledFrames = 0;
+    m_writtenFrames = 0;
     m_retryAfterMicroseconds = static_cast<std::int64_t>(pa_rtclock_now() + retryInterval);
     m_context = pa_context_new(pa_threaded_mainloop_get_api(m_loop), "Quillnest");
     if (!m_context)
@@ -131,11 +136,6 @@ void PulseAudioEngine::createStream()
     const auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING
         | PA_STREAM_AUTO_TIMING_UPDATE);
-    m_writtenFrames = 0;
-    m_playedFrames = 0;
-    m_scheduledFrames = 0;
-    for (const auto &queued : m_queue)
-        m_scheduledFrames += (queued.samples.size() - queued.written) / 2;
     pa_stream_connect_playback(m_stream, nullptr, &buffer, flags, nullptr, nullptr);
 }
 
@@ -214,6 +214,9 @@ void PulseAudioEngine::feed()
 
 std::uint64_t PulseAudioEngine::heardFrames() const
 {
+    // Once the server has run dry its latency stands still, often a little above nothing.
+    if (m_stream && pa_stream_get_underflow_index(m_stream) >= static_cast<std::int64_t>(m_writtenFrames * frameBytes))
+        return m_writtenFrames;
     pa_usec_t latency = 0;
     int negative = 0;
     if (!m_stream || pa_stream_get_latency(m_stream, &latency, &negative) < 0 || negative)
@@ -285,9 +288,9 @@ std::uint64_t PulseAudioEngine::framesPlayed() const
 {
     const std::scoped_lock guard(m_lifeLock);
     if (!m_loop)
-        return m_playedFrames;
+        return m_playedBefore + m_playedFrames;
     const LoopLock loop(m_loop);
-    return m_playedFrames;
+    return m_playedBefore + m_playedFrames;
 }
 
 } // namespace quillnest

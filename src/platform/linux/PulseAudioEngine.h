@@ -73,6 +73,8 @@ private:
     std::uint64_t m_scheduledFrames = 0;
     std::uint64_t m_writtenFrames = 0;
     std::uint64_t m_playedFrames = 0;
+    /// What was played on connections that are gone.
+    std::uint64_t m_playedBefore = 0;
 
     /// Keeps the loop alive for the calls from outside; the loop's own thread never takes it.
     mutable std::mutex m_lifeLock;
