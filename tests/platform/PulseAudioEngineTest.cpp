@@ -161,7 +161,8 @@ protected:
         for (int i = 0; i < 10; ++i)
             engine->schedule(silence(4800), [&completed] { ++completed; });
         engine->play();
-        EXPECT_TRUE(comesTrueWithoutMain([&] { return completed == 10; }));
+        EXPECT_TRUE(comesTrueWithoutMain([&] { return completed == 10; }))
+            << completed << " of 10 after " << engine->framesPlayed() << " frames";
     }
 
     QProcess server;
