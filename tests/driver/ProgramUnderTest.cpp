@@ -17,7 +17,8 @@ constexpr quint16 consolePort = 5556;
 ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop) : m_desktop(desktop)
 {
     if (isDeviceRunning())
-        throw DriverError(QStringLiteral("another device holds the port %1").arg(consolePort));
+        TestDesktop::endDevicesLeftBehind();
+    waitFor(QStringLiteral("the port %1 to be free").arg(consolePort), 10, [this] { return !isDeviceRunning(); });
     m_desktop.run(program(QStringLiteral("standin-sdk")), {dataFolder() + QStringLiteral("/Runtime/sdk")});
     const auto written = m_desktop.run(program(QStringLiteral("quillnest-avd")), {QStringLiteral("35")});
     if (!written.contains("Quillnest complete"))

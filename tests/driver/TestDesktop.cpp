@@ -134,10 +134,12 @@ TestDesktop::~TestDesktop()
     endAll();
 }
 
-void TestDesktop::endAll(const QByteArray &name) const
+namespace
 {
-    // Whoever was started on this desktop, by however many others, carries its folder in the environment.
-    const auto mark = QFile::encodeName(m_root.path());
+
+/// Kills the processes with `mark` in their environment and with this name, if one is given.
+void killMarked(const QByteArray &mark, const QByteArray &name)
+{
     for (const auto &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         bool isProcess = false;
         const int id = entry.toInt(&isProcess);
@@ -148,6 +150,19 @@ void TestDesktop::endAll(const QByteArray &name) const
         if (environment.readAll().contains(mark) && (name.isEmpty() || command.readAll().trimmed() == name))
             ::kill(id, SIGKILL);
     }
+}
+
+} // namespace
+
+void TestDesktop::endAll(const QByteArray &name) const
+{
+    // Whoever was started on this desktop, by however many others, carries its folder in the environment.
+    killMarked(QFile::encodeName(m_root.path()), name);
+}
+
+void TestDesktop::endDevicesLeftBehind()
+{
+    killMarked(QFile::encodeName(QDir::tempPath() + QStringLiteral("/qn-")), QByteArrayLiteral("emulator"));
 }
 
 std::unique_ptr<QProcess> TestDesktop::start(const QString &program, const QStringList &arguments, Output output) const

@@ -74,6 +74,9 @@ public:
     /// Ends every process on this desktop with this name, or with any name, whoever started it.
     void endAll(const QByteArray &name = {}) const;
 
+    /// Ends the devices of earlier desktops whose owner was killed before it could.
+    static void endDevicesLeftBehind();
+
     /// What the loudspeaker plays from now on: 48000 Hz, one channel.
     std::vector<std::int16_t> recordSound(double seconds) const;
 
