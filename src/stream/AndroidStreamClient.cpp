@@ -25,17 +25,19 @@ std::optional<QString> fromWholeUtf8(const QByteArray &bytes)
     QString text = decoder(bytes);
     return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
 }
-}
+} // namespace
 
-std::shared_ptr<AndroidStreamClient> AndroidStreamClient::create(const Platform &platform, Config config,
-    std::shared_ptr<SampleRenderer> renderer, std::shared_ptr<QuillnestLog> log)
+std::shared_ptr<AndroidStreamClient> AndroidStreamClient::create(
+    const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
+    std::shared_ptr<QuillnestLog> log)
 {
     return std::shared_ptr<AndroidStreamClient>(
         new AndroidStreamClient(platform, std::move(config), std::move(renderer), std::move(log)));
 }
 
-AndroidStreamClient::AndroidStreamClient(const Platform &platform, Config config,
-    std::shared_ptr<SampleRenderer> renderer, std::shared_ptr<QuillnestLog> log)
+AndroidStreamClient::AndroidStreamClient(
+    const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
+    std::shared_ptr<QuillnestLog> log)
     : m_platform(platform)
     , m_config(std::move(config))
     , m_renderer(std::move(renderer))
@@ -151,7 +153,7 @@ QStringList AndroidStreamClient::serverArguments(const QString &scid, QSize disp
 
 void AndroidStreamClient::launchServer(const QString &scid, QSize display)
 {
-    ChildCommand command {.program = m_config.adb, .arguments = serverArguments(scid, display)};
+    ChildCommand command{.program = m_config.adb, .arguments = serverArguments(scid, display)};
     command.errors = ChildCommand::Errors::Merged;
     ChildProcesses::Handlers handlers;
     handlers.onOutput = [weak = weak_from_this()](const QByteArray &chunk) {
@@ -197,8 +199,8 @@ void AndroidStreamClient::readServerOutput(const QByteArray &chunk)
 
 AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &arguments) const
 {
-    ChildCommand command {
-        .program = m_config.adb, .arguments = QStringList {QStringLiteral("-s"), m_config.serial} + arguments};
+    ChildCommand command{
+        .program = m_config.adb, .arguments = QStringList{QStringLiteral("-s"), m_config.serial} + arguments};
     command.errors = ChildCommand::Errors::Merged;
     const auto result = m_platform.processes->run(command);
     if (result.launchError)
@@ -267,8 +269,9 @@ void AndroidStreamClient::send(const QByteArray &message)
             socket = control->socket;
         }
         if (socket)
-            socket->writeAll({reinterpret_cast<const std::uint8_t *>(message.constData()),
-                static_cast<std::size_t>(message.size())});
+            socket->writeAll(
+                {reinterpret_cast<const std::uint8_t *>(message.constData()),
+                 static_cast<std::size_t>(message.size())});
     });
 }
 

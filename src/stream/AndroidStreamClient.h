@@ -64,11 +64,12 @@ public:
         /// Bits per second.
         int bitRate = 8000000;
         int maxFPS = 60;
-        Timeouts timeouts {};
+        Timeouts timeouts{};
     };
 
-    static std::shared_ptr<AndroidStreamClient> create(const Platform &platform, Config config,
-        std::shared_ptr<SampleRenderer> renderer, std::shared_ptr<QuillnestLog> log);
+    static std::shared_ptr<AndroidStreamClient> create(
+        const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
+        std::shared_ptr<QuillnestLog> log);
     ~AndroidStreamClient();
     AndroidStreamClient(const AndroidStreamClient &) = delete;
     AndroidStreamClient &operator=(const AndroidStreamClient &) = delete;
@@ -120,7 +121,8 @@ private:
         std::shared_ptr<StreamSocket> socket;
     };
 
-    AndroidStreamClient(const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
+    AndroidStreamClient(
+        const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
         std::shared_ptr<QuillnestLog> log);
 
     // AndroidStreamClient.cpp: the connection.
@@ -164,7 +166,7 @@ private:
     std::optional<std::uint64_t> m_playedBeforeStop;
     bool m_stopped = false;
     bool m_endReported = false;
-    QSizeF m_videoSize {0, 0};
+    QSizeF m_videoSize{0, 0};
     std::uint64_t m_clipboardSequence = 1;
     std::optional<int> m_displayID;
     bool m_snapshotRequested = false;
@@ -174,13 +176,13 @@ private:
     const std::unique_ptr<SerialQueue> m_sendQueue;
 
     // The video thread's own, but for the counter that others read.
-    std::atomic<std::uint64_t> m_framesDecoded {0};
-    std::chrono::nanoseconds m_fpsWindowStart {};
+    std::atomic<std::uint64_t> m_framesDecoded{0};
+    std::chrono::nanoseconds m_fpsWindowStart{};
     int m_fpsFrames = 0;
 
     // The audio thread's own.
-    std::atomic<std::uint64_t> m_audioPackets {0};
-    std::chrono::nanoseconds m_levelWindowStart {};
+    std::atomic<std::uint64_t> m_audioPackets{0};
+    std::chrono::nanoseconds m_levelWindowStart{};
     int m_levelPeak = 0;
     int m_levelReports = 0;
 };

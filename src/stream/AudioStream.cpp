@@ -15,7 +15,7 @@ constexpr std::uint32_t rawCodec = 0x00726177;
 constexpr std::uint32_t largestPacket = 0xFFFFF;
 constexpr std::uint8_t configBit = 0x40;
 constexpr int mostLevelReports = 20;
-}
+} // namespace
 
 void AndroidStreamClient::readAudio(const std::shared_ptr<StreamSocket> &socket)
 {
@@ -38,7 +38,7 @@ void AndroidStreamClient::readAudio(const std::shared_ptr<StreamSocket> &socket)
 
     std::vector<std::uint8_t> payload;
     while (true) {
-        std::array<std::uint8_t, 12> header {};
+        std::array<std::uint8_t, 12> header{};
         if (!socket->readExactly(header))
             break;
         const auto size = readBE(header, 8);

@@ -26,7 +26,7 @@ int graphemeCount(const QString &text)
     return count;
 }
 
-}
+} // namespace
 
 void AndroidStreamClient::drainDeviceMessages()
 {

@@ -44,8 +44,8 @@ std::shared_ptr<const VideoFormat> format(VideoDecoding &decoding, Unit sps, Uni
     return format;
 }
 
-std::optional<VideoSample> sampleBuffer(
-    const std::vector<Unit> &units, const std::shared_ptr<const VideoFormat> &format)
+std::optional<VideoSample>
+sampleBuffer(const std::vector<Unit> &units, const std::shared_ptr<const VideoFormat> &format)
 {
     const auto isSkipped = [](Unit unit) {
         const auto kind = type(unit);

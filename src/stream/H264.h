@@ -34,8 +34,8 @@ std::vector<Unit> nalUnits(std::span<const std::uint8_t> bytes);
 std::shared_ptr<const VideoFormat> format(VideoDecoding &decoding, Unit sps, Unit pps);
 
 /// The sample that the units make, without parameter sets and delimiters; nothing if that leaves nothing.
-std::optional<VideoSample> sampleBuffer(
-    const std::vector<Unit> &units, const std::shared_ptr<const VideoFormat> &format);
-}
+std::optional<VideoSample>
+sampleBuffer(const std::vector<Unit> &units, const std::shared_ptr<const VideoFormat> &format);
+} // namespace H264
 
 } // namespace quillnest

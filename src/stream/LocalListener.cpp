@@ -10,14 +10,13 @@
 namespace quillnest
 {
 
-LocalListener::LocalListener()
-    : m_descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+LocalListener::LocalListener() : m_descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     if (m_descriptor < 0)
         throw SocketError::failed("socket");
     const int on = 1;
     ::setsockopt(m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    sockaddr_in address {};
+    sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
@@ -37,7 +36,7 @@ LocalListener::~LocalListener()
 
 std::shared_ptr<StreamSocket> LocalListener::accept(double timeout)
 {
-    pollfd entry {m_descriptor, POLLIN, 0};
+    pollfd entry{m_descriptor, POLLIN, 0};
     if (::poll(&entry, 1, static_cast<int>(timeout * 1000)) < 1)
         throw SocketError::failed("timed out waiting for the Android side to connect");
     const int descriptor = ::accept4(m_descriptor, nullptr, nullptr, SOCK_CLOEXEC);

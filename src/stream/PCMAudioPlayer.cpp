@@ -3,10 +3,7 @@
 namespace quillnest
 {
 
-PCMAudioPlayer::PCMAudioPlayer(std::shared_ptr<AudioEngine> engine)
-    : m_engine(std::move(engine))
-{
-}
+PCMAudioPlayer::PCMAudioPlayer(std::shared_ptr<AudioEngine> engine) : m_engine(std::move(engine)) { }
 
 void PCMAudioPlayer::play(std::span<const std::uint8_t> bytes)
 {

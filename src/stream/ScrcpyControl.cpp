@@ -26,8 +26,7 @@ enum Type : std::uint8_t {
 /// One generic finger, the same in every message.
 constexpr std::uint64_t pointerId = 0xFFFFFFFFFFFFFFFE;
 
-template<typename Integer>
-void append(QByteArray &bytes, Integer value)
+template <typename Integer> void append(QByteArray &bytes, Integer value)
 {
     const auto swapped = qToBigEndian(value);
     bytes.append(reinterpret_cast<const char *>(&swapped), sizeof swapped);
@@ -45,7 +44,7 @@ QByteArray twoBytes(std::uint8_t type, std::uint8_t value)
     return bytes;
 }
 
-}
+} // namespace
 
 std::uint16_t u16fp(float value)
 {
@@ -74,7 +73,7 @@ QByteArray key(KeyAction action, std::uint32_t keycode, std::uint32_t meta)
 {
     auto bytes = twoBytes(keyType, static_cast<std::uint8_t>(action));
     append(bytes, keycode);
-    append(bytes, std::uint32_t {0});
+    append(bytes, std::uint32_t{0});
     append(bytes, meta);
     return bytes;
 }
@@ -93,8 +92,8 @@ QByteArray touch(MotionAction action, QPointF at, QSizeF frame)
     append(bytes, pointerId);
     position(bytes, at, frame);
     append(bytes, u16fp(action == MotionAction::up ? 0.0F : 1.0F));
-    append(bytes, std::uint32_t {0});
-    append(bytes, std::uint32_t {0});
+    append(bytes, std::uint32_t{0});
+    append(bytes, std::uint32_t{0});
     return bytes;
 }
 
@@ -104,7 +103,7 @@ QByteArray scroll(QPointF at, QSizeF frame, float horizontal, float vertical)
     position(bytes, at, frame);
     append(bytes, i16fp(horizontal));
     append(bytes, i16fp(vertical));
-    append(bytes, std::uint32_t {0});
+    append(bytes, std::uint32_t{0});
     return bytes;
 }
 

@@ -44,6 +44,6 @@ QByteArray backUp();
 QByteArray getClipboardCopy();
 QByteArray getClipboardCut();
 QByteArray resetVideo();
-}
+} // namespace ScrcpyControl
 
 } // namespace quillnest

@@ -26,10 +26,7 @@ private:
 class StreamSocket
 {
 public:
-    explicit StreamSocket(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
+    explicit StreamSocket(int descriptor) : m_descriptor(descriptor) { }
     ~StreamSocket();
     StreamSocket(const StreamSocket &) = delete;
     StreamSocket &operator=(const StreamSocket &) = delete;

@@ -29,24 +29,22 @@ std::optional<H264::Unit> firstOfType(const std::vector<H264::Unit> &units, std:
     return std::nullopt;
 }
 
-}
+} // namespace
 
-void AndroidStreamClient::readVideo(
-    const std::shared_ptr<StreamSocket> &socket, std::chrono::nanoseconds startedAt)
+void AndroidStreamClient::readVideo(const std::shared_ptr<StreamSocket> &socket, std::chrono::nanoseconds startedAt)
 {
     const auto deviceName = socket->readExactly(64);
     const auto codec = deviceName ? socket->readExactly(4) : std::nullopt;
     if (!codec)
         return finish(QStringLiteral("Video stream closed early"));
     if (readBE(*codec, 0) != h264Codec)
-        return finish(
-            QStringLiteral("Unsupported video codec 0x%1").arg(readBE(*codec, 0), 8, 16, QLatin1Char('0')));
+        return finish(QStringLiteral("Unsupported video codec 0x%1").arg(readBE(*codec, 0), 8, 16, QLatin1Char('0')));
 
     std::shared_ptr<const VideoFormat> format;
     std::vector<std::uint8_t> payload;
     bool isFirstFrame = true;
     while (true) {
-        std::array<std::uint8_t, 12> header {};
+        std::array<std::uint8_t, 12> header{};
         if (!socket->readExactly(header))
             return finish(std::nullopt);
 
@@ -115,7 +113,7 @@ void AndroidStreamClient::takeSnapshot(const VideoSample &sample)
     }
     const auto image = m_platform.video->stillDecoder()->decode(sample);
     if (!image.isNull() && onSnapshot)
-        onMain([callback = onSnapshot, image] { callback(ImageBox {image}); });
+        onMain([callback = onSnapshot, image] { callback(ImageBox{image}); });
 }
 
 void AndroidStreamClient::countFrame()
