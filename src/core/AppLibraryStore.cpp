@@ -93,6 +93,7 @@ std::vector<MobileApp> AppLibraryStore::orderedApps() const
 {
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
+    // A locale without rules of its own doesn't know what a collator's case sensitivity means, so case goes first.
     // The sort key holds what the display name and the locale make of an app, so each is worked out once.
     struct Keyed {
         QCollatorSortKey key;
@@ -101,7 +102,7 @@ std::vector<MobileApp> AppLibraryStore::orderedApps() const
     std::vector<Keyed> keyed;
     keyed.reserve(m_apps.size());
     for (const auto &app : m_apps)
-        keyed.push_back({collator.sortKey(app.displayName()), &app});
+        keyed.push_back({collator.sortKey(app.displayName().toCaseFolded()), &app});
     std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed &a, const Keyed &b) {
         if (a.app->isFavorite != b.app->isFavorite)
             return a.app->isFavorite;
@@ -156,7 +157,8 @@ Task<> AppLibraryStore::addAll(QList<QUrl> urls)
             co_return;
         const auto path = url.toLocalFile();
         const QFileInfo file(path);
-        const auto extension = file.suffix().toLower();
+        // A name that begins with its only dot has no extension.
+        const auto extension = file.completeBaseName().isEmpty() ? QString() : file.suffix().toLower();
         if (extension != QStringLiteral("apk") && extension != QStringLiteral("ipa")) {
             setStatus(QStringLiteral("Skipped %1: choose an APK or IPA").arg(file.fileName()));
             continue;
