@@ -1,0 +1,343 @@
+#include "core/AppLibraryStore.h"
+
+#include "CoreFixture.h"
+#include "core/LibraryFormat.h"
+
+using namespace quillnest;
+
+namespace
+{
+
+const auto libraryKey = QStringLiteral("Quillnest.apps.v1");
+
+class AppLibraryStoreTest : public CoreFixture
+{
+protected:
+    QByteArray stored() const { return fakes.settings->value(libraryKey).toByteArray(); }
+    std::vector<MobileApp> storedApps() const { return LibraryFormat::decode(stored()).value(); }
+    MobileApp named(const QString &name) const
+    {
+        for (const auto &app : store->apps()) {
+            if (app.name == name)
+                return app;
+        }
+        throw std::runtime_error("no such app");
+    }
+    QString status() const { return store->statusMessage(); }
+};
+
+} // namespace
+
+// Adding.
+
+TEST_F(AppLibraryStoreTest, aPackageIsAddedUnderItsLabel)
+{
+    const auto path = putPackage(QStringLiteral("Apps/some-file-v3.apk"), "org.example.app", "My App");
+    add({path});
+    ASSERT_EQ(store->apps().size(), 1U);
+    const auto &app = store->apps()[0];
+    EXPECT_EQ(app.name, QStringLiteral("My App"));
+    EXPECT_EQ(app.sourcePath, path);
+    EXPECT_EQ(app.platform, MobilePlatform::android);
+    EXPECT_EQ(app.bundleIdentifier, std::nullopt);
+    EXPECT_EQ(app.addedAt, fakes.clock->wallTime());
+    EXPECT_FALSE(app.isFavorite);
+    EXPECT_FALSE(app.id.isNull());
+    EXPECT_EQ(status(), QStringLiteral("Added some-file-v3.apk"));
+    EXPECT_EQ(storedApps(), store->apps());
+}
+
+TEST_F(AppLibraryStoreTest, aPackageWithoutALabelIsAddedUnderItsFileName)
+{
+    add({putPackage(QStringLiteral("Apps/some.file.v3.apk"), "org.example.app", "")});
+    EXPECT_EQ(store->apps().at(0).name, QStringLiteral("some.file.v3"));
+    // Nor does a file need to be readable.
+    add({fakes.writeFile(QStringLiteral("Apps/broken.apk"), "no package")});
+    EXPECT_EQ(store->apps().at(1).name, QStringLiteral("broken"));
+}
+
+TEST_F(AppLibraryStoreTest, anUpperCaseExtensionPasses)
+{
+    add({putPackage(QStringLiteral("Apps/A.APK"), "org.example.a", "A"), fakes.path(QStringLiteral("Apps/B.Ipa"))});
+    ASSERT_EQ(store->apps().size(), 2U);
+    EXPECT_EQ(store->apps()[0].platform, MobilePlatform::android);
+    EXPECT_EQ(store->apps()[1].platform, MobilePlatform::ios);
+    EXPECT_EQ(store->apps()[1].name, QStringLiteral("B"));
+}
+
+TEST_F(AppLibraryStoreTest, aFileOfAnotherTypeIsSkipped)
+{
+    for (const auto *name : {"notes.txt", "noextension", "a.apk.zip", "apk", ".apk"}) {
+        const auto path = fakes.writeFile(QStringLiteral("Apps/") + QLatin1String(name), "content");
+        add({path});
+        EXPECT_EQ(status(), QStringLiteral("Skipped %1: choose an APK or IPA").arg(QLatin1String(name)));
+    }
+    EXPECT_TRUE(store->apps().empty());
+}
+
+TEST_F(AppLibraryStoreTest, theSamePathIsAddedOnceAndAnotherCopyAgain)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.1.apk"), "org.example.app", "App");
+    add({path});
+    add({path});
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(status(), QStringLiteral("Already in library: app.1"));
+    add({putPackage(QStringLiteral("Copies/app.1.apk"), "org.example.app", "App")});
+    EXPECT_EQ(store->apps().size(), 2U);
+}
+
+TEST_F(AppLibraryStoreTest, theSameFileDroppedTwiceAtOnceIsAddedOnce)
+{
+    const auto url = QUrl::fromLocalFile(putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App"));
+    // Both drops look at the file before either has added it.
+    store->addFiles({url});
+    store->addFiles({url});
+    fakes.settle();
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(status(), QStringLiteral("Already in library: app"));
+}
+
+TEST_F(AppLibraryStoreTest, severalFilesAreAddedInTheirOrderAndTheLastOutcomeStays)
+{
+    add(
+        {putPackage(QStringLiteral("Apps/z.apk"), "org.example.z", "Z"),
+         fakes.writeFile(QStringLiteral("Apps/notes.txt"), ""),
+         putPackage(QStringLiteral("Apps/a.apk"), "org.example.a", "A")});
+    EXPECT_EQ(names(store->apps()), (QStringList{QStringLiteral("Z"), QStringLiteral("A")}));
+    EXPECT_EQ(status(), QStringLiteral("Added a.apk"));
+}
+
+TEST_F(AppLibraryStoreTest, noFilesChangeNothing)
+{
+    add({});
+    EXPECT_EQ(status(), QStringLiteral("Ready"));
+}
+
+TEST_F(AppLibraryStoreTest, theFileStaysWhereItIsAndAsItIs)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App");
+    const auto before = fakes.readFile(path);
+    add({path});
+    EXPECT_EQ(fakes.readFile(path), before);
+}
+
+TEST_F(AppLibraryStoreTest, aStoreMayGoWhileAFileIsBeingRead)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App");
+    store->addFiles({QUrl::fromLocalFile(path), QUrl::fromLocalFile(path)});
+    store.reset();
+    fakes.settle();
+    EXPECT_TRUE(stored().isEmpty() || storedApps().empty());
+}
+
+// Order and search.
+
+TEST_F(AppLibraryStoreTest, favouritesComeFirstAndEachGroupIsSortedByItsShownName)
+{
+    for (const auto *label : {"banana", "Cherry", "apple", "Date", "Älpler"})
+        addApp(QString::fromUtf8(label));
+    store->toggleFavorite(named(QStringLiteral("Date")));
+    store->toggleFavorite(named(QStringLiteral("Cherry")));
+    auto ordered = names(store->orderedApps());
+    // Where a letter with a mark goes is the locale's business.
+    ordered.removeAll(QStringLiteral("Älpler"));
+    EXPECT_EQ(
+        ordered,
+        (QStringList{
+            QStringLiteral("Cherry"), QStringLiteral("Date"), QStringLiteral("apple"), QStringLiteral("banana")}));
+    EXPECT_EQ(store->apps()[0].name, QStringLiteral("banana"));
+}
+
+TEST_F(AppLibraryStoreTest, entriesOfTheSameShownNameKeepTheirStoredOrder)
+{
+    for (const auto *label : {"App 3.0", "app 1.0", "APP 2.0", "Aaa"})
+        addApp(QString::fromUtf8(label));
+    EXPECT_EQ(
+        names(store->orderedApps()),
+        (QStringList{
+            QStringLiteral("Aaa"), QStringLiteral("App 3.0"), QStringLiteral("app 1.0"), QStringLiteral("APP 2.0")}));
+}
+
+TEST_F(AppLibraryStoreTest, anEmptySearchGivesTheStoredOrder)
+{
+    for (const auto *label : {"Zebra", "Apple", "Moon"})
+        addApp(QString::fromUtf8(label));
+    store->toggleFavorite(named(QStringLiteral("Moon")));
+    EXPECT_EQ(
+        names(store->filteredApps()),
+        (QStringList{QStringLiteral("Zebra"), QStringLiteral("Apple"), QStringLiteral("Moon")}));
+}
+
+TEST_F(AppLibraryStoreTest, aSearchLooksAtTheWholeNameWhateverItsCase)
+{
+    for (const auto *label : {"Zebra 1.2", "Moon", "apple 1.2"})
+        addApp(QString::fromUtf8(label));
+    store->setSearch(QStringLiteral("1.2"));
+    EXPECT_EQ(names(store->filteredApps()), (QStringList{QStringLiteral("Zebra 1.2"), QStringLiteral("apple 1.2")}));
+    store->setSearch(QStringLiteral("MOON"));
+    EXPECT_EQ(names(store->filteredApps()), QStringList{QStringLiteral("Moon")});
+    store->setSearch(QStringLiteral("nothing"));
+    EXPECT_TRUE(store->filteredApps().empty());
+}
+
+TEST_F(AppLibraryStoreTest, theFirstMatchIsTheFirstInStoredOrderAndNoneForAnEmptyText)
+{
+    for (const auto *label : {"Second Moon", "Moon"})
+        addApp(QString::fromUtf8(label));
+    EXPECT_EQ(store->firstMatch(QStringLiteral("moon"))->name, QStringLiteral("Second Moon"));
+    EXPECT_EQ(store->firstMatch(QString()), std::nullopt);
+    EXPECT_EQ(store->firstMatch(QStringLiteral("Apps/Moon")), std::nullopt);
+    EXPECT_EQ(store->firstMatchInNameOrPath(QStringLiteral("apps/moon"))->name, QStringLiteral("Moon"));
+    EXPECT_EQ(store->firstMatchInNameOrPath(QString()), std::nullopt);
+}
+
+// Changing.
+
+TEST_F(AppLibraryStoreTest, removeTakesTheEntryOutOfTheLibraryAlone)
+{
+    const auto app = addApp(QStringLiteral("App 1.0"));
+    addApp(QStringLiteral("Other"));
+    fakes.processes->forget();
+    store->remove(app);
+    fakes.settle();
+    EXPECT_EQ(names(store->apps()), QStringList{QStringLiteral("Other")});
+    EXPECT_EQ(status(), QStringLiteral("Removed App 1.0"));
+    EXPECT_TRUE(fakes.readFile(app.sourcePath));
+    EXPECT_EQ(storedApps(), store->apps());
+    EXPECT_TRUE(fakes.processes->calls().empty());
+}
+
+TEST_F(AppLibraryStoreTest, removeMayBeGivenTheEntryItself)
+{
+    addApp(QStringLiteral("App"));
+    store->remove(store->apps()[0]);
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Removed App"));
+}
+
+TEST_F(AppLibraryStoreTest, aFavouriteIsToggledSavedAndSaysNothing)
+{
+    const auto app = addApp(QStringLiteral("App"));
+    const auto before = status();
+    store->toggleFavorite(app);
+    EXPECT_TRUE(store->apps()[0].isFavorite);
+    EXPECT_TRUE(storedApps()[0].isFavorite);
+    // The state in the library counts, not that of the copy.
+    store->toggleFavorite(app);
+    EXPECT_FALSE(storedApps()[0].isFavorite);
+    EXPECT_EQ(status(), before);
+    MobileApp stranger;
+    stranger.id = QUuid::createUuid();
+    store->toggleFavorite(stranger);
+    EXPECT_EQ(store->apps().size(), 1U);
+}
+
+TEST_F(AppLibraryStoreTest, aSourceIsReplacedInPlace)
+{
+    const auto app = addApp(QStringLiteral("App"));
+    const auto url = QUrl::fromLocalFile(fakes.path(QStringLiteral("new file.apk")));
+    store->replaceSource(app.id, url, QStringLiteral("org.example.app"));
+    EXPECT_EQ(storedApps()[0].sourcePath, fakes.path(QStringLiteral("new file.apk")));
+    EXPECT_EQ(storedApps()[0].bundleIdentifier, QStringLiteral("org.example.app"));
+    EXPECT_EQ(storedApps()[0].id, app.id);
+    const auto bytes = stored();
+    store->replaceSource(QUuid::createUuid(), url, QStringLiteral("org.example.other"));
+    EXPECT_EQ(stored(), bytes);
+}
+
+TEST_F(AppLibraryStoreTest, everyChangeIsAnnounced)
+{
+    int changes = 0;
+    QObject::connect(store.get(), &AppLibraryStore::changed, store.get(), [&changes] { ++changes; });
+    auto rises = [&changes, last = 0]() mutable { return changes > std::exchange(last, changes); };
+    const auto app = addApp(QStringLiteral("App"));
+    EXPECT_TRUE(rises());
+    store->toggleFavorite(app);
+    EXPECT_TRUE(rises());
+    store->setSearch(QStringLiteral("a"));
+    EXPECT_TRUE(rises());
+    store->remove(app);
+    EXPECT_TRUE(rises());
+}
+
+// Persistence.
+
+TEST_F(AppLibraryStoreTest, theLibraryComesBackWithTheNextStart)
+{
+    addApp(QStringLiteral("Zebra"));
+    addApp(QStringLiteral("Apple"));
+    store->toggleFavorite(named(QStringLiteral("Apple")));
+    const auto apps = store->apps();
+    makeStore();
+    EXPECT_EQ(store->apps(), apps);
+    EXPECT_EQ(status(), QStringLiteral("Ready"));
+}
+
+TEST_F(AppLibraryStoreTest, aLibraryThatCannotBeReadStartsEmptyAndStaysInTheSettingsUntilTheNextSave)
+{
+    addApp(QStringLiteral("App"));
+    const auto bad = stored().replace("\"Android\"", "\"Windows Phone\"");
+    fakes.settings->setValue(libraryKey, bad);
+    makeStore();
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(stored(), bad);
+    EXPECT_EQ(status(), QStringLiteral("Ready"));
+    add({putPackage(QStringLiteral("Apps/new.apk"), "org.example.new", "New")});
+    EXPECT_EQ(names(storedApps()), QStringList{QStringLiteral("New")});
+}
+
+TEST_F(AppLibraryStoreTest, aLibraryThatIsNoBinaryValueIsNone)
+{
+    addApp(QStringLiteral("App"));
+    fakes.settings->setValue(libraryKey, QString::fromUtf8(stored()));
+    makeStore();
+    EXPECT_TRUE(store->apps().empty());
+}
+
+TEST_F(AppLibraryStoreTest, withoutALibraryNothingIsWritten)
+{
+    EXPECT_EQ(fakes.settings->value(libraryKey), QVariant());
+}
+
+// What the interface is told of Android at the start.
+
+TEST_F(AppLibraryStoreTest, atTheStartTheDeviceIsAsked)
+{
+    EXPECT_EQ(store->androidState(), AppLibraryStore::AndroidState::sleeping);
+    device.listed = true;
+    device.booted = true;
+    makeStore();
+    EXPECT_EQ(store->androidState(), AppLibraryStore::AndroidState::ready);
+    QFile::remove(paths.systemImage());
+    makeStore();
+    EXPECT_EQ(store->androidState(), AppLibraryStore::AndroidState::notSetUp);
+}
+
+TEST_F(AppLibraryStoreTest, whenTheDeviceIsToldToStopItSleeps)
+{
+    device.listed = true;
+    device.booted = true;
+    makeStore();
+    Q_EMIT notifications->runtimeChanged();
+    EXPECT_EQ(store->androidState(), AppLibraryStore::AndroidState::sleeping);
+}
+
+TEST_F(AppLibraryStoreTest, unreadMarksAreCopied)
+{
+    const auto app = addApp(QStringLiteral("App"));
+    registry->setUnread(app.id, true);
+    EXPECT_EQ(store->unreadAppIDs(), QSet<QUuid>{app.id});
+    registry->setUnread(app.id, false);
+    EXPECT_TRUE(store->unreadAppIDs().isEmpty());
+}
+
+TEST_F(AppLibraryStoreTest, aRequestForAnAppThatIsNoneIsIgnored)
+{
+    addApp(QStringLiteral("App"));
+    fakes.processes->forget();
+    for (const auto &id : {QStringLiteral("no id"), QString(), uuidText(QUuid::createUuid())})
+        Q_EMIT notifications->openAppRequest(id);
+    fakes.settle();
+    EXPECT_EQ(store->launchingAppID(), std::nullopt);
+    EXPECT_TRUE(fakes.processes->calls().empty());
+}

@@ -1,0 +1,132 @@
+#include "core/CommandDispatcher.h"
+
+#include "LaunchFixture.h"
+#include "windows/ControlBytes.h"
+
+using namespace quillnest;
+
+namespace
+{
+
+class CommandDispatcherTest : public LaunchFixture
+{
+protected:
+    CommandDispatcherTest() { deviceIsUp(); }
+
+    void run(const QString &command)
+    {
+        dispatcher.run(command);
+        fakes.settle();
+    }
+
+    QVariant setting(const char *key) const { return fakes.settings->value(QLatin1String(key)); }
+    qsizetype adBlocks() const { return fakes.processes->count(QStringLiteral("private_dns")); }
+
+    CommandDispatcher dispatcher{services(), *store};
+};
+
+} // namespace
+
+TEST_F(CommandDispatcherTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingElse)
+{
+    addApp(QStringLiteral("Moon"));
+    fakes.processes->forget();
+    const auto keys = fakes.settings->keys();
+    for (const auto *text :
+         {"", "no command", "open", "open Moon", "Open:Moon", " open:Moon", "themes:x", "theme", "back ",
+          "hide:", "close-all:Moon", "android-version:abc", "shortcut:x", "pin:"}) {
+        run(QString::fromUtf8(text));
+        EXPECT_EQ(logLines().last(), QStringLiteral("command %1").arg(QLatin1String(text)));
+    }
+    EXPECT_TRUE(fakes.processes->calls().empty());
+    EXPECT_EQ(fakes.settings->keys(), keys);
+    EXPECT_EQ(store->launchingAppID(), std::nullopt);
+}
+
+TEST_F(CommandDispatcherTest, openTakesTheFirstMatchInStoredOrder)
+{
+    addApp(QStringLiteral("Zebra Moon"));
+    const auto moon = addApp(QStringLiteral("Moon"));
+    store->toggleFavorite(moon);
+    dispatcher.run(QStringLiteral("open:moon"));
+    EXPECT_EQ(store->launchingAppID(), store->apps()[0].id);
+}
+
+TEST_F(CommandDispatcherTest, openWithAnEmptyOrAnUnknownNameMatchesNoEntry)
+{
+    addApp(QStringLiteral("Moon"));
+    for (const auto *text : {"open:", "open:star", "open: Moon"}) {
+        dispatcher.run(QString::fromUtf8(text));
+        EXPECT_EQ(store->launchingAppID(), std::nullopt) << text;
+    }
+}
+
+TEST_F(CommandDispatcherTest, addTakesTheRestOfTheTextAsAPath)
+{
+    const auto path = putPackage(QStringLiteral("Apps/a: b %20.apk"), "org.example.app", "App");
+    run(QStringLiteral("add:") + path);
+    ASSERT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(store->apps()[0].sourcePath, path);
+}
+
+TEST_F(CommandDispatcherTest, lookIsStoredAsText)
+{
+    run(QStringLiteral("wallpaper:dunes"));
+    run(QStringLiteral("theme:glass:dark"));
+    EXPECT_EQ(setting("QuillnestWallpaper"), QStringLiteral("dunes"));
+    EXPECT_EQ(setting("QuillnestTheme"), QStringLiteral("glass:dark"));
+}
+
+TEST_F(CommandDispatcherTest, adBlockIsStoredAndAppliedToADeviceThatIsUp)
+{
+    run(QStringLiteral("adblock-off"));
+    EXPECT_EQ(setting("QuillnestAdBlock"), QVariant(false));
+    EXPECT_GT(adBlocks(), 0);
+    device = {};
+    fakes.processes->forget();
+    run(QStringLiteral("adblock-on"));
+    EXPECT_EQ(setting("QuillnestAdBlock"), QVariant(true));
+    EXPECT_EQ(adBlocks(), 0);
+}
+
+TEST_F(CommandDispatcherTest, withoutAWindowItsCommandsDoNothing)
+{
+    fakes.pasteboard->put(QStringLiteral("text"));
+    for (const auto *text : {"back", "paste", "copy", "hide", "close-all"})
+        run(QString::fromUtf8(text));
+    EXPECT_EQ(logLines().filter(QStringLiteral("command ")).size(), 5);
+    EXPECT_EQ(logLines().filter(QStringLiteral("close package")).size(), 0);
+}
+
+TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
+{
+    auto &session = open(addApp(QStringLiteral("Moon")));
+    fakes.processes->on(QStringLiteral("grep ResumedActivity"), QByteArray(" u0 org.example.moon/.MainActivity\n"));
+    loopback.connect(session.client());
+    loopback.sent(session.client());
+    run(QStringLiteral("back"));
+    EXPECT_EQ(loopback.sent(session.client()), bytes::back());
+    run(QStringLiteral("copy"));
+    EXPECT_EQ(loopback.sent(session.client()), QByteArray::fromHex("0801"));
+    fakes.pasteboard->put(QStringLiteral("text"));
+    run(QStringLiteral("paste"));
+    EXPECT_EQ(loopback.sent(session.client()), bytes::clipboard(2, true, QStringLiteral("text")));
+}
+
+TEST_F(CommandDispatcherTest, hideAndCloseAllActOnTheWindows)
+{
+    auto &session = open(addApp(QStringLiteral("Moon")));
+    run(QStringLiteral("hide"));
+    EXPECT_FALSE(session.panel().isVisible());
+    EXPECT_FALSE(session.isClosing());
+    run(QStringLiteral("close-all"));
+    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.moon reason=close all")));
+}
+
+TEST_F(CommandDispatcherTest, homeShowsTheLauncher)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    dispatcher.run(QStringLiteral("home"));
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 390 - 12, 36, 390, 760));
+}
