@@ -472,7 +472,9 @@ TEST_F(AndroidWindowSessionTest, theClipboardGoesOverWhenItHasChangedSinceTheWin
     // The same text copied again is another change.
     fakes.pasteboard->put(QStringLiteral("copied"));
     EXPECT_EQ(comeBack(), bytes::clipboard(3, false, QStringLiteral("copied")));
-    fakes.pasteboard->put(std::nullopt);
+    // Something that is no text.
+    const std::optional<QString> picture;
+    fakes.pasteboard->put(picture);
     EXPECT_EQ(comeBack(), QByteArray());
     fakes.pasteboard->put(QString());
     EXPECT_EQ(comeBack(), QByteArray());

@@ -382,7 +382,9 @@ TEST_F(VideoInputTest, pasteOfAnEmptyClipboardSendsNothingAndTakesNoNumber)
     press(Qt::Key_V, Qt::ControlModifier);
     fakes.pasteboard->put(QString());
     press(Qt::Key_V, Qt::ControlModifier);
-    fakes.pasteboard->put(std::nullopt);
+    // Something that is no text.
+    const std::optional<QString> picture;
+    fakes.pasteboard->put(picture);
     press(Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(sent(), QByteArray());
     fakes.pasteboard->put(QStringLiteral("x"));

@@ -40,6 +40,9 @@ protected:
         registry.reset();
         for (const auto &client : clients)
             EXPECT_TRUE(comesTrue(fakes, [&client] { return client.expired(); })) << "a client outlives its window";
+        // What is still set keeps the platform, and with it the clock that keeps it.
+        while (fakes.clock->advanceToNext())
+            fakes.settle();
     }
 
     AndroidWindowSession &open(QUuid id, const QString &name)
