@@ -2,6 +2,7 @@
 
 #include "LaunchFixture.h"
 #include "windows/ControlBytes.h"
+#include "windows/KeyboardFocus.h"
 
 using namespace quillnest;
 
@@ -102,6 +103,8 @@ TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
 {
     auto &session = open(addApp(QStringLiteral("Moon")));
     fakes.processes->on(QStringLiteral("grep ResumedActivity"), QByteArray(" u0 org.example.moon/.MainActivity\n"));
+    // A window that gets the keyboard sends the clipboard, which is not what this is about.
+    ASSERT_TRUE(giveKeyboard(fakes, session.panel()));
     loopback.connect(session.client());
     loopback.sent(session.client());
     run(QStringLiteral("back"));

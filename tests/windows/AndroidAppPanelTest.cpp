@@ -1,6 +1,6 @@
 #include "windows/AndroidAppPanel.h"
 
-#include "windows/LoopbackDevice.h"
+#include "windows/KeyboardFocus.h"
 #include "windows/Palette.h"
 
 #include <QTest>
@@ -31,15 +31,14 @@ protected:
     {
         auto panel = makePanel(resizing);
         panel->orderFront();
-        EXPECT_TRUE(comesTrue(fakes, [&] { return panel->isActiveWindow() && becameKey == 1; }));
+        EXPECT_TRUE(giveKeyboard(fakes, *panel));
+        EXPECT_EQ(becameKey, 1);
         return panel;
     }
     void takeKeyboard()
     {
         other.setGeometry(900, 700, 200, 100);
-        other.show();
-        other.activateWindow();
-        EXPECT_TRUE(comesTrue(fakes, [this] { return other.isActiveWindow(); }));
+        EXPECT_TRUE(giveKeyboard(fakes, other));
     }
 
     FakePlatform fakes = fakePlatform();
@@ -56,8 +55,8 @@ TEST_F(AndroidAppPanelTest, itTellsWhenItGetsAndWhenItLosesTheKeyboard)
     EXPECT_EQ(resignedKey, 0);
     takeKeyboard();
     EXPECT_TRUE(comesTrue(fakes, [this] { return resignedKey == 1; }));
-    panel->activateWindow();
-    EXPECT_TRUE(comesTrue(fakes, [this] { return becameKey == 2; }));
+    EXPECT_TRUE(giveKeyboard(fakes, *panel));
+    EXPECT_EQ(becameKey, 2);
     EXPECT_EQ(resignedKey, 1);
 }
 
@@ -78,8 +77,7 @@ TEST_F(AndroidAppPanelTest, aGrabThatGivesTheKeyboardBackIsNeverTold)
     const auto panel = openKey();
     fakes.screens->keepsKeys = true;
     takeKeyboard();
-    panel->activateWindow();
-    EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
+    EXPECT_TRUE(giveKeyboard(fakes, *panel));
     fakes.screens->keepsKeys = false;
     fakes.clock->advance(10s);
     EXPECT_EQ(resignedKey, 0);

@@ -315,7 +315,7 @@ TEST_F(AndroidWindowRegistryTest, theLauncherGoesWhenItLosesTheKeyboardOrIsClose
     registry->homePanel().makeContent = [] { return new QWidget; };
     registry->showMenuBarPopup(QPoint(50, 60));
     auto *panel = registry->homePanel().panel();
-    ASSERT_TRUE(waitFor([panel] { return panel->isActiveWindow(); }));
+    ASSERT_TRUE(giveKeyboard(fakes, *panel));
     takeKeyboard();
     EXPECT_TRUE(waitFor([panel] { return !panel->isVisible(); }));
     registry->showMenuBarPopup(QPoint(50, 60));

@@ -225,7 +225,7 @@ TEST_F(AndroidWindowSessionTest, aPinnedWindowStaysWhenItLosesTheKeyboard)
     setRecord(saved(true, 100, 100));
     auto &session = openKey();
     takeKeyboard();
-    EXPECT_TRUE(waitFor([&session] { return !session.panel().isActiveWindow(); }));
+    EXPECT_FALSE(session.panel().isActiveWindow());
     EXPECT_TRUE(session.panel().isVisible());
 }
 
@@ -234,7 +234,7 @@ TEST_F(AndroidWindowSessionTest, withoutAutoHideAWindowStaysWhenItLosesTheKeyboa
     fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
     auto &session = openKey();
     takeKeyboard();
-    EXPECT_TRUE(waitFor([&session] { return !session.panel().isActiveWindow(); }));
+    EXPECT_FALSE(session.panel().isActiveWindow());
     EXPECT_TRUE(session.panel().isVisible());
 }
 
@@ -463,7 +463,7 @@ TEST_F(AndroidWindowSessionTest, theClipboardGoesOverWhenItHasChangedSinceTheWin
     const auto comeBack = [&] {
         takeKeyboard();
         session.show();
-        EXPECT_TRUE(waitFor([&session] { return session.panel().isActiveWindow(); }));
+        EXPECT_TRUE(giveKeyboard(fakes, session.panel()));
         return device.sent(session.client());
     };
     fakes.pasteboard->put(QStringLiteral("copied"));

@@ -3,7 +3,7 @@
 #include "base/QuillnestLayout.h"
 #include "fakes/FakePlatform.h"
 #include "windows/AndroidWindowRegistry.h"
-#include "windows/LoopbackDevice.h"
+#include "windows/KeyboardFocus.h"
 #include "windows/WindowFakes.h"
 
 #include <QAbstractButton>
@@ -59,7 +59,7 @@ protected:
     AndroidWindowSession &openKey()
     {
         auto &session = open();
-        EXPECT_TRUE(waitFor([&session] { return session.panel().isActiveWindow(); }));
+        EXPECT_TRUE(giveKeyboard(fakes, session.panel()));
         return session;
     }
 
@@ -69,9 +69,7 @@ protected:
     void takeKeyboard()
     {
         other.setGeometry(900, 700, 200, 100);
-        other.show();
-        other.activateWindow();
-        EXPECT_TRUE(waitFor([this] { return other.isActiveWindow(); }));
+        EXPECT_TRUE(giveKeyboard(fakes, other));
     }
 
     /// Time goes on, with everything that happens on the way.
