@@ -158,6 +158,16 @@ TEST_F(AppLibraryStoreTest, entriesOfTheSameShownNameKeepTheirStoredOrder)
             QStringLiteral("Aaa"), QStringLiteral("App 3.0"), QStringLiteral("app 1.0"), QStringLiteral("APP 2.0")}));
 }
 
+TEST_F(AppLibraryStoreTest, aLongLibraryKeepsItsStoredOrderToo)
+{
+    QStringList expected;
+    for (int version = 0; version < 40; ++version) {
+        expected.append(QStringLiteral("App %1.0").arg((version * 7) % 40));
+        addApp(expected.back());
+    }
+    EXPECT_EQ(names(store->orderedApps()), expected);
+}
+
 TEST_F(AppLibraryStoreTest, anEmptySearchGivesTheStoredOrder)
 {
     for (const auto *label : {"Zebra", "Apple", "Moon"})

@@ -31,17 +31,19 @@ protected:
 TEST_F(CommandDispatcherTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingElse)
 {
     addApp(QStringLiteral("Moon"));
+    registry->homePanel().makeContent = [] { return new QWidget; };
     fakes.processes->forget();
     const auto keys = fakes.settings->keys();
     for (const auto *text :
-         {"", "no command", "open", "open Moon", "Open:Moon", " open:Moon", "themes:x", "theme", "back ",
-          "hide:", "close-all:Moon", "android-version:abc", "shortcut:x", "pin:"}) {
+         {"", "no command", "open", "open Moon", "Open:Moon", " open:Moon", "themes:x", "theme", "back ", "home ",
+          "homes", "adblock-on:", "hide:", "close-all:Moon", "android-version:abc", "shortcut:x", "pin:"}) {
         run(QString::fromUtf8(text));
         EXPECT_EQ(logLines().last(), QStringLiteral("command %1").arg(QLatin1String(text)));
     }
     EXPECT_TRUE(fakes.processes->calls().empty());
     EXPECT_EQ(fakes.settings->keys(), keys);
     EXPECT_EQ(store->launchingAppID(), std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
 }
 
 TEST_F(CommandDispatcherTest, openTakesTheFirstMatchInStoredOrder)

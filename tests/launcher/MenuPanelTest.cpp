@@ -1,6 +1,6 @@
 #include "launcher/MenuPanel.h"
 
-#include "CoreFixture.h"
+#include "LaunchFixture.h"
 #include "launcher/AppTile.h"
 #include "launcher/Glyph.h"
 #include "windows/Palette.h"
@@ -18,7 +18,7 @@ namespace
 {
 
 /// The panel on a store whose launches wait, so that what a click begins stays on show.
-class MenuPanelTest : public CoreFixture
+class MenuPanelTest : public LaunchFixture
 {
 protected:
     MenuPanelTest()
@@ -178,6 +178,22 @@ TEST_F(MenuPanelTest, theTileOfALaunchIsMarked)
     EXPECT_EQ(look(QStringLiteral("Star")), other);
     EXPECT_TRUE(shows(QStringLiteral("Starting Moon…")));
     EXPECT_TRUE(shows(QStringLiteral("Starting…")));
+}
+
+TEST_F(MenuPanelTest, theTileOfAnAppIsMarkedAsLongAsItRuns)
+{
+    deviceIsUp();
+    *cleaning = false;
+    const auto moon = addApp(QStringLiteral("Moon"));
+    // At the lower right corner of the icon.
+    const auto isMarked = [this] { return look(QStringLiteral("Moon")).pixelColor(67, 63) == QColor(0x30B858); };
+    EXPECT_FALSE(isMarked());
+    open(moon);
+    ASSERT_TRUE(waitFor([this] { return !store->launchingAppID(); }));
+    EXPECT_TRUE(isMarked());
+    registry->closeAll();
+    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    EXPECT_FALSE(isMarked());
 }
 
 TEST_F(MenuPanelTest, aTileShowsWhetherItsAppRunsAndALaunchComesFirst)
