@@ -1,12 +1,14 @@
 #include "platform/desktop/FileSettingsStore.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMetaObject>
+#include <QThread>
 #include <QThreadPool>
 
 #include <fcntl.h>
@@ -201,8 +203,7 @@ void FileSettingsStore::change(const QString &key, const std::optional<QVariant>
                 m_values.insert(key, stored);
             else
                 m_values.remove(key);
-            if (write())
-                QMetaObject::invokeMethod(&m_syncTimer, qOverload<>(&QTimer::start));
+            write();
             changed.append(key);
         }
     }
@@ -299,10 +300,27 @@ void FileSettingsStore::announce(const QStringList &keys)
 {
     if (keys.isEmpty())
         return;
-    QMetaObject::invokeMethod(this, [this, keys] {
-        for (const auto &key : keys)
-            Q_EMIT changed(key);
-    });
+    if (QThread::currentThread() != thread()) {
+        {
+            const std::scoped_lock guard(m_lock);
+            m_unannounced.append(keys);
+        }
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        return;
+    }
+    m_syncTimer.start();
+    for (const auto &key : keys)
+        Q_EMIT changed(key);
+}
+
+void FileSettingsStore::customEvent(QEvent *)
+{
+    QStringList keys;
+    {
+        const std::scoped_lock guard(m_lock);
+        keys.swap(m_unannounced);
+    }
+    announce(keys);
 }
 
 void FileSettingsStore::fileMayHaveChanged()

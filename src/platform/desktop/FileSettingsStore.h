@@ -48,7 +48,9 @@ private:
     void setSeen(int descriptor);
     bool write();
     Stamp stamp() const;
+    /// Emits `changed` for each key: at once on the main thread, and by way of it from any other.
     void announce(const QStringList &keys);
+    void customEvent(QEvent *event) override;
     void fileMayHaveChanged();
 
     const QString m_path;
@@ -58,6 +60,8 @@ private:
     /// The file last seen, kept open: as long as it is, no other file can be given its number.
     int m_seen = -1;
     std::optional<QString> m_damaged;
+    /// What other threads changed and the main thread has yet to announce.
+    QStringList m_unannounced;
     QFileSystemWatcher m_watcher;
     QTimer m_syncTimer;
 };

@@ -1,5 +1,8 @@
 #include "platform/desktop/QtExecutor.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 #include <pthread.h>
 
 #include <condition_variable>
@@ -77,7 +80,29 @@ private:
 
 } // namespace
 
-QtExecutor::QtExecutor()
+void QtExecutor::Handover::put(std::function<void()> work)
+{
+    const std::scoped_lock guard(m_lock);
+    m_waiting.push_back(std::move(work));
+}
+
+void QtExecutor::Handover::runNext()
+{
+    std::function<void()> work;
+    {
+        const std::scoped_lock guard(m_lock);
+        work = std::move(m_waiting.front());
+        m_waiting.pop_front();
+    }
+    work();
+}
+
+void QtExecutor::MainContext::customEvent(QEvent *)
+{
+    m_handover.runNext();
+}
+
+QtExecutor::QtExecutor() : m_context(m_main)
 {
     // Workers mostly wait for child processes, so there may be many more of them than processors.
     m_pool.setMaxThreadCount(64);
@@ -91,12 +116,14 @@ QtExecutor::~QtExecutor()
 
 void QtExecutor::onMain(std::function<void()> work)
 {
-    QMetaObject::invokeMethod(&m_context, std::move(work), Qt::QueuedConnection);
+    m_main.put(std::move(work));
+    QCoreApplication::postEvent(&m_context, new QEvent(QEvent::User));
 }
 
 void QtExecutor::inBackground(std::function<void()> work)
 {
-    m_pool.start(std::move(work));
+    m_background.put(std::move(work));
+    m_pool.start([this] { m_background.runNext(); });
 }
 
 std::unique_ptr<SerialQueue> QtExecutor::serialQueue(const char *label)

@@ -5,6 +5,9 @@
 #include <QObject>
 #include <QThreadPool>
 
+#include <deque>
+#include <mutex>
+
 namespace quillnest
 {
 
@@ -20,7 +23,33 @@ public:
     std::unique_ptr<SerialQueue> serialQueue(const char *label) override;
 
 private:
-    QObject m_context;
+    /// Closures on their way to the thread that runs them. Qt is only told that there is one more: it orders threads by
+    /// means that a thread sanitizer doesn't know, and this lock is one that it does.
+    class Handover
+    {
+    public:
+        void put(std::function<void()> work);
+        void runNext();
+
+    private:
+        std::mutex m_lock;
+        std::deque<std::function<void()>> m_waiting;
+    };
+
+    /// Takes one closure for each event that it gets.
+    class MainContext : public QObject
+    {
+    public:
+        explicit MainContext(Handover &handover) : m_handover(handover) { }
+        void customEvent(QEvent *event) override;
+
+    private:
+        Handover &m_handover;
+    };
+
+    Handover m_main;
+    Handover m_background;
+    MainContext m_context;
     QThreadPool m_pool;
 };
 
