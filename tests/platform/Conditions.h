@@ -56,6 +56,12 @@ inline int openStreams()
 /// How many threads this process has, without the pool's, which stay a while for the next piece of work.
 inline int ownThreads()
 {
+    // A sanitizer starts a thread of its own together with a program's first one.
+    static const bool warm = [] {
+        std::thread([] {}).join();
+        return true;
+    }();
+    Q_UNUSED(warm);
     int count = 0;
     const QDir folder(QStringLiteral("/proc/self/task"));
     for (const auto &entry : folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {

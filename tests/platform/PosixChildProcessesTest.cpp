@@ -1,8 +1,8 @@
 #include "platform/linux/PosixChildProcesses.h"
 
 #include "platform/Conditions.h"
+#include "platform/Semaphore.h"
 
-#include <QSemaphore>
 #include <QTemporaryDir>
 
 #include <fcntl.h>
@@ -26,7 +26,7 @@ ChildCommand shell(const QString &script, const QStringList &arguments = {})
 
 /// Collects what a started child reports.
 struct Report {
-    QSemaphore ended;
+    Semaphore ended;
     QByteArray output;
     int status = -1;
     int exits = 0;
@@ -51,7 +51,7 @@ struct Report {
                 ended.release();
             }};
     }
-    bool waitForEnd() { return ended.tryAcquire(1, 30000); }
+    bool waitForEnd() { return ended.tryAcquire(1); }
     QByteArray soFar()
     {
         const std::scoped_lock guard(lock);
@@ -352,7 +352,7 @@ TEST_F(PosixChildProcessesTest, hundredsOfChildrenLeaveNothingBehind)
     const QDir descriptors(QStringLiteral("/proc/self/fd"));
     const auto all = [&] { return descriptors.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size(); };
     const auto before = all();
-    QSemaphore ended;
+    Semaphore ended;
     constexpr int count = 150;
     for (int i = 0; i < count; ++i) {
         EXPECT_EQ(processes.run(shell(QStringLiteral("exit 0"))).status, 0);
@@ -361,7 +361,7 @@ TEST_F(PosixChildProcessesTest, hundredsOfChildrenLeaveNothingBehind)
         EXPECT_THROW(
             processes.start(ChildCommand{.program = QStringLiteral("/no/such/program"), .arguments = {}}), LaunchError);
     }
-    ASSERT_TRUE(ended.tryAcquire(count, 60000));
+    ASSERT_TRUE(ended.tryAcquire(count));
     EXPECT_TRUE(comesTrueWithoutMain([&] { return ownThreads() <= threads; }));
     EXPECT_LE(openStreams(), streams);
     EXPECT_TRUE(comesTrueWithoutMain([&] { return all() <= before; })) << all() << " descriptors, " << before;

@@ -1,8 +1,8 @@
 #include "platform/desktop/QtExecutor.h"
 
 #include "platform/Conditions.h"
+#include "platform/Semaphore.h"
 
-#include <QSemaphore>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -11,9 +11,9 @@ using namespace quillnest;
 
 TEST(QtExecutorTest, onMainRunsLaterOnTheMainThreadInTheOrderOfTheCalls)
 {
-    QtExecutor executor;
     std::vector<int> order;
     bool elsewhere = false;
+    QtExecutor executor;
     for (int i = 0; i < 100; ++i) {
         executor.onMain([&, i, main = QThread::currentThread()] {
             order.push_back(i);
@@ -28,9 +28,9 @@ TEST(QtExecutorTest, onMainRunsLaterOnTheMainThreadInTheOrderOfTheCalls)
 
 TEST(QtExecutorTest, onMainFromOtherThreadsKeepsEachThreadsOrder)
 {
-    QtExecutor executor;
     std::vector<std::vector<int>> seen(4);
     std::vector<std::thread> threads;
+    QtExecutor executor;
     for (std::size_t thread = 0; thread < seen.size(); ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < 500; ++i)
@@ -48,8 +48,8 @@ TEST(QtExecutorTest, onMainFromOtherThreadsKeepsEachThreadsOrder)
 
 TEST(QtExecutorTest, workOnMainMayPostMore)
 {
-    QtExecutor executor;
     std::vector<int> order;
+    QtExecutor executor;
     executor.onMain([&] {
         executor.onMain([&] { order.push_back(3); });
         order.push_back(1);
@@ -61,38 +61,42 @@ TEST(QtExecutorTest, workOnMainMayPostMore)
 
 TEST(QtExecutorTest, backgroundRunsElsewhere)
 {
-    QtExecutor executor;
-    QSemaphore done;
+    Semaphore done;
     QThread *where = nullptr;
+    QtExecutor executor;
     executor.inBackground([&] {
         where = QThread::currentThread();
         done.release();
     });
-    ASSERT_TRUE(done.tryAcquire(1, 30000));
+    ASSERT_TRUE(done.tryAcquire(1));
     EXPECT_NE(where, QThread::currentThread());
 }
 
 TEST(QtExecutorTest, backgroundGrowsForWorkersThatWait)
 {
-    QtExecutor executor;
-    QSemaphore waiting;
-    QSemaphore release;
+    // In front of the executor, which waits for its workers at its end.
+    Semaphore waiting;
+    Semaphore release;
+    Semaphore done;
     constexpr int workers = 32;
+    QtExecutor executor;
     for (int i = 0; i < workers; ++i) {
         executor.inBackground([&] {
             waiting.release();
             release.acquire();
+            done.release();
         });
     }
-    EXPECT_TRUE(waiting.tryAcquire(workers, 30000)) << "work waits for other work to end";
+    EXPECT_TRUE(waiting.tryAcquire(workers)) << "work waits for other work to end";
     release.release(workers);
+    EXPECT_TRUE(done.tryAcquire(workers));
 }
 
 TEST(QtExecutorTest, endOfTheExecutorWaitsForItsWork)
 {
     std::atomic_bool done = false;
-    QSemaphore begun;
-    QSemaphore release;
+    Semaphore begun;
+    Semaphore release;
     auto executor = std::make_unique<QtExecutor>();
     executor->inBackground([&] {
         begun.release();
@@ -107,12 +111,12 @@ TEST(QtExecutorTest, endOfTheExecutorWaitsForItsWork)
 
 TEST(QtExecutorTest, serialQueueKeepsTheOrderAndRunsOneAtATime)
 {
-    QtExecutor executor;
-    const auto queue = executor.serialQueue("test.queue");
     std::vector<int> order;
     std::atomic_int running = 0;
     std::atomic_bool overlapped = false;
-    QSemaphore done;
+    Semaphore done;
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
     for (int i = 0; i < 1000; ++i) {
         queue->post([&, i] {
             overlapped = overlapped || ++running != 1;
@@ -121,18 +125,18 @@ TEST(QtExecutorTest, serialQueueKeepsTheOrderAndRunsOneAtATime)
             done.release();
         });
     }
-    ASSERT_TRUE(done.tryAcquire(1000, 30000));
+    ASSERT_TRUE(done.tryAcquire(1000));
     EXPECT_FALSE(overlapped);
     EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(QtExecutorTest, serialQueueTakesWorkFromSeveralThreads)
 {
+    std::vector<std::vector<int>> seen(4);
+    Semaphore done;
+    std::vector<std::thread> threads;
     QtExecutor executor;
     const auto queue = executor.serialQueue("test.queue");
-    std::vector<std::vector<int>> seen(4);
-    QSemaphore done;
-    std::vector<std::thread> threads;
     for (std::size_t thread = 0; thread < seen.size(); ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < 500; ++i) {
@@ -143,7 +147,7 @@ TEST(QtExecutorTest, serialQueueTakesWorkFromSeveralThreads)
             }
         });
     }
-    ASSERT_TRUE(done.tryAcquire(4 * 500, 30000));
+    ASSERT_TRUE(done.tryAcquire(4 * 500));
     for (auto &thread : threads)
         thread.join();
     for (const auto &one : seen)
@@ -152,13 +156,13 @@ TEST(QtExecutorTest, serialQueueTakesWorkFromSeveralThreads)
 
 TEST(QtExecutorTest, droppedQueueWaitsForTheRunningClosureAndDiscardsTheRest)
 {
-    QtExecutor executor;
-    auto queue = executor.serialQueue("test.queue");
-    QSemaphore begun;
-    QSemaphore release;
+    Semaphore begun;
+    Semaphore release;
     std::atomic_bool finished = false;
     std::atomic_int others = 0;
     const auto owned = std::make_shared<int>(1);
+    QtExecutor executor;
+    auto queue = executor.serialQueue("test.queue");
     queue->post([&] {
         begun.release();
         release.acquire();
@@ -179,36 +183,56 @@ TEST(QtExecutorTest, droppedQueueWaitsForTheRunningClosureAndDiscardsTheRest)
 
 TEST(QtExecutorTest, closureIsDestroyedBeforeTheNextOneBegins)
 {
-    QtExecutor executor;
-    const auto queue = executor.serialQueue("test.queue");
     auto owned = std::make_shared<int>(1);
     const std::weak_ptr<int> watched = owned;
     bool gone = false;
-    QSemaphore done;
+    Semaphore done;
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
     queue->post([owned] {});
     owned.reset();
     queue->post([&] {
         gone = watched.expired();
         done.release();
     });
-    ASSERT_TRUE(done.tryAcquire(1, 30000));
+    ASSERT_TRUE(done.tryAcquire(1));
     EXPECT_TRUE(gone);
+}
+
+namespace
+{
+/// What a closure owns may have a destructor that posts once more.
+struct Poster {
+    SerialQueue *queue = nullptr;
+    Semaphore *posted = nullptr;
+    ~Poster()
+    {
+        queue->post([semaphore = posted] {
+            if (semaphore)
+                semaphore->release();
+        });
+    }
+};
+} // namespace
+
+TEST(QtExecutorTest, closureThatRanMayPostOnItsWayOut)
+{
+    Semaphore posted;
+    auto poster = std::make_shared<Poster>();
+    QtExecutor executor;
+    const auto queue = executor.serialQueue("test.queue");
+    poster->queue = queue.get();
+    poster->posted = &posted;
+    queue->post([poster = std::move(poster)] {});
+    EXPECT_TRUE(posted.tryAcquire(1));
 }
 
 TEST(QtExecutorTest, discardedClosureMayPostToTheQueueThatIsGoing)
 {
-    // What a closure owns may have a destructor that posts once more.
-    struct Poster {
-        SerialQueue *queue = nullptr;
-        ~Poster()
-        {
-            queue->post([] {});
-        }
-    };
+    Semaphore begun;
+    Semaphore release;
     QtExecutor executor;
     auto queue = executor.serialQueue("test.queue");
-    QSemaphore begun;
-    QSemaphore release;
     queue->post([&] {
         begun.release();
         release.acquire();

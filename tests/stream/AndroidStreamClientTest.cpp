@@ -1,7 +1,7 @@
 #include "StreamTest.h"
+#include "platform/Semaphore.h"
 
 #include <QRegularExpression>
-#include <QSemaphore>
 #include <QSet>
 
 using namespace quillnest;
@@ -436,8 +436,8 @@ TEST_F(AndroidStreamClientTest, stopWhileStreamingClosesEverythingAndTheReaderRe
 
 TEST_F(AndroidStreamClientTest, stopWhilePushing)
 {
-    QSemaphore pushing;
-    QSemaphore release;
+    Semaphore pushing;
+    Semaphore release;
     fakes.processes->on(QStringLiteral("push"), [&](const ChildCommand &) {
         pushing.release();
         release.acquire();
