@@ -86,7 +86,7 @@ TEST_F(QuillnestAppTest, serversThatAnEarlierRunLeftOnThisSideAreEnded)
     EXPECT_TRUE(fakes.processes->lines().contains(QStringLiteral("/usr/bin/pkill -f com.genymobile.scrcpy.Server")));
 }
 
-TEST_F(QuillnestAppTest, aMissingHelperDoesNotStopTheStart)
+TEST_F(QuillnestAppTest, aMissingProgramDoesNotStopTheStart)
 {
     fakes.processes->on(
         QStringLiteral("/usr/bin/pkill"), ScriptedProcesses::Answer{{}, -1, QStringLiteral("no such file")});
