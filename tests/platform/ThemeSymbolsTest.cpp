@@ -44,6 +44,17 @@ TEST(ThemeSymbolsTest, everySymbolIsPaintedInTheColourAskedFor)
     }
 }
 
+TEST(ThemeSymbolsTest, aLookIsDrawnOnceAndEachLookIsItsOwn)
+{
+    const ThemeSymbols symbols;
+    const auto name = QStringLiteral("pin");
+    const auto first = symbols.pixmap(name, 16, Qt::black, 1.0);
+    EXPECT_EQ(symbols.pixmap(name, 16, Qt::black, 1.0).cacheKey(), first.cacheKey());
+    EXPECT_NE(symbols.pixmap(name, 16, Qt::red, 1.0).toImage(), first.toImage());
+    EXPECT_EQ(symbols.pixmap(name, 20, Qt::black, 1.0).size(), QSize(20, 20));
+    EXPECT_EQ(symbols.pixmap(name, 16, Qt::black, 2.0).size(), QSize(32, 32));
+}
+
 TEST(ThemeSymbolsTest, sizeIsRoundedToWholePixels)
 {
     const auto pixmap = ThemeSymbols().pixmap(QStringLiteral("xmark"), 15, Qt::black, 1.5);

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QHash>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QStandardPaths>
 #include <QSvgRenderer>
 
@@ -40,6 +41,11 @@ QString themeFile(const QString &name)
 
 QPixmap ThemeSymbols::pixmap(const QString &name, int points, const QColor &color, double scale) const
 {
+    // Buttons ask at every paint; the theme's file is read and drawn once for each look.
+    const auto key = QStringLiteral("symbol %1 %2 %3 %4").arg(name).arg(points).arg(color.rgba(), 0, 16).arg(scale);
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap))
+        return pixmap;
     const auto path = themeFile(name);
     if (path.isEmpty())
         return {};
@@ -53,8 +59,9 @@ QPixmap ThemeSymbols::pixmap(const QString &name, int points, const QColor &colo
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(image.rect(), color);
     painter.end();
-    auto pixmap = QPixmap::fromImage(image);
+    pixmap = QPixmap::fromImage(image);
     pixmap.setDevicePixelRatio(scale);
+    QPixmapCache::insert(key, pixmap);
     return pixmap;
 }
 
