@@ -64,6 +64,32 @@ bool isGone(qint64 pid)
     return ::kill(static_cast<pid_t>(pid), 0) != 0;
 }
 
+/// What this process holds, and a look whether it holds no more later.
+class Before
+{
+public:
+    void expectAgain() const
+    {
+        EXPECT_TRUE(comesTrueWithoutMain([this] { return ownThreads() <= m_threads; })) << ownThreads() << " threads";
+        EXPECT_LE(openStreams(), m_streams);
+        EXPECT_TRUE(comesTrueWithoutMain([this] { return descriptors() <= m_descriptors; }))
+            << descriptors() << " descriptors, " << m_descriptors << " before";
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was not reaped";
+        EXPECT_EQ(errno, ECHILD);
+    }
+
+private:
+    static qsizetype descriptors()
+    {
+        const QDir folder(QStringLiteral("/proc/self/fd"));
+        return folder.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size();
+    }
+
+    const int m_streams = openStreams();
+    const int m_threads = ownThreads();
+    const qsizetype m_descriptors = descriptors();
+};
+
 class PosixChildProcessesTest : public ::testing::Test
 {
 protected:
@@ -347,11 +373,7 @@ TEST_F(PosixChildProcessesTest, startedChildWithoutOutput)
 
 TEST_F(PosixChildProcessesTest, hundredsOfChildrenLeaveNothingBehind)
 {
-    const int streams = openStreams();
-    const int threads = ownThreads();
-    const QDir descriptors(QStringLiteral("/proc/self/fd"));
-    const auto all = [&] { return descriptors.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size(); };
-    const auto before = all();
+    const Before before;
     Semaphore ended;
     constexpr int count = 150;
     for (int i = 0; i < count; ++i) {
@@ -362,11 +384,24 @@ TEST_F(PosixChildProcessesTest, hundredsOfChildrenLeaveNothingBehind)
             processes.start(ChildCommand{.program = QStringLiteral("/no/such/program"), .arguments = {}}), LaunchError);
     }
     ASSERT_TRUE(ended.tryAcquire(count));
-    EXPECT_TRUE(comesTrueWithoutMain([&] { return ownThreads() <= threads; }));
-    EXPECT_LE(openStreams(), streams);
-    EXPECT_TRUE(comesTrueWithoutMain([&] { return all() <= before; })) << all() << " descriptors, " << before;
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was not reaped";
-    EXPECT_EQ(errno, ECHILD);
+    before.expectAgain();
+}
+
+TEST_F(PosixChildProcessesTest, tenThousandChildrenLeaveNothingBehind)
+{
+    const ChildCommand echo{.program = QStringLiteral("/bin/echo"), .arguments = {QStringLiteral("x")}};
+    const Before before;
+    Semaphore ended;
+    constexpr int rounds = 100;
+    constexpr int together = 50;
+    for (int round = 0; round < rounds; ++round) {
+        for (int i = 0; i < together; ++i)
+            processes.start(echo, {{}, [&ended](int) { ended.release(); }});
+        for (int i = 0; i < together; ++i)
+            ASSERT_EQ(processes.run(echo).output, "x\n");
+        ASSERT_TRUE(ended.tryAcquire(together));
+    }
+    before.expectAgain();
 }
 
 TEST_F(PosixChildProcessesTest, severalThreadsAtOnce)
