@@ -22,6 +22,7 @@ constexpr auto processPoll = 500ms;
 constexpr int dyingDeviceRounds = 30;
 constexpr int dyingProcessRounds = 30;
 constexpr int bootRounds = 240;
+constexpr int lostDeviceRounds = 15;
 constexpr int networkRounds = 30;
 } // namespace
 
@@ -172,9 +173,16 @@ void EmulatorBoot::launchEmulator()
 
 Task<> EmulatorBoot::waitForBoot(Self self)
 {
-    for (int round = 0; round < bootRounds; ++round) {
+    int roundsWithoutDevice = 0;
+    for (int round = 0; round < bootRounds && roundsWithoutDevice < lostDeviceRounds; ++round) {
         if (co_await ask(self, &AndroidCommands::deviceIsBooted))
             co_return;
+        // With no emulator of ours and nothing that adb would list, nobody is left who might boot. A launcher that
+        // ends while its device comes up, or an adb that starts anew, is back within a few rounds.
+        bool isThere = self->emulatorIsRunning();
+        if (!isThere)
+            isThere = co_await ask(self, &AndroidCommands::deviceIsListed);
+        roundsWithoutDevice = isThere ? 0 : roundsWithoutDevice + 1;
         co_await pause(self, poll);
     }
     throw AndroidRuntimeError::bootTimeout();

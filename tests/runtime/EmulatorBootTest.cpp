@@ -271,6 +271,41 @@ TEST_F(EmulatorBootTest, anEmulatorThatEndedIsStartedAgain)
     EXPECT_EQ(launches(), 2);
 }
 
+TEST_F(EmulatorBootTest, aDeviceThatIsLostInMidBootIsGivenUpSoon)
+{
+    device.looksUntilBooted = 1000000;
+    const auto begin = fakes.clock->monotonic();
+    fakes.clock->later(20s, [this] {
+        device.listed = false;
+        fakes.processes->children().at(0)->exit(137);
+    });
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::bootTimeout);
+    EXPECT_LE(fakes.clock->monotonic() - begin, 20s + 16s);
+    device = {};
+    boot();
+    EXPECT_EQ(launches(), 2);
+}
+
+TEST_F(EmulatorBootTest, aDeviceOfAnEarlierRunThatIsLostInMidBootIsGivenUpSoon)
+{
+    device = {.listed = true, .looksUntilBooted = 1000000};
+    const auto begin = fakes.clock->monotonic();
+    fakes.clock->later(20s, [this] { device.listed = false; });
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::bootTimeout);
+    EXPECT_LE(fakes.clock->monotonic() - begin, 20s + 16s);
+}
+
+TEST_F(EmulatorBootTest, aDeviceWhoseLauncherHasEndedIsWaitedFor)
+{
+    device.looksUntilBooted = 100;
+    fakes.processes->onStart(QStringLiteral("emulator/emulator"), [this](ScriptedChild &child) {
+        child.exit(0);
+        fakes.clock->later(10s, [this] { device.listed = true; });
+    });
+    boot();
+    EXPECT_EQ(launches(), 1);
+}
+
 TEST_F(EmulatorBootTest, aDeviceThatIsStillListedAfterItsEmulatorDiedIsStartedAgain)
 {
     boot();
