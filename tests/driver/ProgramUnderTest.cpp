@@ -52,9 +52,14 @@ QString ProgramUnderTest::logFolder() const
     return m_desktop.environment().value(QStringLiteral("XDG_STATE_HOME")) + QStringLiteral("/Quillnest/Logs");
 }
 
+QString ProgramUnderTest::deviceFolder() const
+{
+    return dataFolder() + QStringLiteral("/Runtime/avd/Quillnest.avd");
+}
+
 QString ProgramUnderTest::deviceSocket() const
 {
-    return dataFolder() + QStringLiteral("/Runtime/avd/Quillnest.avd/standin.sock");
+    return deviceFolder() + QStringLiteral("/standin.sock");
 }
 
 void ProgramUnderTest::start(const QStringList &arguments)
@@ -114,6 +119,12 @@ void ProgramUnderTest::post(const QString &command) const
 QByteArray ProgramUnderTest::ctl(const QStringList &arguments) const
 {
     return m_desktop.run(program(QStringLiteral("quillnestctl")), arguments);
+}
+
+void ProgramUnderTest::setSetting(const QString &key, const QJsonValue &value) const
+{
+    const auto list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    ctl({QStringLiteral("settings"), QStringLiteral("set"), key, QString::fromUtf8(list.sliced(1, list.size() - 2))});
 }
 
 QJsonObject ProgramUnderTest::state() const
@@ -197,6 +208,21 @@ bool ProgramUnderTest::isDeviceRunning() const
     QTcpSocket socket;
     socket.connectToHost(QStringLiteral("127.0.0.1"), consolePort);
     return socket.waitForConnected(2000);
+}
+
+void ProgramUnderTest::endDevice() const
+{
+    // It goes without an answer.
+    const auto end = m_desktop.start(
+        program(QStringLiteral("standinctl")), {QStringLiteral("--socket"), deviceSocket(), QStringLiteral("die")});
+    end->waitForFinished(5000);
+}
+
+void ProgramUnderTest::configureDevice(const QJsonObject &configuration) const
+{
+    QFile file(deviceFolder() + QStringLiteral("/standin.json"));
+    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(configuration).toJson()) < 0)
+        throw DriverError(QStringLiteral("the device can't be configured"));
 }
 
 void ProgramUnderTest::noteAdbCalls() const

@@ -33,6 +33,8 @@ public:
 
     void post(const QString &command) const;
     QByteArray ctl(const QStringList &arguments) const;
+    /// Writes a setting, whether the program runs or not.
+    void setSetting(const QString &key, const QJsonValue &value) const;
 
     /// The program's own report; empty while it doesn't answer.
     QJsonObject state() const;
@@ -52,6 +54,10 @@ public:
     QJsonObject device() const;
     void deviceControl(const QStringList &arguments) const;
     bool isDeviceRunning() const;
+    /// The device is gone at once, as if its machine had lost its power.
+    void endDevice() const;
+    /// How the device starts the next time: "bootSeconds" and "faults".
+    void configureDevice(const QJsonObject &configuration) const;
 
     /// From now on every run of adb by the program is noted.
     struct AdbCall {
@@ -65,6 +71,7 @@ public:
     QString dataFolder() const;
 
 private:
+    QString deviceFolder() const;
     QString deviceSocket() const;
 
     TestDesktop &m_desktop;

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QThread>
@@ -89,14 +90,7 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
     set("DISPLAY", QLatin1Char(':') + QString::fromLatin1(xServer->readAllStandardOutput().trimmed()));
     m_services.push_back(std::move(xServer));
 
-    auto bus = start(
-        QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-    if (!bus->waitForReadyRead(20000))
-        throw DriverError(QStringLiteral("the session bus does not start"));
-    set("DBUS_SESSION_BUS_ADDRESS", QString::fromLatin1(bus->readAllStandardOutput().trimmed()));
-    m_services.push_back(std::move(bus));
-
+    startBus();
     startService(QStringLiteral("openbox"), {});
     if (m_options.sound) {
         const auto socket = m_root.filePath(QStringLiteral("run/sound"));
@@ -115,6 +109,48 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
         probe->waitForFinished();
         return probe->readAllStandardOutput().contains("window id");
     });
+}
+
+void TestDesktop::startBus()
+{
+    // The usual configuration would start whatever service this machine happens to have.
+    const auto services = m_root.filePath(QStringLiteral("services"));
+    QDir().mkpath(services);
+    if (m_options.portal) {
+        for (const auto &name :
+             {"org.freedesktop.portal.Desktop", "org.freedesktop.impl.portal.desktop.gtk", "ca.desrt.dconf"}) {
+            const auto file = QStringLiteral("/usr/share/dbus-1/services/%1.service").arg(QLatin1String(name));
+            if (!QFile::copy(file, services + QLatin1Char('/') + QFileInfo(file).fileName()))
+                throw DriverError(QStringLiteral("%1 is not installed").arg(file));
+        }
+    }
+    QFile configuration(m_root.filePath(QStringLiteral("bus.conf")));
+    if (!configuration.open(QIODevice::WriteOnly))
+        throw DriverError(QStringLiteral("the session bus can't be configured"));
+    configuration.write(QStringLiteral(R"(<busconfig>
+  <type>session</type>
+  <listen>unix:dir=%1</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>%2</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)")
+                            .arg(m_environment.value(QStringLiteral("XDG_RUNTIME_DIR")), services)
+                            .toUtf8());
+    configuration.close();
+    auto bus = start(
+        QStringLiteral("dbus-daemon"),
+        {QStringLiteral("--config-file=") + configuration.fileName(), QStringLiteral("--nofork"),
+         QStringLiteral("--print-address")});
+    if (!bus->waitForReadyRead(20000))
+        throw DriverError(QStringLiteral("the session bus does not start"));
+    m_environment.insert(
+        QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromLatin1(bus->readAllStandardOutput().trimmed()));
+    m_services.push_back(std::move(bus));
 }
 
 TestDesktop::~TestDesktop()

@@ -39,6 +39,9 @@ public:
         /// Pixels per point.
         double scale = 2;
         bool sound = true;
+        /// The settings portal, with GNOME's settings behind it. Without it nobody on the bus answers for the
+        /// desktop's appearance, whatever is installed.
+        bool portal = false;
     };
 
     explicit TestDesktop(Options options);
@@ -85,6 +88,7 @@ public:
 
 private:
     void releaseClipboard();
+    void startBus();
     qint64 startService(const QString &program, const QStringList &arguments);
 
     Options m_options;

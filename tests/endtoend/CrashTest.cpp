@@ -48,11 +48,7 @@ TEST_F(CrashTest, aDeviceThatDiesTakesTheWindowWithItAndTheNextClickBootsAgain)
 {
     program.start();
     openTide();
-    const auto end = desktop.start(
-        ProgramUnderTest::program(QStringLiteral("standinctl")),
-        {QStringLiteral("--socket"), program.dataFolder() + QStringLiteral("/Runtime/avd/Quillnest.avd/standin.sock"),
-         QStringLiteral("die")});
-    end->waitForFinished(5000);
+    program.endDevice();
     waitForNoWindow();
     waitForStatus(QStringLiteral("Closed Tide"));
     ASSERT_FALSE(program.isDeviceRunning());

@@ -13,7 +13,8 @@ namespace quillnest::driver
 class EndToEnd : public ::testing::Test
 {
 protected:
-    EndToEnd() : program(desktop) { }
+    EndToEnd() : EndToEnd(TestDesktop::Options{}) { }
+    explicit EndToEnd(TestDesktop::Options options) : desktop(options), program(desktop) { }
 
     ~EndToEnd() override
     {
@@ -25,6 +26,13 @@ protected:
     }
 
     static QJsonArray windows(const QJsonObject &state) { return state.value(QStringLiteral("windows")).toArray(); }
+
+    static QString text(const QJsonObject &object, const char *key)
+    {
+        return object.value(QLatin1String(key)).toString();
+    }
+
+    void set(const QString &key, const QJsonValue &value) const { program.setSetting(key, value); }
 
     void waitForStatus(const QString &status, double seconds = 30) const
     {
@@ -39,6 +47,24 @@ protected:
         waitFor(QStringLiteral("\"%1\" in the log").arg(text), seconds, [this, &text] {
             return program.log().contains(text);
         });
+    }
+
+    /// What adb was called with since `noteAdbCalls`, oldest first.
+    QStringList adbCommands() const
+    {
+        QStringList commands;
+        for (const auto &call : program.adbCalls())
+            commands += call.arguments;
+        return commands;
+    }
+    qsizetype adbCommands(const QString &part) const { return adbCommands().filter(part).size(); }
+
+    /// Waits until the device was asked that often whether it has booted.
+    void waitForLooks(int count) const
+    {
+        const auto looks = [this] { return adbCommands(QStringLiteral("getprop sys.boot_completed")); };
+        const auto before = looks();
+        waitFor(QStringLiteral("%1 looks at the device").arg(count), 30, [&] { return looks() >= before + count; });
     }
 
     void openTide()
