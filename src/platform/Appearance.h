@@ -19,4 +19,17 @@ Q_SIGNALS:
     void changed();
 };
 
+/// One that never changes, for pictures that are to look the same everywhere.
+class FixedAppearance : public Appearance
+{
+    Q_OBJECT
+
+public:
+    explicit FixedAppearance(bool dark) : m_dark(dark) { }
+    bool isDark() const override { return m_dark; }
+
+private:
+    const bool m_dark;
+};
+
 } // namespace quillnest

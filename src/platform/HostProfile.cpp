@@ -7,6 +7,7 @@ HostProfile HostProfile::appleSilicon()
 {
     return {
         .machineWord = QStringLiteral("Mac"),
+        .systemName = QStringLiteral("macOS"),
         .imageAbi = QStringLiteral("arm64-v8a"),
         .cpuArchitecture = QStringLiteral("arm64"),
         .sdkHostOs = QStringLiteral("macosx"),
@@ -24,6 +25,7 @@ HostProfile HostProfile::linuxX86_64()
 {
     return {
         .machineWord = QStringLiteral("PC"),
+        .systemName = QStringLiteral("The desktop"),
         .imageAbi = QStringLiteral("x86_64"),
         .cpuArchitecture = QStringLiteral("x86_64"),
         .sdkHostOs = QStringLiteral("linux"),

@@ -10,6 +10,8 @@ namespace quillnest
 struct HostProfile {
     /// What the user calls this kind of machine: "Mac", "PC".
     QString machineWord;
+    /// What messages call the system that refuses something: "macOS", "The desktop". Begins a sentence.
+    QString systemName;
     /// ABI of the system image that runs here at native speed, as it stands in paths and AVD files: "arm64-v8a".
     QString imageAbi;
     /// "hw.cpu.arch" of the AVD: "arm64".

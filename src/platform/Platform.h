@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Alerts.h"
 #include "platform/Appearance.h"
 #include "platform/AudioEngine.h"
 #include "platform/ChildProcesses.h"
@@ -8,7 +9,9 @@
 #include "platform/DiagnosticsPort.h"
 #include "platform/Executor.h"
 #include "platform/Folders.h"
+#include "platform/ForeignWindows.h"
 #include "platform/HostProfile.h"
+#include "platform/LoginItems.h"
 #include "platform/Pasteboard.h"
 #include "platform/SampleRenderer.h"
 #include "platform/Screens.h"
@@ -37,6 +40,9 @@ struct Platform {
     std::shared_ptr<VideoDecoding> video;
     std::shared_ptr<AudioOutput> audio;
     std::shared_ptr<Symbols> symbols;
+    std::shared_ptr<Alerts> alerts;
+    std::shared_ptr<LoginItems> loginItems;
+    std::shared_ptr<ForeignWindows> foreignWindows;
     /// Null on a host that has none: light.
     std::shared_ptr<Appearance> appearance;
 };

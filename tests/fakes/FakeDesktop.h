@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/Alerts.h"
 #include "platform/Appearance.h"
 #include "platform/CommandChannel.h"
+#include "platform/ForeignWindows.h"
+#include "platform/LoginItems.h"
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
 
@@ -87,6 +90,70 @@ public:
 
 private:
     std::atomic_bool m_dark = false;
+};
+
+/// A user who answers every alert with the same button, or not at all.
+class FakeAlerts : public Alerts
+{
+public:
+    void ask(const Alert &alert, std::function<void(int button)> answer) override
+    {
+        asked.push_back(alert);
+        if (button)
+            answer(*button);
+    }
+
+    std::vector<Alert> asked;
+    std::optional<int> button;
+};
+
+class FakeLoginItems : public LoginItems
+{
+public:
+    Status status() const override { return current; }
+    std::optional<QString> set(bool enabled) override
+    {
+        requests.push_back(enabled);
+        if (!failure)
+            current = enabled ? Status::Enabled : Status::NotRegistered;
+        return failure;
+    }
+
+    Status current = Status::NotRegistered;
+    std::optional<QString> failure;
+    std::vector<bool> requests;
+};
+
+/// One other program with its windows.
+class FakeForeignWindows : public ForeignWindows
+{
+public:
+    bool isTrusted() const override { return trusted; }
+    void askForTrust() override { ++prompts; }
+    bool isRunning(const QString &bundleIdentifier) const override { return bundleIdentifier == running; }
+    std::vector<WindowId> windows(const QString &bundleIdentifier) const override
+    {
+        return bundleIdentifier == running ? ids : std::vector<WindowId>();
+    }
+    bool setSize(WindowId window, QSize size) override
+    {
+        steps.append(QStringLiteral("%1 size %2x%3").arg(window).arg(size.width()).arg(size.height()));
+        return takesSizes;
+    }
+    bool setPosition(WindowId window, QPoint position) override
+    {
+        steps.append(QStringLiteral("%1 position %2,%3").arg(window).arg(position.x()).arg(position.y()));
+        return takesPositions;
+    }
+    void activate(WindowId window) override { steps.append(QStringLiteral("%1 active").arg(window)); }
+
+    bool trusted = true;
+    int prompts = 0;
+    QString running;
+    std::vector<WindowId> ids;
+    bool takesSizes = true;
+    bool takesPositions = true;
+    QStringList steps;
 };
 
 } // namespace quillnest

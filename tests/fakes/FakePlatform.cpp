@@ -60,6 +60,9 @@ FakePlatform fakePlatform(HostProfile profile)
     fakes.pasteboard = std::make_shared<FakePasteboard>();
     fakes.screens = std::make_shared<FakeScreens>();
     fakes.appearance = std::make_shared<FakeAppearance>();
+    fakes.alerts = std::make_shared<FakeAlerts>();
+    fakes.loginItems = std::make_shared<FakeLoginItems>();
+    fakes.foreignWindows = std::make_shared<FakeForeignWindows>();
 
     // The folders needn't exist, but temporary files need one.
     const auto temporary = fakes.path(QStringLiteral("tmp"));
@@ -81,6 +84,9 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.pasteboard = fakes.pasteboard;
     platform.screens = fakes.screens;
     platform.appearance = fakes.appearance;
+    platform.alerts = fakes.alerts;
+    platform.loginItems = fakes.loginItems;
+    platform.foreignWindows = fakes.foreignWindows;
     return fakes;
 }
 

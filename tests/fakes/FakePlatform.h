@@ -29,6 +29,9 @@ struct FakePlatform {
     std::shared_ptr<FakePasteboard> pasteboard;
     std::shared_ptr<FakeScreens> screens;
     std::shared_ptr<FakeAppearance> appearance;
+    std::shared_ptr<FakeAlerts> alerts;
+    std::shared_ptr<FakeLoginItems> loginItems;
+    std::shared_ptr<FakeForeignWindows> foreignWindows;
 
     /// A path below the home folder.
     QString path(const QString &relative) const { return home->path() + QLatin1Char('/') + relative; }

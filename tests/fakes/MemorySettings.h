@@ -17,9 +17,14 @@ class MemorySettings : public SettingsStore
 
 public:
     QVariant value(const QString &key) const override;
-    void setValue(const QString &key, const QVariant &value) override;
-    void remove(const QString &key) override;
+    std::optional<QString> setValue(const QString &key, const QVariant &value) override;
+    std::optional<QString> remove(const QString &key) override;
     QStringList keys() const override;
+    std::optional<QString> damagedFile() const override { return damaged; }
+
+    /// While this is set nothing can be written, and this is why.
+    std::optional<QString> failure;
+    std::optional<QString> damaged;
 
 private:
     mutable std::mutex m_lock;

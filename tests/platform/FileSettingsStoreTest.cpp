@@ -273,6 +273,43 @@ TEST_F(FileSettingsStoreTest, fileThatWasDamagedWhileTheProgramRuns)
     EXPECT_TRUE(QJsonDocument::fromJson(fileBytes()).isObject());
 }
 
+TEST_F(FileSettingsStoreTest, damageThatIsNoticedLaterIsAnnounced)
+{
+    const auto settings = store();
+    settings->setValue(key, true);
+    QStringList announced;
+    QObject::connect(
+        settings.get(), &SettingsStore::setAside, [&announced](const QString &aside) { announced.append(aside); });
+    writeFile("{ broken");
+    settings->setValue(QStringLiteral("other"), true);
+    EXPECT_EQ(announced, QStringList{settings->damagedFile().value_or(QString())});
+    settings->setValue(QStringLiteral("other"), false);
+    EXPECT_EQ(announced.size(), 1);
+}
+
+TEST_F(FileSettingsStoreTest, diskThatIsFullKeepsTheOldValueOnItAndHere)
+{
+    const auto settings = store();
+    settings->setValue(key, 1);
+    const auto before = fileBytes();
+    QStringList changes;
+    QObject::connect(
+        settings.get(), &SettingsStore::changed, [&changes](const QString &name) { changes.append(name); });
+    // What is written there finds no space, as on a disk that is full.
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path + QStringLiteral(".new")));
+    EXPECT_EQ(settings->setValue(key, 2), QStringLiteral("No space left on device"));
+    EXPECT_EQ(settings->value(key), QVariant(1));
+    EXPECT_EQ(fileBytes(), before);
+    EXPECT_TRUE(changes.isEmpty());
+
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path + QStringLiteral(".new")));
+    EXPECT_EQ(settings->remove(key), QStringLiteral("No space left on device"));
+    EXPECT_EQ(settings->value(key), QVariant(1));
+
+    EXPECT_EQ(settings->setValue(key, 2), std::nullopt) << "as soon as there is space again";
+    EXPECT_EQ(store()->value(key), QVariant(2));
+}
+
 TEST_F(FileSettingsStoreTest, editorThatIsInTheMiddleOfWritingIsLeftAlone)
 {
     const auto settings = store();

@@ -138,6 +138,8 @@ FileSettingsStore::FileSettingsStore(const QString &path) : m_path(path)
     if (QFile::exists(path)) {
         const ProcessLock lock(path + QStringLiteral(".lock"));
         reload(Damaged::SetAside);
+        // Nobody listens yet; whoever wants to know asks.
+        m_damageIsUnannounced = false;
     }
     // A rename replaces the file, so it is the folder that has to be watched.
     m_watcher.addPath(folder);
@@ -177,37 +179,43 @@ std::optional<QString> FileSettingsStore::damagedFile() const
     return m_damaged;
 }
 
-void FileSettingsStore::setValue(const QString &key, const QVariant &value)
+std::optional<QString> FileSettingsStore::setValue(const QString &key, const QVariant &value)
 {
-    change(key, value);
+    return change(key, value);
 }
 
-void FileSettingsStore::remove(const QString &key)
+std::optional<QString> FileSettingsStore::remove(const QString &key)
 {
-    change(key, std::nullopt);
+    return change(key, std::nullopt);
 }
 
-void FileSettingsStore::change(const QString &key, const std::optional<QVariant> &value)
+std::optional<QString> FileSettingsStore::change(const QString &key, const std::optional<QVariant> &value)
 {
     QStringList changed;
+    std::optional<QString> failure;
     {
         const std::scoped_lock guard(m_lock);
         // The round trip through the file's form gives the value the type that a later start would see.
         const auto stored = value ? decode(encode(*value)) : QVariant();
         if (m_values.contains(key) == value.has_value() && isSame(m_values.value(key), stored) && stamp() == m_stamp)
-            return;
+            return std::nullopt;
         const ProcessLock lock(m_path + QStringLiteral(".lock"));
         changed = reload(Damaged::SetAside);
         if (m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
+            auto values = m_values;
             if (value)
-                m_values.insert(key, stored);
+                values.insert(key, stored);
             else
-                m_values.remove(key);
-            write();
-            changed.append(key);
+                values.remove(key);
+            failure = write(values);
+            if (!failure) {
+                m_values = std::move(values);
+                changed.append(key);
+            }
         }
     }
     announce(changed);
+    return failure;
 }
 
 QStringList FileSettingsStore::reload(Damaged damaged)
@@ -231,8 +239,10 @@ QStringList FileSettingsStore::reload(Damaged damaged)
             const auto aside = m_path
                 + QStringLiteral(".damaged-%1")
                       .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")));
-            if (QFile::rename(m_path, aside))
+            if (QFile::rename(m_path, aside)) {
                 m_damaged = aside;
+                m_damageIsUnannounced = true;
+            }
             fresh = m_values;
             ::close(descriptor);
             descriptor = -1;
@@ -252,17 +262,17 @@ QStringList FileSettingsStore::reload(Damaged damaged)
     return changed;
 }
 
-bool FileSettingsStore::write()
+std::optional<QString> FileSettingsStore::write(const QVariantMap &values)
 {
     QJsonObject object;
-    for (auto it = m_values.cbegin(); it != m_values.cend(); ++it)
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
         object.insert(it.key(), encode(it.value()));
     const auto bytes = QJsonDocument(object).toJson();
     const auto temporary = m_path + QStringLiteral(".new");
     const int descriptor
         = ::open(QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor < 0)
-        return false;
+        return qt_error_string(errno);
     bool good = true;
     for (qsizetype done = 0; good && done < bytes.size();) {
         const auto count = ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
@@ -270,12 +280,13 @@ bool FileSettingsStore::write()
         done += good ? count : 0;
     }
     if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
+        const auto reason = qt_error_string(errno);
         ::close(descriptor);
         QFile::remove(temporary);
-        return false;
+        return reason;
     }
     setSeen(descriptor);
-    return true;
+    return std::nullopt;
 }
 
 void FileSettingsStore::setSeen(int descriptor)
@@ -298,8 +309,14 @@ FileSettingsStore::Stamp FileSettingsStore::stamp() const
 
 void FileSettingsStore::announce(const QStringList &keys)
 {
-    if (keys.isEmpty())
-        return;
+    std::optional<QString> damaged;
+    {
+        const std::scoped_lock guard(m_lock);
+        if (keys.isEmpty() && !m_damageIsUnannounced)
+            return;
+        if (QThread::currentThread() == thread() && std::exchange(m_damageIsUnannounced, false))
+            damaged = m_damaged;
+    }
     if (QThread::currentThread() != thread()) {
         {
             const std::scoped_lock guard(m_lock);
@@ -308,6 +325,8 @@ void FileSettingsStore::announce(const QStringList &keys)
         QCoreApplication::postEvent(this, new QEvent(QEvent::User));
         return;
     }
+    if (damaged)
+        Q_EMIT setAside(*damaged);
     m_syncTimer.start();
     for (const auto &key : keys)
         Q_EMIT changed(key);

@@ -27,17 +27,15 @@ public:
     ~FileSettingsStore() override;
 
     QVariant value(const QString &key) const override;
-    void setValue(const QString &key, const QVariant &value) override;
-    void remove(const QString &key) override;
+    std::optional<QString> setValue(const QString &key, const QVariant &value) override;
+    std::optional<QString> remove(const QString &key) override;
     QStringList keys() const override;
-
-    /// Where a damaged file was put, if this store met one.
-    std::optional<QString> damagedFile() const;
+    std::optional<QString> damagedFile() const override;
 
 private:
     using Stamp = std::tuple<quint64, qint64, qint64>;
 
-    void change(const QString &key, const std::optional<QVariant> &value);
+    std::optional<QString> change(const QString &key, const std::optional<QVariant> &value);
     /// What to do about a file that is no JSON object.
     enum class Damaged { SetAside, LeaveAlone };
 
@@ -46,7 +44,8 @@ private:
     QStringList reload(Damaged damaged);
     /// Takes over the descriptor of the file that `m_values` now stands for, or -1.
     void setSeen(int descriptor);
-    bool write();
+    /// Puts `values` into the place of the file; answers why that was not possible.
+    std::optional<QString> write(const QVariantMap &values);
     Stamp stamp() const;
     /// Emits `changed` for each key: at once on the main thread, and by way of it from any other.
     void announce(const QStringList &keys);
@@ -62,6 +61,7 @@ private:
     std::optional<QString> m_damaged;
     /// What other threads changed and the main thread has yet to announce.
     QStringList m_unannounced;
+    bool m_damageIsUnannounced = false;
     QFileSystemWatcher m_watcher;
     QTimer m_syncTimer;
 };

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxPlatform.h"
 
+#include "platform/desktop/DesktopAlerts.h"
 #include "platform/desktop/DesktopPasteboard.h"
 #include "platform/desktop/DesktopScreens.h"
 #include "platform/desktop/FFmpegStillDecoder.h"
@@ -10,12 +11,15 @@
 #include "platform/desktop/TrayStatusItems.h"
 #include "platform/linux/DBusCommandChannel.h"
 #include "platform/linux/DBusDiagnostics.h"
+#include "platform/linux/EwmhWindows.h"
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
+#include "platform/linux/XdgLoginItems.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QGuiApplication>
 
 namespace quillnest
 {
@@ -28,6 +32,11 @@ QString baseFolder(const char *variable, const QString &fallback)
 {
     const auto value = qEnvironmentVariable(variable);
     return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + fallback;
+}
+
+QString configFolder()
+{
+    return baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config"));
 }
 
 } // namespace
@@ -45,8 +54,7 @@ Folders linuxFolders()
 
 std::shared_ptr<SettingsStore> linuxSettings()
 {
-    return std::make_shared<FileSettingsStore>(
-        baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config")) + QStringLiteral("/Quillnest/settings.json"));
+    return std::make_shared<FileSettingsStore>(configFolder() + QStringLiteral("/Quillnest/settings.json"));
 }
 
 std::shared_ptr<CommandChannel> linuxCommandChannel()
@@ -77,6 +85,9 @@ Platform linuxPlatform()
     platform.statusItems = std::make_shared<TrayStatusItems>();
     platform.symbols = std::make_shared<ThemeSymbols>();
     platform.appearance = std::make_shared<PortalAppearance>();
+    platform.alerts = std::make_shared<DesktopAlerts>();
+    platform.loginItems = std::make_shared<XdgLoginItems>(configFolder(), QCoreApplication::applicationFilePath());
+    platform.foreignWindows = std::make_shared<EwmhWindows>(nullptr, qGuiApp->devicePixelRatio());
     return platform;
 }
 
