@@ -23,8 +23,6 @@ int main(int argc, char **argv)
 
     const auto platform = linuxPlatform();
     QuillnestApp quillnest(platform);
-    quillnest.start(
-        QApplication::arguments(), [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store()); });
     QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {
         if (window)
             quillnest.windowDidBecomeKey();
@@ -34,6 +32,13 @@ int main(int argc, char **argv)
         quillnest.terminate();
         QCoreApplication::exit(0);
     };
+    quillnest.start(
+        QApplication::arguments(),
+        {.makePanel = [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store()); },
+         .makePlayer = {},
+         .paintPanel = [&quillnest] { return MenuPanel::snapshot(quillnest.platform(), quillnest.store()); },
+         .paintGlyph = [] { return glyphImage(128); },
+         .quit = quit});
     QObject::connect(&termination, &TerminationSignals::requested, &quillnest, quit);
     // The session manager's way to the end.
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, &QuillnestApp::terminate);

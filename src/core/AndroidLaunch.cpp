@@ -33,8 +33,22 @@ QString secondsText(double seconds, int decimals)
 
 void AppLibraryStore::launch(const MobileApp &app)
 {
-    if (app.platform == MobilePlatform::android)
+    if (app.platform != MobilePlatform::android)
+        return;
+    if (!m_services.locks->needsUnlock(app.id)) {
         launchAndroid(app);
+        return;
+    }
+    m_services.locks->unlockIfNeeded(app, [self = QPointer<AppLibraryStore>(this), app] {
+        if (self)
+            self->launchAndroid(app);
+    });
+}
+
+void AppLibraryStore::close(const MobileApp &app)
+{
+    if (auto *session = m_services.windows.session(app.id))
+        session->close(QStringLiteral("menu"));
 }
 
 void AppLibraryStore::launchAndroid(const MobileApp &app)

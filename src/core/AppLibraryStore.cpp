@@ -1,10 +1,15 @@
 #include "core/AppLibraryStore.h"
 
 #include "base/FireAndForget.h"
+#include "base/QuillnestFolders.h"
 #include "core/LibraryFormat.h"
 #include "package/APKIconExtractor.h"
+#include "runtime/AndroidRuntimeError.h"
+#include "runtime/InstallRecords.h"
+#include "runtime/PackageName.h"
 
 #include <QCollator>
+#include <QDir>
 #include <QFileInfo>
 #include <QPointer>
 
@@ -20,6 +25,18 @@ const auto defaultsKey = QStringLiteral("Quillnest.apps.v1");
 bool contains(const QString &text, const QString &part)
 {
     return !part.isEmpty() && text.contains(part, Qt::CaseInsensitive);
+}
+
+QString absolutePath(const QUrl &url)
+{
+    return QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
+}
+
+/// Whether a path has lost bytes on its way here because they are no UTF-8. The library's form can't hold them, so such
+/// an entry could never be opened.
+bool isGarbled(const QFileInfo &file)
+{
+    return file.filePath().contains(QChar::ReplacementCharacter) && !file.exists();
 }
 } // namespace
 
@@ -53,22 +70,48 @@ void AppLibraryStore::load()
     const auto value = m_services.platform.settings->value(defaultsKey);
     if (value.typeId() != QMetaType::QByteArray)
         return;
-    if (auto apps = LibraryFormat::decode(value.toByteArray())) {
-        m_apps = std::move(*apps);
-        save();
-    }
+    if (auto apps = LibraryFormat::decode(value.toByteArray()))
+        save(std::move(*apps));
 }
 
-void AppLibraryStore::save()
+bool AppLibraryStore::save(std::vector<MobileApp> apps)
 {
-    m_services.platform.settings->setValue(defaultsKey, LibraryFormat::encode(m_apps));
+    if (const auto failure = m_services.platform.settings->setValue(defaultsKey, LibraryFormat::encode(apps))) {
+        m_services.log->write(QStringLiteral("library not saved error=%1").arg(*failure));
+        setStatus(QStringLiteral("Could not save the library: %1").arg(*failure));
+        return false;
+    }
+    m_apps = std::move(apps);
     Q_EMIT changed();
+    return true;
 }
 
-MobileApp *AppLibraryStore::find(QUuid id)
+void AppLibraryStore::change(QUuid id, const std::function<void(MobileApp &)> &edit)
+{
+    auto apps = m_apps;
+    const auto found = std::find_if(apps.begin(), apps.end(), [id](const MobileApp &app) { return app.id == id; });
+    if (found == apps.end())
+        return;
+    edit(*found);
+    save(std::move(apps));
+}
+
+bool AppLibraryStore::erase(QUuid id)
+{
+    auto apps = m_apps;
+    std::erase_if(apps, [id](const MobileApp &entry) { return entry.id == id; });
+    return save(std::move(apps));
+}
+
+const MobileApp *AppLibraryStore::find(QUuid id) const
 {
     const auto found = std::find_if(m_apps.begin(), m_apps.end(), [id](const MobileApp &app) { return app.id == id; });
     return found == m_apps.end() ? nullptr : &*found;
+}
+
+bool AppLibraryStore::hasSource(const QString &path) const
+{
+    return std::any_of(m_apps.begin(), m_apps.end(), [&path](const MobileApp &app) { return app.sourcePath == path; });
 }
 
 void AppLibraryStore::setStatus(const QString &message)
@@ -155,16 +198,20 @@ Task<> AppLibraryStore::addAll(QList<QUrl> urls)
     for (const auto &url : urls) {
         if (!self)
             co_return;
-        const auto path = url.toLocalFile();
-        const QFileInfo file(path);
+        // What has been dragged from a browser may be no file.
+        const QFileInfo file(url.isLocalFile() ? absolutePath(url) : url.fileName());
         // A name that begins with its only dot has no extension.
         const auto extension = file.completeBaseName().isEmpty() ? QString() : file.suffix().toLower();
         if (extension != QStringLiteral("apk") && extension != QStringLiteral("ipa")) {
             setStatus(QStringLiteral("Skipped %1: choose an APK or IPA").arg(file.fileName()));
             continue;
         }
+        if (isGarbled(file)) {
+            setStatus(QStringLiteral("Skipped %1: its name is not valid text").arg(file.fileName()));
+            continue;
+        }
         const auto platform = extension == QStringLiteral("apk") ? MobilePlatform::android : MobilePlatform::ios;
-        auto adding = addPackage(path, platform);
+        auto adding = addPackage(file.filePath(), platform);
         co_await adding;
     }
 }
@@ -173,12 +220,8 @@ Task<> AppLibraryStore::addPackage(QString path, MobilePlatform platform)
 {
     const QPointer<AppLibraryStore> self(this);
     const QFileInfo file(path);
-    const auto isKnown = [this, path] {
-        return std::any_of(
-            m_apps.begin(), m_apps.end(), [&path](const MobileApp &app) { return app.sourcePath == path; });
-    };
     const auto alreadyKnown = QStringLiteral("Already in library: %1").arg(file.completeBaseName());
-    if (isKnown()) {
+    if (hasSource(path)) {
         setStatus(alreadyKnown);
         co_return;
     }
@@ -192,7 +235,7 @@ Task<> AppLibraryStore::addPackage(QString path, MobilePlatform platform)
         if (!self)
             co_return;
         // The same file may have been added meanwhile.
-        if (isKnown()) {
+        if (hasSource(path)) {
             setStatus(alreadyKnown);
             co_return;
         }
@@ -205,35 +248,103 @@ Task<> AppLibraryStore::addPackage(QString path, MobilePlatform platform)
     app.platform = platform;
     app.sourcePath = path;
     app.addedAt = m_services.platform.clock->wallTime();
-    m_apps.push_back(app);
-    save();
-    setStatus(QStringLiteral("Added %1").arg(file.fileName()));
+    auto apps = m_apps;
+    apps.push_back(app);
+    if (save(std::move(apps)))
+        setStatus(QStringLiteral("Added %1").arg(file.fileName()));
 }
 
 void AppLibraryStore::replaceSource(QUuid id, const QUrl &url, const QString &package)
 {
-    if (auto *app = find(id)) {
-        app->sourcePath = url.toLocalFile();
-        app->bundleIdentifier = package;
-        save();
-    }
+    change(id, [&](MobileApp &app) {
+        app.sourcePath = absolutePath(url);
+        app.bundleIdentifier = package;
+    });
 }
 
 void AppLibraryStore::toggleFavorite(const MobileApp &app)
 {
-    if (auto *entry = find(app.id)) {
-        entry->isFavorite = !entry->isFavorite;
-        save();
-    }
+    change(app.id, [](MobileApp &entry) { entry.isFavorite = !entry.isFavorite; });
 }
 
 void AppLibraryStore::remove(const MobileApp &app)
 {
     // The entry that was given may be one of those that go.
     const auto name = app.name;
-    std::erase_if(m_apps, [id = app.id](const MobileApp &entry) { return entry.id == id; });
-    save();
-    setStatus(QStringLiteral("Removed %1").arg(name));
+    if (erase(app.id))
+        setStatus(QStringLiteral("Removed %1").arg(name));
+}
+
+void AppLibraryStore::confirmUninstall(const MobileApp &app)
+{
+    const Alert alert{
+        .message = QStringLiteral("Uninstall %1?").arg(app.displayName()),
+        .informativeText = QStringLiteral("The app and its data are removed from Quillnest's Android."),
+        .buttons = {QStringLiteral("Uninstall"), QStringLiteral("Cancel")},
+        .style = Alert::Style::Warning};
+    m_services.platform.alerts->ask(alert, [self = QPointer<AppLibraryStore>(this), app](int button) {
+        if (!self || button != 0)
+            return;
+        auto package = app.bundleIdentifier;
+        if (!package)
+            package = self->m_services.runtime.knownPackage(app.sourcePath);
+        // A name that can't be a package's was never installed either.
+        if (!package || !isValidPackageName(*package)) {
+            self->remove(app);
+            return;
+        }
+        if (auto *session = self->m_services.windows.session(app.id))
+            session->close(QStringLiteral("uninstall"));
+        self->setStatus(QStringLiteral("Uninstalling %1…").arg(app.displayName()));
+        fireAndForget(self->m_services.log, self->uninstall(app, *package));
+    });
+}
+
+Task<> AppLibraryStore::uninstall(MobileApp app, QString package)
+{
+    const QPointer<AppLibraryStore> self(this);
+    std::optional<QString> failure;
+    try {
+        auto booting = m_services.runtime.ensureRuntime();
+        co_await booting;
+    } catch (const AndroidRuntimeCancelled &) {
+        co_return;
+    } catch (const std::exception &error) {
+        failure = QString::fromUtf8(error.what());
+    }
+    if (!self)
+        co_return;
+    if (failure) {
+        setStatus(QStringLiteral("Uninstall failed: %1").arg(*failure));
+        co_return;
+    }
+    auto run = [commands = m_services.runtime.commands(), package] {
+        return commands->runADB({QStringLiteral("uninstall"), package});
+    };
+    auto running = background(*m_services.platform.executor, std::move(run));
+    const auto output = co_await running;
+    if (!self)
+        co_return;
+    m_services.log->write(QStringLiteral("Uninstall %1: %2").arg(package, output.trimmed()));
+    m_services.platform.settings->remove(InstallRecords::key(app.sourcePath));
+    const auto &folders = m_services.platform.folders;
+    QFile::remove(QStringLiteral("%1/%2.png").arg(QuillnestFolders::icons(folders), uuidText(app.id)));
+    // A file anywhere else belongs to the user and stays.
+    if (QDir::cleanPath(app.sourcePath).startsWith(QuillnestFolders::packages(folders) + QLatin1Char('/')))
+        QFile::remove(app.sourcePath);
+    if (erase(app.id))
+        setStatus(QStringLiteral("Uninstalled %1").arg(app.displayName()));
+}
+
+void AppLibraryStore::writeMenuSnapshot() const
+{
+    const auto folder = m_services.platform.folders.logs + QStringLiteral("/snapshots");
+    const auto write = [&folder](const std::function<QImage()> &paint, const QString &name) {
+        const auto image = paint ? paint() : QImage();
+        return !image.isNull() && QDir().mkpath(folder) && image.save(folder + QLatin1Char('/') + name, "PNG");
+    };
+    if (write(paintPanel, QStringLiteral("menu-panel.png")))
+        write(paintGlyph, QStringLiteral("glyph.png"));
 }
 
 } // namespace quillnest

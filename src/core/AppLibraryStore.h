@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/AppLocking.h"
 #include "base/ChangeNotifications.h"
 #include "base/MobileApp.h"
 #include "base/QuillnestLog.h"
@@ -8,11 +9,13 @@
 #include "runtime/AndroidRuntimeCLI.h"
 #include "windows/AndroidWindowRegistry.h"
 
+#include <QImage>
 #include <QList>
 #include <QObject>
 #include <QSet>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -35,6 +38,7 @@ public:
         std::shared_ptr<ChangeNotifications> notifications;
         AndroidRuntimeCLI &runtime;
         AndroidWindowRegistry &windows;
+        std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
         /// While this is true a device that an earlier run left is being cleaned: an app that was opened meanwhile
         /// would be stopped with the rest, so launches wait.
         std::shared_ptr<bool> cleaningDevice = std::make_shared<bool>(false);
@@ -49,6 +53,8 @@ public:
     void setSearch(const QString &text);
     QString statusMessage() const { return m_statusMessage; }
     AndroidState androidState() const { return m_androidState; }
+    /// The title of the player window.
+    QString activeAndroidName() const { return QStringLiteral("Android App"); }
     std::optional<QUuid> launchingAppID() const { return m_launchingAppID; }
     const QSet<QUuid> &runningAppIDs() const { return m_runningAppIDs; }
     const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
@@ -65,13 +71,24 @@ public:
     /// Adds package files, one after the other; their labels are read in the background.
     void addFiles(const QList<QUrl> &urls);
     void replaceSource(QUuid id, const QUrl &url, const QString &package);
+    /// Takes the entry out of the library. The app stays on the device and the file on this machine.
     void remove(const MobileApp &app);
+    /// Asks, and then removes the app from the device and the entry from the library.
+    void confirmUninstall(const MobileApp &app);
     void toggleFavorite(const MobileApp &app);
 
     /// What one click on an app does, for all callers.
     void launch(const MobileApp &app);
+    /// Closes the app's window, if it has one.
+    void close(const MobileApp &app);
     /// Starts Android before the user asks for it.
     void prewarmAndroid();
+    /// What the diagnostic pictures show; an empty function leaves its picture out.
+    std::function<QImage()> paintPanel;
+    std::function<QImage()> paintGlyph;
+    /// Writes the panel and the glyph as PNG files into the folder "snapshots" beside the log.
+    void writeMenuSnapshot() const;
+
     /// Asks the device and sets `androidState`; never overrides a start in progress.
     void refreshAndroidState();
 
@@ -81,12 +98,19 @@ Q_SIGNALS:
 private:
     // AppLibraryStore.cpp
     void load();
-    void save();
-    MobileApp *find(QUuid id);
+    /// Makes `apps` the library, on disk and here. If that can't be written the old library stays, and the user is
+    /// told.
+    bool save(std::vector<MobileApp> apps);
+    /// Changes one entry, if there is one of that id, and saves.
+    void change(QUuid id, const std::function<void(MobileApp &)> &edit);
+    bool erase(QUuid id);
+    const MobileApp *find(QUuid id) const;
+    bool hasSource(const QString &path) const;
     void setStatus(const QString &message);
     void setAndroidState(AndroidState state);
     Task<> addAll(QList<QUrl> urls);
     Task<> addPackage(QString path, MobilePlatform platform);
+    Task<> uninstall(MobileApp app, QString package);
 
     // AndroidLaunch.cpp
     void launchAndroid(const MobileApp &app);

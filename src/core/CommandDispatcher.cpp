@@ -7,6 +7,7 @@ namespace quillnest
 
 const CommandDispatcher::Command CommandDispatcher::table[] = {
     {"back", &CommandDispatcher::back},
+    {"snapshot-menu", &CommandDispatcher::snapshotMenu},
     {"add:", &CommandDispatcher::add},
     {"close-all", &CommandDispatcher::closeAll},
     {"paste", &CommandDispatcher::paste},
@@ -42,6 +43,11 @@ void CommandDispatcher::back(const QString &)
 {
     if (auto *session = m_services.windows.firstSession())
         session->handleBack();
+}
+
+void CommandDispatcher::snapshotMenu(const QString &)
+{
+    m_store.writeMenuSnapshot();
 }
 
 void CommandDispatcher::add(const QString &argument)

@@ -26,6 +26,7 @@ private:
     static const Command table[];
 
     void back(const QString &argument);
+    void snapshotMenu(const QString &argument);
     void add(const QString &argument);
     void closeAll(const QString &argument);
     void paste(const QString &argument);

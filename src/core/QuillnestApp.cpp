@@ -4,12 +4,16 @@
 #include "base/QuillnestSettings.h"
 #include "core/DiagnosticsReport.h"
 #include "core/LaunchArguments.h"
+#include "core/LoginItem.h"
+#include "ios/ExternalWindowManager.h"
 #include "runtime/AndroidAdBlock.h"
 #include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidVolume.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QPointer>
+#include <QVBoxLayout>
 
 #include <cstdio>
 
@@ -18,8 +22,16 @@ namespace quillnest
 
 namespace
 {
+using namespace std::chrono_literals;
+
 const auto serverClass = QStringLiteral("com.genymobile.scrcpy.Server");
-}
+constexpr auto playerDelay = 250ms;
+constexpr auto arrangeDelay = 400ms;
+constexpr auto openAppDelay = 500ms;
+constexpr auto snapshotDelay = 1000ms;
+constexpr std::chrono::milliseconds permissionPatience = 15s;
+constexpr QSizeF defaultArrangedSize(430, 760);
+} // namespace
 
 QuillnestApp::QuillnestApp(Platform platform)
     : m_platform(std::move(platform))
@@ -34,14 +46,17 @@ QuillnestApp::QuillnestApp(Platform platform)
 
 QuillnestApp::~QuillnestApp() = default;
 
-void QuillnestApp::start(const QStringList &arguments, std::function<QWidget *()> makePanel)
+void QuillnestApp::start(const QStringList &arguments, Interface interface)
 {
-    if (LaunchArguments::has(QStringLiteral("--launch-apk"), arguments)) {
-        if (const auto path = LaunchArguments::value(QStringLiteral("--launch-apk"), arguments))
-            fireAndForget(m_log, launchAPK(*path));
-    }
+    m_interface = std::move(interface);
+    if (const auto damaged = m_platform.settings->damagedFile())
+        tellOfDamagedSettings(*damaged);
+    connect(m_platform.settings.get(), &SettingsStore::setAside, this, &QuillnestApp::tellOfDamagedSettings);
+    takeOrders(arguments);
 
     m_store = std::make_unique<AppLibraryStore>(m_services);
+    m_store->paintPanel = m_interface.paintPanel;
+    m_store->paintGlyph = m_interface.paintGlyph;
     m_commands = std::make_unique<CommandDispatcher>(m_services, *m_store);
     endHostSideServers();
     fireAndForget(m_log, cleanDevice());
@@ -51,20 +66,101 @@ void QuillnestApp::start(const QStringList &arguments, std::function<QWidget *()
     if (!m_platform.commands->listen())
         m_log->write(QStringLiteral("command channel unavailable"));
     m_platform.diagnostics->serve([this] { return QJsonDocument(diagnosticsReport(*m_store, m_windows)).toJson(); });
+    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestSnapshots"), false))
+        later(snapshotDelay, [this] { m_store->writeMenuSnapshot(); });
     AndroidDarkMode::startObserving(m_runtime.commands());
-    m_windows.homePanel().makeContent = std::move(makePanel);
+    m_windows.homePanel().makeContent = m_interface.makePanel;
+    LoginItem::enableByDefaultOnce(m_platform);
+    const auto status = m_platform.loginItems->status();
+    m_log->write(QStringLiteral("open at login enabled=%1 status=%2")
+                     .arg(
+                         status == LoginItems::Status::Enabled ? QStringLiteral("true") : QStringLiteral("false"),
+                         QString::number(static_cast<int>(status))));
+    if (const auto text = LaunchArguments::value(QStringLiteral("--open-app"), arguments))
+        later(openAppDelay, [this, text = *text] { openApp(text); });
+}
 
-    if (const auto text = LaunchArguments::value(QStringLiteral("--open-app"), arguments)) {
-        const QPointer<QuillnestApp> self(this);
-        m_platform.clock->later(std::chrono::milliseconds(500), [self, text = *text] {
-            if (!self)
-                return;
-            if (const auto app = self->m_store->firstMatchInNameOrPath(text))
-                self->m_store->launch(*app);
-            else
-                self->m_log->write(QStringLiteral("open-app: no library entry matches %1").arg(text));
-        });
+void QuillnestApp::takeOrders(const QStringList &arguments)
+{
+    const auto launch = QStringLiteral("--launch-apk");
+    const bool launches = LaunchArguments::has(launch, arguments);
+    if (launches || LaunchArguments::has(QStringLiteral("--android-player"), arguments))
+        later(playerDelay, [this] { openPlayer(); });
+    if (const auto path = LaunchArguments::value(launch, arguments))
+        fireAndForget(m_log, launchAPK(QFileInfo(*path).absoluteFilePath()));
+
+    if (const auto bundleIdentifier = LaunchArguments::value(QStringLiteral("--arrange"), arguments)) {
+        const QSizeF size(
+            LaunchArguments::numericArgument(QStringLiteral("--width"), arguments)
+                .value_or(defaultArrangedSize.width()),
+            LaunchArguments::numericArgument(QStringLiteral("--height"), arguments)
+                .value_or(defaultArrangedSize.height()));
+        later(arrangeDelay, [this, id = *bundleIdentifier, size] { arrange(id, size); });
     }
+}
+
+void QuillnestApp::later(std::chrono::milliseconds delay, std::function<void()> work)
+{
+    m_platform.clock->later(delay, [self = QPointer<QuillnestApp>(this), work = std::move(work)] {
+        if (self)
+            work();
+    });
+}
+
+void QuillnestApp::tellOfDamagedSettings(const QString &path)
+{
+    m_log->write(QStringLiteral("settings unreadable, kept aside as %1").arg(path));
+}
+
+void QuillnestApp::openPlayer()
+{
+    m_player = std::make_unique<AndroidAppPanel>(m_platform, AndroidAppPanel::Resizing::AtEdges);
+    m_player->setWindowTitle(QStringLiteral("Quillnest Android"));
+    m_player->setMinimumSize(360, 620);
+    QSize size(430, 820);
+    if (const auto screen = m_platform.screens->main()) {
+        size = size.boundedTo(screen->visibleFrame.size()).expandedTo(m_player->minimumSize());
+        QRect frame(QPoint(), size);
+        frame.moveCenter(screen->visibleFrame.center());
+        m_player->move(frame.topLeft());
+    }
+    m_player->resize(size);
+    if (m_interface.makePlayer) {
+        auto *layout = new QVBoxLayout(m_player.get());
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(m_interface.makePlayer(m_store->activeAndroidName()));
+    }
+    m_player->onCloseRequest = [this] { m_player->orderOut(); };
+    m_player->orderFront();
+}
+
+void QuillnestApp::arrange(const QString &bundleIdentifier, QSizeF size)
+{
+    auto delay = std::chrono::milliseconds::zero();
+    try {
+        ExternalWindowManager::arrange(m_platform, bundleIdentifier, size);
+        std::printf(
+            "Quillnest arranged %s to %dx%d\n", qUtf8Printable(bundleIdentifier), static_cast<int>(size.width()),
+            static_cast<int>(size.height()));
+        std::fflush(stdout);
+    } catch (const ExternalWindowError &error) {
+        std::fprintf(stderr, "Quillnest arrange failed: %s\n", error.what());
+        // The desktop may be asking its user just now.
+        if (error.kind() == ExternalWindowError::Kind::permissionRequired)
+            delay = permissionPatience;
+    }
+    if (delay == std::chrono::milliseconds::zero())
+        m_interface.quit();
+    else
+        later(delay, [this] { m_interface.quit(); });
+}
+
+void QuillnestApp::openApp(const QString &text)
+{
+    if (const auto app = m_store->firstMatchInNameOrPath(text))
+        m_store->launch(*app);
+    else
+        m_log->write(QStringLiteral("open-app: no library entry matches %1").arg(text));
 }
 
 void QuillnestApp::endHostSideServers()
@@ -116,6 +212,8 @@ void QuillnestApp::terminate()
 {
     if (std::exchange(m_terminated, true))
         return;
+    if (m_player)
+        m_player->orderOut();
     m_windows.closeAll();
     if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestStopAndroidOnQuit"), true))
         m_windows.stopAndroid(QStringLiteral("Quillnest quit"), true);

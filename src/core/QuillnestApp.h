@@ -6,6 +6,7 @@
 #include "core/CommandDispatcher.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimeCLI.h"
+#include "windows/AndroidAppPanel.h"
 #include "windows/AndroidWindowRegistry.h"
 
 #include <QObject>
@@ -26,6 +27,19 @@ class QuillnestApp : public QObject
     Q_OBJECT
 
 public:
+    /// What the rooms above fill in.
+    struct Interface {
+        /// A new launcher.
+        std::function<QWidget *()> makePanel;
+        /// What the player window shows under a title.
+        std::function<QWidget *(const QString &title)> makePlayer;
+        /// The diagnostic pictures.
+        std::function<QImage()> paintPanel;
+        std::function<QImage()> paintGlyph;
+        /// Ends the program by way of `terminate`.
+        std::function<void()> quit;
+    };
+
     explicit QuillnestApp(Platform platform);
     ~QuillnestApp() override;
 
@@ -34,7 +48,10 @@ public:
     const Platform &platform() const { return m_platform; }
 
     /// The steps from here until the status item stands, with the process's arguments.
-    void start(const QStringList &arguments, std::function<QWidget *()> makePanel);
+    void start(const QStringList &arguments, Interface interface);
+
+    /// The player window, while it is open.
+    AndroidAppPanel *playerWindow() const { return m_player.get(); }
 
     /// Closes all windows and, unless the settings keep it, stops the device and waits for that.
     void terminate();
@@ -43,6 +60,12 @@ public:
     void windowDidBecomeKey() { m_store->prewarmAndroid(); }
 
 private:
+    void takeOrders(const QStringList &arguments);
+    void openPlayer();
+    void arrange(const QString &bundleIdentifier, QSizeF size);
+    void openApp(const QString &text);
+    void tellOfDamagedSettings(const QString &path);
+    void later(std::chrono::milliseconds delay, std::function<void()> work);
     void endHostSideServers();
     Task<> cleanDevice();
     Task<> launchAPK(QString path);
@@ -55,6 +78,8 @@ private:
     const AppLibraryStore::Services m_services;
     std::unique_ptr<AppLibraryStore> m_store;
     std::unique_ptr<CommandDispatcher> m_commands;
+    Interface m_interface;
+    std::unique_ptr<AndroidAppPanel> m_player;
     bool m_terminated = false;
 };
 

@@ -26,6 +26,15 @@ void drawGlyph(QPainter &painter, QRectF area, const QColor &color)
     painter.restore();
 }
 
+QImage glyphImage(int points)
+{
+    QImage image(points, points, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    drawGlyph(painter, QRectF(0, 0, points, points), Qt::black);
+    return image;
+}
+
 QIcon glyphIcon(const QColor &color)
 {
     QIcon icon;

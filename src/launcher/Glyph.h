@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QIcon>
+#include <QImage>
 #include <QPainter>
 #include <QRectF>
 
@@ -10,6 +11,9 @@ namespace quillnest
 
 /// The program's sign: a nest of three arcs with an egg in it.
 void drawGlyph(QPainter &painter, QRectF area, const QColor &color);
+
+/// The sign in black on nothing, `points` wide and high.
+QImage glyphImage(int points);
 
 /// The sign as an icon in one colour.
 QIcon glyphIcon(const QColor &color);

@@ -1,5 +1,6 @@
 #include "launcher/MenuPanel.h"
 
+#include "base/QuillnestLayout.h"
 #include "launcher/AppTile.h"
 #include "launcher/Glyph.h"
 #include "windows/Palette.h"
@@ -8,10 +9,13 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
 #include <QPainter>
 #include <QScrollArea>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace quillnest
 {
@@ -101,6 +105,19 @@ MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *
     refresh();
 }
 
+QImage MenuPanel::snapshot(Platform platform, AppLibraryStore &store)
+{
+    platform.appearance = std::make_shared<FixedAppearance>(true);
+    MenuPanel panel(platform, store);
+    panel.resize(QuillnestLayout::size(*platform.settings).toSize());
+    constexpr int scale = 2;
+    QImage image(panel.size() * scale, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
+    panel.render(&image, {}, {}, QWidget::DrawChildren);
+    return image;
+}
+
 int MenuPanel::columns() const
 {
     return std::max(1, (width() - 28 + 8) / tilePitch);
@@ -116,6 +133,10 @@ void MenuPanel::rebuild()
     for (const auto &app : m_shown) {
         auto *tile = new AppTile(m_platform, app, m_gridArea);
         connect(tile, &QAbstractButton::clicked, this, [this, app] { m_store.launch(app); });
+        tile->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(tile, &QWidget::customContextMenuRequested, this, [this, tile, id = app.id](QPoint at) {
+            showContextMenu(id, tile->mapToGlobal(at));
+        });
         m_grid->addWidget(tile, index / m_shownColumns, index % m_shownColumns);
         m_tiles.emplace(app.id, tile);
         ++index;
@@ -140,6 +161,30 @@ void MenuPanel::refresh()
     setColor(m_status, colors.secondaryLabel);
     setColor(m_empty, colors.tertiaryLabel);
     update();
+}
+
+void MenuPanel::showContextMenu(QUuid id, QPoint at)
+{
+    const auto found
+        = std::find_if(m_shown.begin(), m_shown.end(), [id](const MobileApp &entry) { return entry.id == id; });
+    if (found == m_shown.end())
+        return;
+    const auto app = *found;
+    const bool running = m_store.runningAppIDs().contains(id);
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [this, menu](const QString &title, std::function<void()> action) {
+        connect(menu->addAction(title), &QAction::triggered, this, std::move(action));
+    };
+    add(running ? QStringLiteral("Show") : QStringLiteral("Open"), [this, app] { m_store.launch(app); });
+    if (running)
+        add(QStringLiteral("Close"), [this, app] { m_store.close(app); });
+    add(app.isFavorite ? QStringLiteral("Remove from favourites") : QStringLiteral("Add to favourites"),
+        [this, app] { m_store.toggleFavorite(app); });
+    menu->addSeparator();
+    add(QStringLiteral("Remove from Quillnest"), [this, app] { m_store.remove(app); });
+    add(QStringLiteral("Uninstall from Android…"), [this, app] { m_store.confirmUninstall(app); });
+    menu->popup(at);
 }
 
 void MenuPanel::resizeEvent(QResizeEvent *event)

@@ -2,6 +2,7 @@
 
 #include "core/AppLibraryStore.h"
 
+#include <QImage>
 #include <QWidget>
 
 class QGridLayout;
@@ -21,6 +22,9 @@ class MenuPanel : public QWidget
 public:
     MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *parent = nullptr);
 
+    /// A picture of the panel as it would open now, dark and with two pixels to a point.
+    static QImage snapshot(Platform platform, AppLibraryStore &store);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -32,6 +36,7 @@ private:
     void rebuild();
     void refresh();
     int columns() const;
+    void showContextMenu(QUuid id, QPoint at);
 
     const Platform &m_platform;
     AppLibraryStore &m_store;

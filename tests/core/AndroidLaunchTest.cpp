@@ -394,3 +394,118 @@ TEST_F(AndroidLaunchTest, aFailedWarmUpIsLoggedAndNotShown)
     fakes.settle();
     EXPECT_EQ(logLines().filter(QStringLiteral("warm-up: starting")).size(), 2);
 }
+
+TEST_F(AndroidLaunchTest, aLaunchDuringAWarmUpSharesItsBootAndOpensTheWindow)
+{
+    device.looksUntilBooted = 4;
+    const auto moon = addApp(QStringLiteral("Moon"));
+    store->prewarmAndroid();
+    fakes.runUntil([this] { return emulators() == 1; });
+    store->launch(moon);
+    EXPECT_EQ(store->androidState(), State::starting);
+    fakes.runUntil([&] { return registry->session(moon.id) != nullptr; });
+    fakes.settle();
+    EXPECT_EQ(emulators(), 1);
+    EXPECT_EQ(store->androidState(), State::ready);
+    EXPECT_EQ(logLines().filter(QStringLiteral("warm-up: Android ready after")).size(), 1);
+    // The warm-up has ended, so a later one may begin.
+    registry->closeAll();
+    ASSERT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    device = {};
+    store->prewarmAndroid();
+    fakes.settle();
+    EXPECT_EQ(logLines().filter(QStringLiteral("warm-up: starting")).size(), 2);
+}
+
+TEST_F(AndroidLaunchTest, aLaunchAndAWarmUpShareTheFailureOfTheirBoot)
+{
+    device.looksUntilBooted = 100000;
+    store->prewarmAndroid();
+    fakes.runUntil([this] { return emulators() == 1; });
+    store->launch(addApp(QStringLiteral("Moon")));
+    waitForFailure();
+    fakes.settle();
+    EXPECT_EQ(status(), QStringLiteral("Android launch failed: Quillnest Android did not finish starting"));
+    EXPECT_TRUE(hasLogged(QStringLiteral("warm-up failed: Quillnest Android did not finish starting")));
+    EXPECT_EQ(emulators(), 1);
+    EXPECT_EQ(store->androidState(), State::starting) << "a failed start is left to the next event";
+}
+
+// Locked apps.
+
+TEST_F(AndroidLaunchTest, aLockedAppWaitsForItsOwner)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon_2"));
+    fakes.settings->setValue(QStringLiteral("QuillnestSingleApp"), true);
+    locks->locked = {moon.id};
+    const auto before = status();
+    store->launch(moon);
+    fakes.settle();
+    EXPECT_EQ(locks->asked, QStringList{QStringLiteral("open Moon")});
+    EXPECT_EQ(store->launchingAppID(), std::nullopt);
+    EXPECT_EQ(status(), before);
+    EXPECT_EQ(logLines().filter(QStringLiteral("open requested")).size(), 0);
+
+    locks->waiting();
+    EXPECT_EQ(store->launchingAppID(), moon.id);
+    fakes.runUntil([&] { return registry->session(moon.id) != nullptr; });
+}
+
+TEST_F(AndroidLaunchTest, aRefusedOwnerEndsTheLaunchWithoutAWord)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    const auto star = addApp(QStringLiteral("Star"));
+    locks->locked = {moon.id};
+    open(star);
+    const auto before = status();
+    store->launch(moon);
+    // Nobody ever goes on.
+    locks->waiting = {};
+    fakes.settle();
+    EXPECT_EQ(status(), before);
+    EXPECT_FALSE(registry->session(star.id)->isClosing());
+    EXPECT_EQ(registry->session(moon.id), nullptr);
+}
+
+TEST_F(AndroidLaunchTest, anAppThatIsNotLockedNeverAsks)
+{
+    deviceIsUp();
+    locks->locked = {QUuid::createUuid()};
+    open(addApp(QStringLiteral("Moon")));
+    EXPECT_TRUE(locks->asked.isEmpty());
+}
+
+TEST_F(AndroidLaunchTest, aStoreMayGoWhileTheOwnerIsAsked)
+{
+    const auto moon = addApp(QStringLiteral("Moon"));
+    locks->locked = {moon.id};
+    store->launch(moon);
+    store.reset();
+    locks->waiting();
+    SUCCEED();
+}
+
+TEST_F(AndroidLaunchTest, aRunningAppIsClosedFromItsMenu)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    open(moon);
+    store->close(moon);
+    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    EXPECT_EQ(status(), QStringLiteral("Closed Moon"));
+    store->close(moon);
+}
+
+TEST_F(AndroidLaunchTest, anOpenWindowIsClosedBeforeItsAppIsUninstalled)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    auto &session = open(moon);
+    fakes.alerts->button = 0;
+    store->confirmUninstall(moon);
+    EXPECT_TRUE(session.isClosing());
+    EXPECT_TRUE(waitFor([this] { return store->apps().empty(); }));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("uninstall org.example.moon")), 1);
+}

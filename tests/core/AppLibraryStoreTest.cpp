@@ -2,6 +2,7 @@
 
 #include "CoreFixture.h"
 #include "core/LibraryFormat.h"
+#include "runtime/InstallRecords.h"
 
 using namespace quillnest;
 
@@ -350,4 +351,248 @@ TEST_F(AppLibraryStoreTest, aRequestForAnAppThatIsNoneIsIgnored)
     fakes.settle();
     EXPECT_EQ(store->launchingAppID(), std::nullopt);
     EXPECT_TRUE(fakes.processes->calls().empty());
+}
+
+// What can't be added.
+
+TEST_F(AppLibraryStoreTest, aNameThatIsNoValidTextIsSkippedWithASentence)
+{
+    const auto folder = QFile::encodeName(fakes.path(QStringLiteral("Apps")));
+    QDir().mkpath(QFile::decodeName(folder));
+    const QByteArray native = folder + "/caf\xe9.apk";
+    std::fclose(std::fopen(native.constData(), "w"));
+    store->addFiles({QUrl::fromEncoded("file://" + native.toPercentEncoding("/"))});
+    fakes.settle();
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Skipped caf\uFFFD.apk: its name is not valid text"));
+}
+
+TEST_F(AppLibraryStoreTest, aNameWithTheReplacementCharacterItselfIsAName)
+{
+    add({fakes.writeFile(QStringLiteral("Apps/caf\uFFFD.apk"), "")});
+    EXPECT_EQ(status(), QStringLiteral("Added caf\uFFFD.apk"));
+}
+
+TEST_F(AppLibraryStoreTest, aPathIsKeptAbsolute)
+{
+    const auto before = QDir::currentPath();
+    fakes.writeFile(QStringLiteral("Apps/-rf.apk"), "");
+    ASSERT_TRUE(QDir::setCurrent(fakes.path(QStringLiteral("Apps"))));
+    add({QStringLiteral("-rf.apk")});
+    QDir::setCurrent(before);
+    ASSERT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(store->apps()[0].sourcePath, fakes.path(QStringLiteral("Apps/-rf.apk")));
+}
+
+TEST_F(AppLibraryStoreTest, anAddressOnTheWebIsSkipped)
+{
+    store->addFiles({QUrl(QStringLiteral("https://example.org/download/moon.html"))});
+    fakes.settle();
+    EXPECT_EQ(status(), QStringLiteral("Skipped moon.html: choose an APK or IPA"));
+}
+
+// A library that can't be written.
+
+TEST_F(AppLibraryStoreTest, aLibraryThatCannotBeWrittenStaysAsItWasAndTheUserIsTold)
+{
+    add({putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon")});
+    const auto before = store->apps();
+    const auto bytes = stored();
+    fakes.settings->failure = QStringLiteral("No space left on device");
+    const auto refused = QStringLiteral("Could not save the library: No space left on device");
+
+    add({putPackage(QStringLiteral("Apps/sun.apk"), "org.example.sun", "Sun")});
+    EXPECT_EQ(status(), refused);
+    store->toggleFavorite(before[0]);
+    EXPECT_EQ(store->apps(), before);
+    store->replaceSource(before[0].id, QUrl::fromLocalFile(QStringLiteral("/elsewhere.apk")), QStringLiteral("a.b"));
+    EXPECT_EQ(store->apps(), before);
+    store->remove(before[0]);
+    EXPECT_EQ(store->apps(), before);
+    EXPECT_EQ(status(), refused);
+    EXPECT_EQ(stored(), bytes);
+
+    fakes.settings->failure.reset();
+    store->toggleFavorite(before[0]);
+    EXPECT_TRUE(storedApps().at(0).isFavorite);
+}
+
+TEST_F(AppLibraryStoreTest, oneUnknownPlatformStartsEmptyAndTheNextAppOverwrites)
+{
+    add({putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon")});
+    auto bytes = stored();
+    fakes.settings->setValue(libraryKey, bytes.replace("\"Android\"", "\"Palm OS\""));
+    makeStore();
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_TRUE(stored().contains("Palm OS"));
+    add({putPackage(QStringLiteral("Apps/sun.apk"), "org.example.sun", "Sun")});
+    EXPECT_EQ(names(storedApps()), QStringList{QStringLiteral("Sun")});
+}
+
+// Uninstalling.
+
+class UninstallTest : public AppLibraryStoreTest
+{
+protected:
+    UninstallTest()
+    {
+        device.listed = true;
+        device.booted = true;
+        fakes.alerts->button = 0;
+        fakes.processes->on(QStringLiteral("adb -s emulator-5556 uninstall"), ScriptedProcesses::Answer{"Success\n"});
+    }
+
+    MobileApp installed(const QString &label, const QString &package)
+    {
+        auto app = addApp(label);
+        InstallRecords::write(*fakes.settings, app.sourcePath, QStringLiteral("1-2"), package);
+        return app;
+    }
+
+    qsizetype uninstalls() const { return fakes.processes->count(QStringLiteral("uninstall")); }
+};
+
+TEST_F(UninstallTest, theUserIsAskedFirstAndAnythingButTheFirstButtonEndsIt)
+{
+    const auto app = installed(QStringLiteral("Moon 1.2"), QStringLiteral("org.example.moon"));
+    fakes.alerts->button = 1;
+    store->confirmUninstall(app);
+    fakes.settle();
+    ASSERT_EQ(fakes.alerts->asked.size(), 1U);
+    const auto &alert = fakes.alerts->asked[0];
+    EXPECT_EQ(alert.message, QStringLiteral("Uninstall Moon?"));
+    EXPECT_EQ(alert.informativeText, QStringLiteral("The app and its data are removed from Quillnest's Android."));
+    EXPECT_EQ(alert.buttons, (QStringList{QStringLiteral("Uninstall"), QStringLiteral("Cancel")}));
+    EXPECT_EQ(alert.style, Alert::Style::Warning);
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(uninstalls(), 0);
+}
+
+TEST_F(UninstallTest, theAppGoesFromTheDeviceItsRecordsAndTheLibrary)
+{
+    const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon"));
+    const auto icon
+        = fakes.writeFile(QStringLiteral("Application Support/Quillnest/Icons/%1.png").arg(uuidText(app.id)), "icon");
+    store->confirmUninstall(app);
+    EXPECT_EQ(status(), QStringLiteral("Uninstalling Moon…"));
+    fakes.settle();
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("adb -s emulator-5556 uninstall org.example.moon")), 1);
+    EXPECT_TRUE(logLines().contains(QStringLiteral("Uninstall org.example.moon: Success")));
+    EXPECT_FALSE(fakes.settings->value(InstallRecords::key(app.sourcePath)).isValid());
+    EXPECT_FALSE(QFile::exists(icon));
+    EXPECT_TRUE(QFile::exists(app.sourcePath)) << "the file is the user's";
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_TRUE(storedApps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Uninstalled Moon"));
+}
+
+TEST_F(UninstallTest, aRefusalByTheDeviceCountsAsDone)
+{
+    fakes.processes->on(
+        QStringLiteral("adb -s emulator-5556 uninstall"),
+        ScriptedProcesses::Answer{" Failure [DELETE_FAILED_INTERNAL_ERROR]\n", 1});
+    store->confirmUninstall(installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon")));
+    fakes.settle();
+    EXPECT_TRUE(
+        logLines().contains(QStringLiteral("Uninstall org.example.moon: Failure [DELETE_FAILED_INTERNAL_ERROR]")));
+    EXPECT_TRUE(store->apps().empty());
+}
+
+TEST_F(UninstallTest, anAppThatWasNeverInstalledIsRemovedAtOnceWithoutTheDevice)
+{
+    const auto app = addApp(QStringLiteral("Moon"));
+    fakes.processes->forget();
+    store->confirmUninstall(app);
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Removed Moon"));
+    fakes.settle();
+    EXPECT_TRUE(fakes.processes->lines().isEmpty());
+}
+
+TEST_F(UninstallTest, theEntrysOwnPackageGoesBeforeTheRecords)
+{
+    const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.old"));
+    store->replaceSource(app.id, QUrl::fromLocalFile(app.sourcePath), QStringLiteral("org.example.renamed"));
+    store->confirmUninstall(store->apps()[0]);
+    fakes.settle();
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("uninstall org.example.renamed")), 1);
+    EXPECT_EQ(uninstalls(), 1);
+}
+
+TEST_F(UninstallTest, aPackageNameThatIsNoneNeverReachesTheDevice)
+{
+    const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon"));
+    store->replaceSource(app.id, QUrl::fromLocalFile(app.sourcePath), QStringLiteral("a.b; reboot"));
+    fakes.processes->forget();
+    store->confirmUninstall(store->apps()[0]);
+    fakes.settle();
+    EXPECT_TRUE(fakes.processes->lines().isEmpty());
+    EXPECT_TRUE(store->apps().empty());
+}
+
+TEST_F(UninstallTest, aDeviceThatCannotStartKeepsTheEntry)
+{
+    const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon"));
+    device.listed = false;
+    device.booted = false;
+    QFile::remove(runtime->emulatorPath());
+    store->confirmUninstall(app);
+    fakes.settle();
+    EXPECT_EQ(status(), QStringLiteral("Uninstall failed: Android tool missing: Android Emulator"));
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_TRUE(fakes.settings->value(InstallRecords::key(app.sourcePath)).isValid());
+}
+
+TEST_F(UninstallTest, aPackageThatTheProgramPulledItselfIsDeletedAndItsNeighboursAreNot)
+{
+    const auto pulled = putPackage(
+        QStringLiteral("Application Support/Quillnest/Packages/org.example.moon.apk"), "org.example.moon", "Moon");
+    const auto neighbour = putPackage(
+        QStringLiteral("Application Support/Quillnest/Packages kept/org.example.sun.apk"), "org.example.sun", "Sun");
+    const auto outside
+        = putPackage(QStringLiteral("Application Support/Quillnest/star.apk"), "org.example.star", "Star");
+    add({pulled, neighbour});
+    auto library = store->apps();
+    for (const auto &app : library)
+        InstallRecords::write(*fakes.settings, app.sourcePath, QStringLiteral("1-2"), QStringLiteral("org.example.x"));
+    library[1].sourcePath = neighbour;
+    MobileApp astray = library[0];
+    astray.sourcePath = fakes.path(QStringLiteral("Application Support/Quillnest/Packages/../star.apk"));
+    astray.bundleIdentifier = QStringLiteral("org.example.star");
+    for (const auto &app : {library[1], astray, library[0]}) {
+        store->confirmUninstall(app);
+        fakes.settle();
+    }
+    EXPECT_FALSE(QFile::exists(pulled));
+    EXPECT_TRUE(QFile::exists(neighbour));
+    EXPECT_TRUE(QFile::exists(outside));
+}
+
+TEST_F(UninstallTest, aStoreMayGoWhileTheUserIsAskedAndWhileTheDeviceWorks)
+{
+    const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon"));
+    store->confirmUninstall(app);
+    store.reset();
+    fakes.settle();
+    SUCCEED();
+}
+
+// Diagnostic pictures.
+
+TEST_F(AppLibraryStoreTest, theSnapshotLiesBesideTheLog)
+{
+    store->paintPanel = [] { return QImage(30, 20, QImage::Format_RGB32); };
+    store->paintGlyph = [] { return QImage(8, 8, QImage::Format_RGB32); };
+    store->writeMenuSnapshot();
+    EXPECT_EQ(QImage(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"))).size(), QSize(30, 20));
+    EXPECT_EQ(QImage(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/glyph.png"))).size(), QSize(8, 8));
+}
+
+TEST_F(AppLibraryStoreTest, aSnapshotThatFailsEndsSilentlyAndWhatWasWrittenStays)
+{
+    store->paintPanel = [] { return QImage(30, 20, QImage::Format_RGB32); };
+    store->paintGlyph = [] { return QImage(); };
+    store->writeMenuSnapshot();
+    EXPECT_TRUE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"))));
+    EXPECT_FALSE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/glyph.png"))));
 }

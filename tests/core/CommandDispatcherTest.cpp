@@ -46,6 +46,13 @@ TEST_F(CommandDispatcherTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingEl
     EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
 }
 
+TEST_F(CommandDispatcherTest, aSnapshotOfThePanelIsWritten)
+{
+    store->paintPanel = [] { return QImage(30, 20, QImage::Format_RGB32); };
+    run(QStringLiteral("snapshot-menu"));
+    EXPECT_TRUE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"))));
+}
+
 TEST_F(CommandDispatcherTest, openTakesTheFirstMatchInStoredOrder)
 {
     addApp(QStringLiteral("Zebra Moon"));

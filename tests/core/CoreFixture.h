@@ -7,6 +7,22 @@
 namespace quillnest
 {
 
+/// Locks of some apps, whose owner answers when the test says so.
+class FakeLocks : public AppLocking
+{
+public:
+    bool needsUnlock(QUuid id) const override { return locked.contains(id); }
+    void unlockIfNeeded(const MobileApp &app, std::function<void()> proceed) override
+    {
+        asked.append(QStringLiteral("open %1").arg(app.displayName()));
+        waiting = std::move(proceed);
+    }
+
+    QSet<QUuid> locked;
+    QStringList asked;
+    std::function<void()> waiting;
+};
+
 /// A store on a complete runtime whose device is scripted. `unzip` knows the packages that were put there.
 class CoreFixture : public RuntimeFixture
 {
@@ -30,7 +46,10 @@ protected:
         makeStore();
     }
 
-    AppLibraryStore::Services services() { return {fakes.platform, log, notifications, *runtime, *registry, cleaning}; }
+    AppLibraryStore::Services services()
+    {
+        return {fakes.platform, log, notifications, *runtime, *registry, locks, cleaning};
+    }
 
     /// A store as a new process would have it, on the same settings.
     void makeStore()
@@ -89,6 +108,7 @@ protected:
     std::map<QString, QByteArray> manifests;
     QByteArray installed;
     std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
+    std::shared_ptr<FakeLocks> locks = std::make_shared<FakeLocks>();
     std::shared_ptr<bool> cleaning = std::make_shared<bool>(false);
     std::unique_ptr<AndroidRuntimeCLI> runtime;
     std::unique_ptr<AndroidWindowRegistry> registry;

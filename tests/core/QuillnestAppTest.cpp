@@ -1,6 +1,7 @@
 #include "core/QuillnestApp.h"
 
 #include "LaunchFixture.h"
+#include "core/LoginItem.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -43,8 +44,21 @@ protected:
     {
         fakes.processes->forget();
         app = std::make_unique<QuillnestApp>(fakes.platform);
-        app->start(QStringList{QStringLiteral("quillnest")} + arguments, [] { return new QWidget; });
+        app->start(
+            QStringList{QStringLiteral("quillnest")} + arguments,
+            {.makePanel = [] { return new QWidget; },
+             .makePlayer =
+                 [this](const QString &title) {
+                     playerTitles.append(title);
+                     return new QWidget;
+                 },
+             .paintPanel = [] { return QImage(20, 10, QImage::Format_RGB32); },
+             .paintGlyph = [] { return QImage(8, 8, QImage::Format_RGB32); },
+             .quit = [this] { ++quits; }});
     }
+
+    QStringList playerTitles;
+    int quits = 0;
 
     qsizetype count(const char *text) const { return fakes.processes->count(QLatin1String(text)); }
 
@@ -232,4 +246,244 @@ TEST_F(QuillnestAppTest, theReportTellsOfTheLibraryAndTheWindows)
     ASSERT_EQ(windows.size(), 1);
     EXPECT_EQ(windows[0].toObject().value(QStringLiteral("package")), QStringLiteral("org.example.moon"));
     EXPECT_EQ(windows[0].toObject().value(QStringLiteral("visible")), true);
+}
+
+// The player window.
+
+TEST_F(QuillnestAppTest, thePlayerWindowOpensAQuarterOfASecondAfterTheStart)
+{
+    start({QStringLiteral("--android-player")});
+    fakes.clock->advance(249ms);
+    EXPECT_EQ(app->playerWindow(), nullptr);
+    fakes.clock->advance(1ms);
+    const auto *window = app->playerWindow();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(window->size(), QSize(430, 820));
+    EXPECT_EQ(window->minimumSize(), QSize(360, 620));
+    EXPECT_TRUE(window->windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(window->geometry().center(), fakes.screens->main()->visibleFrame.center());
+    EXPECT_EQ(playerTitles, QStringList{QStringLiteral("Android App")});
+}
+
+TEST_F(QuillnestAppTest, bothFlagsTogetherOpenOnePlayerWindow)
+{
+    start({QStringLiteral("--android-player"), QStringLiteral("--launch-apk")});
+    fakes.clock->advance(1s);
+    EXPECT_EQ(playerTitles.size(), 1);
+    start({QStringLiteral("--launch-apk"), QStringLiteral("--android-player")});
+    fakes.clock->advance(1s);
+    EXPECT_EQ(playerTitles.size(), 2);
+}
+
+TEST_F(QuillnestAppTest, launchApkAsTheLastArgumentOpensThePlayerWindowAndInstallsNothing)
+{
+    deviceIsUp();
+    start({QStringLiteral("--launch-apk")});
+    fakes.clock->advance(1s);
+    fakes.settle();
+    EXPECT_NE(app->playerWindow(), nullptr);
+    EXPECT_EQ(count(" install "), 0);
+}
+
+TEST_F(QuillnestAppTest, aFailedInstallLeavesTheProcessAndThePlayerWindow)
+{
+    deviceIsUp();
+    ::testing::internal::CaptureStderr();
+    start({QStringLiteral("--launch-apk"), fakes.path(QStringLiteral("nothing.apk"))});
+    fakes.clock->advance(1s);
+    fakes.settle();
+    ::testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(app->playerWindow()->isVisible());
+    EXPECT_EQ(quits, 0);
+}
+
+TEST_F(QuillnestAppTest, aStartWithoutFlagsOpensNoPlayerWindow)
+{
+    start({QStringLiteral("--unknown"), QStringLiteral("--android-player=1")});
+    fakes.clock->advance(1s);
+    EXPECT_EQ(app->playerWindow(), nullptr);
+}
+
+// Arranging another program's window.
+
+class ArrangeTest : public QuillnestAppTest
+{
+protected:
+    ArrangeTest()
+    {
+        fakes.foreignWindows->running = QStringLiteral("org.example.Other");
+        fakes.foreignWindows->ids = {7, 9};
+    }
+
+    void arrange(const QStringList &arguments)
+    {
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        start(arguments);
+        fakes.clock->advance(400ms);
+        output = QString::fromStdString(::testing::internal::GetCapturedStdout());
+        errors = QString::fromStdString(::testing::internal::GetCapturedStderr());
+    }
+
+    const QStringList other{QStringLiteral("--arrange"), QStringLiteral("org.example.Other")};
+    QString output;
+    QString errors;
+};
+
+TEST_F(ArrangeTest, aWindowIsArrangedAfterAMomentAndTheProcessEnds)
+{
+    start(other);
+    fakes.clock->advance(399ms);
+    EXPECT_TRUE(fakes.foreignWindows->steps.isEmpty());
+    arrange(other);
+    // The free area is 1600 by 1170 from y 30.
+    EXPECT_EQ(
+        fakes.foreignWindows->steps,
+        (QStringList{
+            QStringLiteral("7 size 430x760"), QStringLiteral("7 position 1146,235"), QStringLiteral("7 active")}));
+    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 430x760\n"));
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(ArrangeTest, aWidthOf100IsAskedForAndWidenedTo320AndAMissingHeightIs760)
+{
+    arrange(other + QStringList{QStringLiteral("--width"), QStringLiteral("100")});
+    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 320x760"));
+    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 100x760\n"));
+}
+
+TEST_F(ArrangeTest, aWidthThatIsNoNumberCountsAsAbsent)
+{
+    arrange(
+        other
+        + QStringList{
+            QStringLiteral("--width"), QStringLiteral("wide"), QStringLiteral("--height"), QStringLiteral("600.9")});
+    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 430x601"));
+    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 430x600\n"));
+}
+
+TEST_F(ArrangeTest, theSizeEndsAtTheScreens)
+{
+    arrange(
+        other
+        + QStringList{
+            QStringLiteral("--width"), QStringLiteral("9000"), QStringLiteral("--height"), QStringLiteral("9000")});
+    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 1600x1170"));
+    EXPECT_EQ(fakes.foreignWindows->steps.value(1), QStringLiteral("7 position -24,30"));
+}
+
+TEST_F(ArrangeTest, withoutThePermissionTheDesktopAsksAndTheProcessWaits15Seconds)
+{
+    fakes.foreignWindows->trusted = false;
+    arrange(other);
+    EXPECT_EQ(
+        errors, QStringLiteral("Quillnest arrange failed: Accessibility permission is required for compact windows\n"));
+    EXPECT_EQ(fakes.foreignWindows->prompts, 1);
+    fakes.clock->advance(14999ms);
+    EXPECT_EQ(quits, 0);
+    fakes.clock->advance(1ms);
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(fakes.foreignWindows->steps.isEmpty());
+}
+
+TEST_F(ArrangeTest, anyOtherFailureEndsTheProcessAtOnce)
+{
+    arrange({QStringLiteral("--arrange"), QStringLiteral("org.example.Nobody")});
+    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: The mobile app window is not running yet\n"));
+    EXPECT_EQ(quits, 1);
+
+    fakes.foreignWindows->ids.clear();
+    arrange(other);
+    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: No resizable window was found\n"));
+    EXPECT_EQ(quits, 2);
+
+    fakes.foreignWindows->ids = {7};
+    fakes.foreignWindows->takesPositions = false;
+    arrange(other);
+    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: The desktop did not allow the window resize\n"));
+    EXPECT_EQ(quits, 3);
+
+    fakes.platform.profile.systemName = HostProfile::appleSilicon().systemName;
+    fakes.foreignWindows->takesSizes = false;
+    arrange(other);
+    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: macOS did not allow the window resize\n"));
+    EXPECT_EQ(quits, 4);
+}
+
+TEST_F(ArrangeTest, withoutAnIdentityTheStartIsANormalOne)
+{
+    arrange({QStringLiteral("--arrange")});
+    fakes.clock->advance(20s);
+    EXPECT_EQ(quits, 0);
+    EXPECT_TRUE(errors.isEmpty());
+}
+
+// The login item.
+
+TEST_F(QuillnestAppTest, theLoginItemIsSwitchedOnOnceAndThenLeftToTheUser)
+{
+    start();
+    EXPECT_EQ(fakes.loginItems->requests, std::vector{true});
+    EXPECT_TRUE(hasLogged(QStringLiteral("open at login enabled=true status=1")));
+    EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.loginItemDefaulted")), QVariant(true));
+    fakes.loginItems->current = LoginItems::Status::NotRegistered;
+    start();
+    EXPECT_EQ(fakes.loginItems->requests.size(), 1U);
+    EXPECT_TRUE(hasLogged(QStringLiteral("open at login enabled=false status=0")));
+}
+
+TEST_F(QuillnestAppTest, aLoginItemThatIsOnAlreadyIsNotSetAgain)
+{
+    fakes.loginItems->current = LoginItems::Status::Enabled;
+    start();
+    EXPECT_TRUE(fakes.loginItems->requests.empty());
+    EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.loginItemDefaulted")), QVariant(true));
+}
+
+TEST_F(QuillnestAppTest, aLoginItemThatTheDesktopRefusesIsNotTriedAgain)
+{
+    fakes.loginItems->failure = QStringLiteral("no room");
+    start();
+    EXPECT_TRUE(hasLogged(QStringLiteral("open at login enabled=false status=0")));
+    start();
+    EXPECT_EQ(fakes.loginItems->requests.size(), 1U);
+}
+
+TEST_F(QuillnestAppTest, theSentenceOfARefusedLoginItemNamesTheSystem)
+{
+    EXPECT_EQ(LoginItem::set(fakes.platform, true), std::nullopt);
+    fakes.loginItems->failure = QStringLiteral("no room");
+    EXPECT_EQ(LoginItem::set(fakes.platform, true), QStringLiteral("The desktop did not allow this: no room"));
+    fakes.platform.profile.systemName = HostProfile::appleSilicon().systemName;
+    EXPECT_EQ(LoginItem::set(fakes.platform, false), QStringLiteral("macOS did not allow this: no room"));
+}
+
+// Diagnostics.
+
+TEST_F(QuillnestAppTest, withSnapshotsOnThePanelIsDrawnASecondAfterTheStart)
+{
+    const auto picture = fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"));
+    start();
+    fakes.clock->advance(2s);
+    EXPECT_FALSE(QFile::exists(picture));
+    fakes.settings->setValue(QStringLiteral("QuillnestSnapshots"), true);
+    start();
+    fakes.clock->advance(999ms);
+    EXPECT_FALSE(QFile::exists(picture));
+    fakes.clock->advance(1ms);
+    EXPECT_EQ(QImage(picture).size(), QSize(20, 10));
+}
+
+TEST_F(QuillnestAppTest, settingsThatWereKeptAsideAreNamedInTheLog)
+{
+    Q_EMIT fakes.settings->setAside(QStringLiteral("/before"));
+    start();
+    Q_EMIT fakes.settings->setAside(QStringLiteral("/settings.json.damaged-1"));
+    EXPECT_EQ(
+        logLines().filter(QStringLiteral("settings unreadable")),
+        QStringList{QStringLiteral("settings unreadable, kept aside as /settings.json.damaged-1")});
+    fakes.settings->damaged = QStringLiteral("/settings.json.damaged-2");
+    start();
+    EXPECT_TRUE(hasLogged(QStringLiteral("settings unreadable, kept aside as /settings.json.damaged-2")));
 }
