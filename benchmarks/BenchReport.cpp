@@ -10,15 +10,19 @@
 namespace quillnest::bench
 {
 
-void BenchReport::add(const QString &name, double value, const QString &unit)
+void BenchReport::add(const QString &name, const Samples &samples, const QString &unit)
 {
-    m_figures.push_back({name, value, unit});
+    m_figures.push_back({name, samples, unit});
 }
 
 void BenchReport::print() const
 {
-    for (const auto &figure : m_figures)
-        std::printf("%-40s %12.3f  %s\n", qUtf8Printable(figure.name), figure.value, qUtf8Printable(figure.unit));
+    for (const auto &[name, samples, unit] : m_figures) {
+        std::printf("%-40s %12.3f  %s", qUtf8Printable(name), samples.median(), qUtf8Printable(unit));
+        if (samples.count() > 1)
+            std::printf("  (%.3f to %.3f in %zu)", samples.least(), samples.greatest(), samples.count());
+        std::printf("\n");
+    }
 }
 
 bool BenchReport::write(const QString &path) const
@@ -27,7 +31,7 @@ bool BenchReport::write(const QString &path) const
     for (const auto &figure : m_figures) {
         list.append(QJsonObject{
             {QStringLiteral("name"), figure.name},
-            {QStringLiteral("value"), figure.value},
+            {QStringLiteral("value"), figure.samples.median()},
             {QStringLiteral("unit"), figure.unit}});
     }
     QSaveFile file(path);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "benchmarks/Samples.h"
+
 #include <QString>
 
 #include <vector>
@@ -11,14 +13,17 @@ namespace quillnest::bench
 class BenchReport
 {
 public:
-    void add(const QString &name, double value, const QString &unit);
+    /// The figure is the median; the table shows the spread beside it.
+    void add(const QString &name, const Samples &samples, const QString &unit);
+    void add(const QString &name, double value, const QString &unit) { add(name, Samples{value}, unit); }
+
     void print() const;
     bool write(const QString &path) const;
 
 private:
     struct Figure {
         QString name;
-        double value;
+        Samples samples;
         QString unit;
     };
     std::vector<Figure> m_figures;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "benchmarks/BenchReport.h"
+#include "benchmarks/Benchmark.h"
 
 namespace quillnest::bench
 {
 
 /// What a picture costs on its way from the socket to the screen, against FFmpeg decoding the same stream.
-void benchVideoPath(BenchReport &report);
+Benchmark videoPathBench();
 
 } // namespace quillnest::bench

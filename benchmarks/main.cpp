@@ -1,24 +1,68 @@
-// quillnest-bench [FILE]: runs the benchmarks, prints a table and writes FILE, "bench.json" by default.
+// quillnest-bench [FILE] [NAME-REGEX]: runs the benchmarks, or those with the expression in their names or in those of
+// their figures, prints a table and writes FILE, "bench.json" by default. quillnest-bench --list names them.
 
+#include "benchmarks/AdbBench.h"
+#include "benchmarks/IdleBench.h"
+#include "benchmarks/LibraryBench.h"
+#include "benchmarks/MachineFacts.h"
+#include "benchmarks/StartBench.h"
 #include "benchmarks/VideoPathBench.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 
 #include <cstdio>
 #include <exception>
 
 int main(int argc, char **argv)
 {
+    using namespace quillnest::bench;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    const auto path = QGuiApplication::arguments().value(1, QStringLiteral("bench.json"));
-    quillnest::bench::BenchReport report;
-    try {
-        quillnest::bench::benchVideoPath(report);
-    } catch (const std::exception &error) {
-        std::fprintf(stderr, "%s\n", error.what());
+    QApplication application(argc, argv);
+    // Those that need a quiet machine most go first.
+    const std::vector<Benchmark> benchmarks{libraryBench(), startBench(), idleBench(), adbBench(), videoPathBench()};
+
+    const auto arguments = QApplication::arguments().mid(1);
+    if (arguments == QStringList{QStringLiteral("--list")}) {
+        for (const auto &benchmark : benchmarks)
+            std::printf("%s: %s\n", qUtf8Printable(benchmark.name), qUtf8Printable(benchmark.figures.join(u' ')));
+        return 0;
+    }
+    const QRegularExpression pattern(arguments.value(1));
+    const auto path = arguments.value(0, QStringLiteral("bench.json"));
+    if (arguments.size() > 2 || path.startsWith(u'-')) {
+        std::fputs("usage: quillnest-bench [FILE] [NAME-REGEX] | --list\n", stderr);
+        return 2;
+    }
+    if (!pattern.isValid()) {
+        std::fprintf(stderr, "\"%s\": %s\n", qUtf8Printable(pattern.pattern()), qUtf8Printable(pattern.errorString()));
+        return 2;
+    }
+
+    std::fputs(qUtf8Printable(machineFacts()), stdout);
+    std::fflush(stdout);
+    BenchReport report;
+    bool ran = false;
+    for (const auto &benchmark : benchmarks) {
+        if (!benchmark.matches(pattern))
+            continue;
+        ran = true;
+        std::fprintf(stderr, "... %s\n", qUtf8Printable(benchmark.name));
+        try {
+            benchmark.run(report);
+        } catch (const std::exception &error) {
+            std::fprintf(stderr, "%s: %s\n", qUtf8Printable(benchmark.name), error.what());
+            return 1;
+        }
+    }
+    if (!ran) {
+        std::fprintf(stderr, "no benchmark matches \"%s\"\n", qUtf8Printable(pattern.pattern()));
+        return 2;
+    }
+    std::printf("\n");
+    report.print();
+    if (!report.write(path)) {
+        std::fprintf(stderr, "%s can't be written\n", qUtf8Printable(path));
         return 1;
     }
-    report.print();
-    return report.write(path) ? 0 : 1;
+    return 0;
 }

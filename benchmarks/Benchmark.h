@@ -1,0 +1,25 @@
+#pragma once
+
+#include "benchmarks/BenchReport.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+namespace quillnest::bench
+{
+
+/// Something that can be measured by itself.
+struct Benchmark {
+    QString name;
+    /// The figures that it adds; where the display's size ends a name, what stands before it.
+    QStringList figures;
+    void (*run)(BenchReport &report);
+
+    /// Whether the pattern finds something in its name or in one of its figures' names.
+    bool matches(const QRegularExpression &pattern) const
+    {
+        return name.contains(pattern) || !figures.filter(pattern).isEmpty();
+    }
+};
+
+} // namespace quillnest::bench

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace quillnest::bench
+{
+
+/// What the figures were measured on, as lines of "name: value".
+QString machineFacts();
+
+} // namespace quillnest::bench
