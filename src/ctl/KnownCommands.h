@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+
+namespace quillnest::ctl
+{
+
+/// A command of the text channel. One that ends in a colon takes what follows as its argument.
+struct KnownCommand {
+    const char *text;
+    const char *meaning;
+};
+
+/// What the program of this version knows, in the order of its own table.
+inline constexpr std::array<KnownCommand, 13> knownCommands{{
+    {"back", "presses Android's back key in the first window"},
+    {"snapshot-menu", "writes a picture of the panel"},
+    {"add:", "adds the package file at the path that follows"},
+    {"close-all", "closes all app windows"},
+    {"paste", "types the clipboard's text into the first window"},
+    {"copy", "copies what is selected in the first window"},
+    {"adblock-on", "switches the ad block on"},
+    {"adblock-off", "switches the ad block off"},
+    {"wallpaper:", "chooses the wallpaper that follows"},
+    {"theme:", "chooses the theme that follows"},
+    {"home", "shows the panel"},
+    {"hide", "hides the first window"},
+    {"open:", "opens the first app whose name contains what follows"},
+}};
+
+} // namespace quillnest::ctl
