@@ -22,6 +22,9 @@ int main(int argc, char **argv)
     QApplication::setFont(interfaceFont(13));
 
     const auto platform = linuxPlatform();
+    const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };
+    applyAppearance();
+    QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);
     QuillnestApp quillnest(platform);
     QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {
         if (window)

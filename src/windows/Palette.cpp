@@ -47,6 +47,21 @@ Palette Palette::current(const Platform &platform)
     return platform.appearance && platform.appearance->isDark() ? dark() : light();
 }
 
+QPalette Palette::toolkitPalette() const
+{
+    QPalette palette(field, windowBackground);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
+        palette.setColor(role, label);
+    palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::ToolTipBase, field);
+    palette.setColor(QPalette::PlaceholderText, tertiaryLabel);
+    palette.setColor(QPalette::Highlight, controlAccent);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, tertiaryLabel);
+    return palette;
+}
+
 QFont interfaceFont(int points, QFont::Weight weight)
 {
     static const bool hasInter = QFontDatabase::hasFamily(QStringLiteral("Inter"));

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QPalette>
 
 namespace quillnest
 {
@@ -26,6 +27,9 @@ struct Palette {
     static Palette dark();
     /// As the desktop's appearance is now.
     static Palette current(const Platform &platform);
+
+    /// The same colours for the toolkit's own menus and dialogs.
+    QPalette toolkitPalette() const;
 };
 
 /// The interface font, `points` high in points of the screen.

@@ -1,11 +1,40 @@
 #include "platform/desktop/DesktopAlerts.h"
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
 namespace quillnest
 {
+
+namespace
+{
+
+constexpr int iconSize = 48;
+constexpr int textWidth = 260;
+
+/// The toolkit's own layout is cramped: wider margins, the program's sign, the question in bold.
+void giveRoom(QMessageBox &box)
+{
+    const auto sign = QApplication::windowIcon().pixmap(QSize(iconSize, iconSize), box.devicePixelRatioF());
+    if (!sign.isNull())
+        box.setIconPixmap(sign);
+    auto *grid = qobject_cast<QGridLayout *>(box.layout());
+    grid->setContentsMargins(20, 20, 20, 18);
+    grid->setHorizontalSpacing(16);
+    grid->setVerticalSpacing(14);
+    if (auto *question = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"))) {
+        auto font = question->font();
+        font.setBold(true);
+        question->setFont(font);
+        question->setMinimumWidth(textWidth);
+    }
+}
+
+} // namespace
 
 void DesktopAlerts::ask(const Alert &alert, std::function<void(int)> answer)
 {
@@ -17,6 +46,7 @@ void DesktopAlerts::ask(const Alert &alert, std::function<void(int)> answer)
     box->setTextFormat(Qt::PlainText);
     box->setText(alert.message);
     box->setInformativeText(alert.informativeText);
+    giveRoom(*box);
     QList<QAbstractButton *> buttons;
     for (const auto &title : alert.buttons) {
         const bool isFirst = buttons.isEmpty();

@@ -1,0 +1,72 @@
+#include "endtoend/EndToEnd.h"
+
+namespace quillnest::driver
+{
+
+/// Uninstalling as a user does it: with the other button of the mouse.
+class UninstallTest : public EndToEnd
+{
+protected:
+    /// Opens the context menu of the only tile, whose app runs, and takes the last entry.
+    void chooseUninstall()
+    {
+        program.post(QStringLiteral("home"));
+        program.waitForState(QStringLiteral("the panel"), 10, [](const QJsonObject &state) {
+            return !rectangle(state[QStringLiteral("panel")].toObject()).isEmpty();
+        });
+        const auto panel = rectangle(program.state().value(QStringLiteral("panel")).toObject());
+        const auto tile = panel.topLeft() + QPointF(56, 110);
+        desktop.click(tile, 3);
+        waitFor(QStringLiteral("the menu"), 10, [this] { return isShown(QStringLiteral("OVERRIDE")); });
+        desktop.click(tile + QPointF(60, 109));
+    }
+
+    /// Whether the program has a visible window of this type of the window manager's.
+    bool isShown(const QString &type) const
+    {
+        const auto script = QStringLiteral(
+            "for window in $(xdotool search --onlyvisible --class quillnest); do "
+            "xprop -id $window _NET_WM_WINDOW_TYPE; done | grep -c \"$1\" || true");
+        return desktop.run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), type}).trimmed()
+            != "0";
+    }
+
+    void waitForQuestion(bool shown) const
+    {
+        waitFor(QStringLiteral("the question to come or go"), 10, [this, shown] {
+            return isShown(QStringLiteral("TYPE_DIALOG")) == shown;
+        });
+    }
+
+    bool isInstalled() const
+    {
+        return program.device()
+            .value(QStringLiteral("packages"))
+            .toObject()
+            .contains(QStringLiteral("app.quillnest.samples.tide"));
+    }
+};
+
+TEST_F(UninstallTest, anAppIsUninstalledFromTheDeviceAfterTheUserHasSaidSo)
+{
+    program.start();
+    openTide();
+    ASSERT_TRUE(isInstalled());
+    chooseUninstall();
+    waitForQuestion(true);
+    desktop.key(QStringLiteral("Escape"));
+    waitForQuestion(false);
+    EXPECT_TRUE(isInstalled());
+    EXPECT_EQ(program.state().value(QStringLiteral("apps")).toArray().size(), 1);
+
+    chooseUninstall();
+    waitForQuestion(true);
+    desktop.key(QStringLiteral("Return"));
+    waitForStatus(QStringLiteral("Uninstalled Tide"));
+    EXPECT_FALSE(isInstalled());
+    EXPECT_TRUE(program.state().value(QStringLiteral("apps")).toArray().isEmpty());
+    EXPECT_TRUE(windows(program.state()).isEmpty());
+    waitForLog(QStringLiteral("Uninstall app.quillnest.samples.tide: Success"));
+}
+
+} // namespace quillnest::driver
