@@ -1,10 +1,10 @@
 # Completion of quillnestctl for bash.
 
-# Puts what the program itself answers into `candidates`: of each line what stands in front of the first blank.
+# Puts the lines that the program itself answers into `candidates`.
 _quillnestctl_ask() {
   local lines
   mapfile -t lines < <("${COMP_WORDS[0]/#\~/$HOME}" "$@" 2>/dev/null)
-  candidates+=("${lines[@]%% *}")
+  candidates+=("${lines[@]}")
 }
 
 _quillnestctl() {
@@ -26,6 +26,8 @@ _quillnestctl() {
       fi
       candidates=(--list --help)
       _quillnestctl_ask post --list
+      # Behind the blanks stands what it means.
+      candidates=("${candidates[@]%% *}")
       ;;
     3:state) candidates=(--help) ;;
     *:log) candidates=(-f --follow -n --lines --help) ;;

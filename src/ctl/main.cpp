@@ -43,6 +43,11 @@ int main(int argc, char **argv)
 {
     // A reader that goes away is no failure, and no reason to end by a signal.
     std::signal(SIGPIPE, SIG_IGN);
+    // Failures are told in words of our own; what a library finds remarkable is nothing for a script's standard error.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &text) {
+        if (type == QtFatalMsg)
+            complain(text);
+    });
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillnestctl"));
     const auto arguments = QCoreApplication::arguments().mid(1);
