@@ -262,17 +262,26 @@ void AndroidStreamClient::stop()
 
 void AndroidStreamClient::send(const QByteArray &message)
 {
-    m_sendQueue->post([control = m_control, message] {
-        std::shared_ptr<StreamSocket> socket;
+    if (m_control->queue.push(message, m_platform.clock->monotonic()))
+        m_sendQueue->post([control = m_control, clock = m_platform.clock] { control->empty(*clock); });
+}
+
+void AndroidStreamClient::ControlLink::empty(const Clock &clock)
+{
+    while (const auto message = queue.next()) {
+        std::shared_ptr<StreamSocket> current;
         {
-            const std::scoped_lock guard(control->lock);
-            socket = control->socket;
+            const std::scoped_lock guard(lock);
+            current = socket;
         }
-        if (socket)
-            socket->writeAll(
-                {reinterpret_cast<const std::uint8_t *>(message.constData()),
-                 static_cast<std::size_t>(message.size())});
-    });
+        if (!current)
+            continue;
+        current->writeAll(
+            {reinterpret_cast<const std::uint8_t *>(message->bytes.constData()),
+             static_cast<std::size_t>(message->bytes.size())});
+        const std::scoped_lock guard(lock);
+        latency.add(clock.monotonic() - message->since);
+    }
 }
 
 std::shared_ptr<StreamSocket> AndroidStreamClient::controlSocket() const
@@ -319,6 +328,12 @@ StreamStatistics AndroidStreamClient::statistics() const
         result.audioFramesPlayed = player->framesPlayed();
     result.framesEnqueued = m_framesDecoded;
     result.audioPackets = m_audioPackets;
+    result.controlWaiting = m_control->queue.size();
+    result.controlDropped = m_control->queue.dropped();
+    {
+        const std::scoped_lock guard(m_control->lock);
+        result.controlLatency = m_control->latency;
+    }
     return result;
 }
 

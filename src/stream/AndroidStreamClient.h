@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/LatencyHistogram.h"
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
+#include "stream/ControlQueue.h"
 #include "stream/LocalListener.h"
 #include "stream/PCMAudioPlayer.h"
 #include "stream/StreamSocket.h"
@@ -33,6 +35,11 @@ struct StreamStatistics {
     std::uint64_t framesEnqueued = 0;
     std::uint64_t audioFramesPlayed = 0;
     std::uint64_t audioPackets = 0;
+    /// Control messages that wait for the device, and those that were replaced or refused because too many did.
+    std::uint64_t controlWaiting = 0;
+    std::uint64_t controlDropped = 0;
+    /// From `send` until a message's last byte was given to the socket.
+    LatencyHistogram controlLatency;
     /// From `start` to the first frame in the renderer's queue, in seconds.
     std::optional<double> firstFrameSeconds;
 };
@@ -90,7 +97,7 @@ public:
     void stop();
 
     /// Queues a control message and returns at once; messages go out in the order of the calls. Dropped without a word
-    /// when there is no control socket. Any thread.
+    /// when there is no control socket; what happens while the device doesn't read is told at ControlQueue. Any thread.
     void send(const QByteArray &message);
 
     /// Raises the number of the last clipboard message by one and gives it.
@@ -119,6 +126,12 @@ private:
     struct ControlLink {
         std::mutex lock;
         std::shared_ptr<StreamSocket> socket;
+        ControlQueue queue;
+
+        LatencyHistogram latency;
+
+        /// Writes all that waits. Blocks while the device doesn't read.
+        void empty(const Clock &clock);
     };
 
     AndroidStreamClient(

@@ -11,18 +11,6 @@ namespace quillnest::ScrcpyControl
 namespace
 {
 
-enum Type : std::uint8_t {
-    keyType = 0,
-    textType = 1,
-    touchType = 2,
-    backType = 4,
-    getClipboardType = 8,
-    setClipboardType = 9,
-    startAppType = 16,
-    resetVideoType = 17,
-    resizeDisplayType = 21,
-};
-
 /// One generic finger, the same in every message.
 constexpr std::uint64_t pointerId = 0xFFFFFFFFFFFFFFFE;
 

@@ -17,7 +17,19 @@ namespace ScrcpyControl
 enum class KeyAction : std::uint8_t { down = 0, up = 1 };
 enum class MotionAction : std::uint8_t { down = 0, up = 1, move = 2 };
 
-constexpr std::uint8_t scrollType = 3;
+/// The first byte of a message.
+enum Type : std::uint8_t {
+    keyType = 0,
+    textType = 1,
+    touchType = 2,
+    scrollType = 3,
+    backType = 4,
+    getClipboardType = 8,
+    setClipboardType = 9,
+    startAppType = 16,
+    resetVideoType = 17,
+    resizeDisplayType = 21,
+};
 
 /// 1.0 and more saturate at 0xFFFF, negatives count as 0.
 std::uint16_t u16fp(float value);

@@ -132,7 +132,7 @@ void AndroidVideoView::showNewestFrame()
     noteFirstShown();
     const auto age = m_platform.clock->monotonic() - frame->arrival();
     m_counters.lastFrameAge = std::chrono::duration<double, std::milli>(age).count();
-    m_counters.worstFrameAge = std::max(m_counters.worstFrameAge, m_counters.lastFrameAge);
+    m_counters.frameAges.add(age);
 }
 
 void AndroidVideoView::showEvent(QShowEvent *event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/LatencyHistogram.h"
 #include "platform/Platform.h"
 #include "stream/AndroidStreamClient.h"
 #include "stream/ScrcpyControl.h"
@@ -20,7 +21,8 @@ struct ViewCounters {
     std::uint64_t framesShown = 0;
     /// Age of the picture when its pixels were last handed to the display, in milliseconds.
     double lastFrameAge = 0;
-    double worstFrameAge = 0;
+    /// Of all pictures that were handed to the display as they came.
+    LatencyHistogram frameAges;
     /// `Clock::monotonic` when the first picture was handed to the display.
     std::optional<std::chrono::nanoseconds> firstShownAt;
 };

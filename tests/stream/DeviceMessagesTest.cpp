@@ -230,6 +230,25 @@ TEST_F(DeviceMessagesTest, deviceThatStopsReadingHoldsUpNeitherTheCallerNorTheVi
     EXPECT_TRUE(endsOnceWith(std::nullopt));
 }
 
+TEST_F(DeviceMessagesTest, deviceThatReadsAgainFindsTheFingerLifted)
+{
+    ASSERT_NO_FATAL_FAILURE(openVideo());
+    using ScrcpyControl::MotionAction;
+    const QSizeF frame(800, 600);
+    client->send(ScrcpyControl::touch(MotionAction::down, {1, 1}, frame));
+    const auto clipboard = ScrcpyControl::setClipboard(QString(200000, QLatin1Char('x')), false, 2);
+    for (int i = 0; i < 200; ++i) {
+        client->send(clipboard);
+        client->send(ScrcpyControl::touch(MotionAction::move, {1.0 * i, 1}, frame));
+    }
+    const auto up = ScrcpyControl::touch(MotionAction::up, {199, 1}, frame);
+    client->send(up);
+    EXPECT_GT(client->statistics().controlDropped, 0U) << "what waits is bounded";
+    EXPECT_TRUE(controlSocket.receiveUntil(up).endsWith(up));
+    client->send(ScrcpyControl::backDown());
+    EXPECT_EQ(controlSocket.receive(2), ScrcpyControl::backDown()) << "and then everything goes out again";
+}
+
 TEST_F(DeviceMessagesTest, sendAfterStopDoesNothing)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());

@@ -71,6 +71,24 @@ QByteArray DeviceSocket::receive(int count)
     return bytes;
 }
 
+QByteArray DeviceSocket::receiveUntil(const QByteArray &end)
+{
+    QByteArray bytes;
+    while (!bytes.endsWith(end)) {
+        const auto more = receive(1);
+        if (more.isEmpty())
+            break;
+        bytes += more;
+        char buffer[65536];
+        // What is there already, but not past the end that is looked for.
+        const auto peeked = ::recv(m_descriptor, buffer, sizeof buffer, MSG_PEEK | MSG_DONTWAIT);
+        const auto at = peeked > 0 ? QByteArray(buffer, peeked).indexOf(end) : -1;
+        const auto take = at >= 0 ? at + end.size() : std::max<qsizetype>(0, peeked - end.size());
+        bytes += receive(static_cast<int>(take));
+    }
+    return bytes;
+}
+
 bool DeviceSocket::ends()
 {
     while (true) {

@@ -23,6 +23,8 @@ public:
     bool send(const QByteArray &bytes);
     /// `count` bytes, or fewer when the other side ends the connection or is silent for half a minute.
     QByteArray receive(int count);
+    /// Everything up to and with `end`, or less when the other side ends the connection or falls silent.
+    QByteArray receiveUntil(const QByteArray &end);
     /// Whether the other side ends the connection, whatever else it sends before.
     bool ends();
     void close();

@@ -410,7 +410,7 @@ TEST_F(VideoPaintTest, whatCameWhileHiddenIsShownWithTheWindow)
     EXPECT_TRUE(comesTrue(fakes, [&] { return bool(same(onScreen(), picture)); }));
     EXPECT_EQ(view->counters().framesShown, 2U);
     // The hour was the window's, not the stream's.
-    EXPECT_EQ(view->counters().worstFrameAge, 0);
+    EXPECT_EQ(view->counters().frameAges.worst(), 0);
     const QRect part(30, 30, 10, 10);
     fillRandomly(picture, part);
     show(picture, {part});
@@ -433,7 +433,7 @@ TEST_F(VideoPaintTest, countersTellTheFirstPictureAndTheAgeOfTheLastAndTheWorst)
     showAged(20ms);
     showAged(2ms);
     EXPECT_DOUBLE_EQ(view->counters().lastFrameAge, 2);
-    EXPECT_DOUBLE_EQ(view->counters().worstFrameAge, 20);
+    EXPECT_DOUBLE_EQ(view->counters().frameAges.worst(), 20);
     EXPECT_EQ(view->counters().firstShownAt, first);
     EXPECT_EQ(view->counters().framesShown, 3U);
 }
