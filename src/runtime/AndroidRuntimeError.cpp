@@ -3,6 +3,16 @@
 namespace quillnest
 {
 
+namespace
+{
+/// A tool may say megabytes, and this is for a line of the panel and of the log: its beginning and its end.
+QString bounded(const QString &text)
+{
+    constexpr qsizetype part = 1000;
+    return text.size() <= 2 * part ? text : text.first(part) + QStringLiteral(" … ") + text.last(part);
+}
+} // namespace
+
 AndroidRuntimeError::AndroidRuntimeError(Case errorCase, QString description)
     : m_case(errorCase), m_description(std::move(description)), m_bytes(m_description.toUtf8())
 {
@@ -15,7 +25,7 @@ AndroidRuntimeError AndroidRuntimeError::toolMissing(const QString &tool)
 
 AndroidRuntimeError AndroidRuntimeError::commandFailed(const QString &text)
 {
-    return {Case::commandFailed, text.isEmpty() ? QStringLiteral("Android command failed") : text};
+    return {Case::commandFailed, text.isEmpty() ? QStringLiteral("Android command failed") : bounded(text)};
 }
 
 AndroidRuntimeError AndroidRuntimeError::bootTimeout()

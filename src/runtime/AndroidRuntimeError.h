@@ -15,7 +15,8 @@ public:
     enum class Case { toolMissing, commandFailed, bootTimeout, packageNameMissing };
 
     static AndroidRuntimeError toolMissing(const QString &tool);
-    /// `text` is the tool's own words; empty text gets a general sentence.
+    /// `text` is the tool's own words, of which the middle is left out if they are very many; empty text gets a
+    /// general sentence.
     static AndroidRuntimeError commandFailed(const QString &text);
     static AndroidRuntimeError bootTimeout();
     static AndroidRuntimeError packageNameMissing();
