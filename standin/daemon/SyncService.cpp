@@ -111,9 +111,10 @@ bool SyncService::receiveFile(const QByteArray &pathAndMode)
     const mode_t mode = pathAndMode.mid(comma + 1).toUInt();
     QDir().mkpath(QFileInfo(path).path());
     // A link's data is its target. Written to a side file first, so that a push cut short leaves the old file.
-    // Its name is this push's own: several clients may push the same file at once.
+    // Its name is this push's own, as several clients may push the same file at once, and short, as the file's may be
+    // as long as a name can be.
     static std::atomic<int> pushes = 0;
-    const QString partial = path + QStringLiteral(".partial%1").arg(++pushes);
+    const QString partial = QFileInfo(path).path() + QStringLiteral("/.partial%1").arg(++pushes);
     QByteArray problem;
     QFile file(partial);
     QByteArray target;
@@ -140,8 +141,11 @@ bool SyncService::receiveFile(const QByteArray &pathAndMode)
             file.close();
             if (file.error() != QFile::NoError)
                 return fail("write failed: " + file.errorString().toUtf8());
-            if (::rename(QFile::encodeName(partial).constData(), encoded.constData()) != 0)
-                return fail(std::strerror(errno));
+            if (::rename(QFile::encodeName(partial).constData(), encoded.constData()) != 0) {
+                const int reason = errno;
+                file.remove();
+                return fail(QByteArray("couldn't create file: ") + std::strerror(reason));
+            }
             return send("OKAY", {0});
         }
         if (!header->startsWith("DATA") || static_cast<qsizetype>(size) > maxData)

@@ -10,12 +10,24 @@ using namespace Qt::StringLiterals;
 const QStringList &FaultPlan::names()
 {
     static const QStringList names
-        = {u"never-boots"_s,       u"sick-package-service"_s,        u"wrong-api"_s,
-           u"ignore-kill"_s,       u"no-validated-network"_s,        u"never-connect"_s,
-           u"connect-late"_s,      u"close-video-after"_s,           u"close-control-after"_s,
-           u"close-audio-after"_s, u"wrong-video-codec"_s,           u"wrong-audio-codec"_s,
-           u"garbage-video"_s,     u"stall-video-after"_s,           u"oversize-packet"_s,
-           u"die-after-frames"_s,  u"device-stops-reading-control"_s};
+        = {u"never-boots"_s,
+           u"sick-package-service"_s,
+           u"wrong-api"_s,
+           u"ignore-kill"_s,
+           u"no-validated-network"_s,
+           u"never-connect"_s,
+           u"connect-late"_s,
+           u"close-video-after"_s,
+           u"close-control-after"_s,
+           u"close-audio-after"_s,
+           u"wrong-video-codec"_s,
+           u"wrong-audio-codec"_s,
+           u"garbage-video"_s,
+           u"stall-video-after"_s,
+           u"oversize-packet"_s,
+           u"die-after-frames"_s,
+           u"device-stops-reading-control"_s,
+           u"any-package-name"_s};
     return names;
 }
 

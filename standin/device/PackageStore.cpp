@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 
 namespace standin
 {
@@ -24,6 +25,13 @@ QString randomName()
     return QString::fromLatin1(bytes.toBase64(QByteArray::Base64UrlEncoding));
 }
 
+bool isPackageName(const QString &name)
+{
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(u"[A-Za-z][A-Za-z0-9_]*(\\.[A-Za-z][A-Za-z0-9_]*)+"_s));
+    return pattern.match(name).hasMatch();
+}
+
 /// The folder made for one installation: "/data/app/~~random", two levels above the APK.
 QDir installationFolder(const QString &apk)
 {
@@ -32,8 +40,8 @@ QDir installationFolder(const QString &apk)
 
 } // namespace
 
-PackageStore::PackageStore(const DeviceTree &tree, QString file, int api)
-    : m_tree(tree), m_file(std::move(file)), m_api(api)
+PackageStore::PackageStore(const DeviceTree &tree, const FaultPlan &faults, QString file, int api)
+    : m_tree(tree), m_faults(faults), m_file(std::move(file)), m_api(api)
 {
     addSystemPackages();
     load();
@@ -47,6 +55,11 @@ QString PackageStore::install(
     const std::optional<ApkInfo> info = ApkInfo::read(hostFile, &problem);
     if (!info)
         return problem.arg(shownPath);
+    const bool mayHaveAnyName = m_faults.has(u"any-package-name"_s) && !info->package.contains(u".."_s);
+    if (!isPackageName(info->package) && !mayHaveAnyName) {
+        return u"INSTALL_PARSE_FAILED_BAD_PACKAGE_NAME: Failed to parse %1: Invalid manifest package %2"_s.arg(
+            shownPath, info->package);
+    }
     if (info->minSdk > m_api) {
         return u"INSTALL_FAILED_OLDER_SDK: Requires newer sdk version #%1 (current version is #%2)"_s.arg(info->minSdk)
             .arg(m_api);

@@ -2,6 +2,7 @@
 
 #include "device/ApkInfo.h"
 #include "device/DeviceTree.h"
+#include "device/FaultPlan.h"
 
 #include <QDateTime>
 #include <QList>
@@ -29,7 +30,7 @@ struct InstalledPackage {
 class PackageStore
 {
 public:
-    PackageStore(const DeviceTree &tree, QString file, int api);
+    PackageStore(const DeviceTree &tree, const FaultPlan &faults, QString file, int api);
 
     /// Installs the file at the host's path, named `shownPath` in messages. Empty on success, otherwise what stands
     /// in the brackets behind "Failure".
@@ -47,6 +48,7 @@ private:
     void insert(const InstalledPackage &package);
 
     const DeviceTree &m_tree;
+    const FaultPlan &m_faults;
     const QString m_file;
     const int m_api;
     mutable std::mutex m_mutex;

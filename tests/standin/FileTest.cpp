@@ -71,6 +71,19 @@ TEST_F(Files, APushIntoAFolderKeepsTheNameAndTheTimeAndMakesFolders)
     EXPECT_EQ(device.shell(u"cat /data/local/tmp/a/b/c.txt"_s).out, "dear reader\n");
 }
 
+TEST_F(Files, ANameMayBeAsLongAsAnyAndNoLonger)
+{
+    const QString file = device.folder() + u"/letter.txt"_s;
+    write(file, "dear reader\n");
+    const QString longest = u"/data/local/tmp/"_s + QString(255, u'n');
+    ASSERT_EQ(device.adb({u"push"_s, file, longest}).status, 0);
+    EXPECT_EQ(device.shell(u"cat "_s + longest).out, "dear reader\n");
+    const Outcome outcome = device.adb({u"push"_s, file, longest + u'n'});
+    EXPECT_NE(outcome.status, 0);
+    EXPECT_TRUE(outcome.all().contains("File name too long")) << outcome.all().constData();
+    EXPECT_EQ(device.shell(u"ls -A /data/local/tmp | grep -c partial"_s).out.trimmed(), "0");
+}
+
 TEST_F(Files, AFolderIsPulledWhole)
 {
     device.shell(

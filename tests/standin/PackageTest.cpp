@@ -107,6 +107,41 @@ TEST_F(Packages, ABadApkIsRefusedWithWords)
     EXPECT_EQ(device.shell(u"pm list packages -3"_s).out, "");
 }
 
+TEST_F(Packages, ABadPackageNameIsRefusedWithWordsUnlessAnyIsAskedFor)
+{
+    const auto run = [](const QString &program, const QStringList &arguments) {
+        QProcess process;
+        process.start(program, arguments);
+        process.waitForFinished();
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+        return process.readAllStandardOutput();
+    };
+    const auto bytes
+        = [](QStringView text) { return QByteArray(reinterpret_cast<const char *>(text.utf16()), 2 * text.size()); };
+    const auto installNamed = [&](QStringView name) {
+        const QString apk = device.folder() + u"/bad.apk"_s;
+        QFile::remove(apk);
+        EXPECT_TRUE(QFile::copy(test::sampleApk("tide"), apk));
+        QFile manifest(device.folder() + u"/AndroidManifest.xml"_s);
+        EXPECT_TRUE(manifest.open(QFile::WriteOnly));
+        manifest.write(run(u"unzip"_s, {u"-p"_s, apk, u"AndroidManifest.xml"_s})
+                           .replace(bytes(u"app.quillnest.samples.tide"), bytes(name)));
+        manifest.close();
+        run(u"zip"_s, {u"-q"_s, u"-j"_s, apk, manifest.fileName()});
+        return install(apk);
+    };
+    const auto isRefused = [&](QStringView name) {
+        return installNamed(name).all().contains("Failure [INSTALL_PARSE_FAILED_BAD_PACKAGE_NAME: ");
+    };
+    EXPECT_TRUE(isRefused(u"a.b;touch /data/local/pwne"));
+    EXPECT_TRUE(isRefused(u"../../../../../../tmp/tide"));
+    EXPECT_EQ(device.shell(u"pm list packages -3"_s).out, "");
+    device.control({u"fault"_s, u"any-package-name"_s});
+    EXPECT_EQ(installNamed(u"a.b;touch /data/local/pwne").status, 0);
+    EXPECT_TRUE(isRefused(u"../../../../../../tmp/tide")) << "out of the device";
+    EXPECT_EQ(device.shell(u"pm list packages -3"_s).out, "package:a.b;touch /data/local/pwne\n");
+}
+
 TEST_F(Packages, WithoutAnActivityNothingResolves)
 {
     EXPECT_TRUE(device.shell(u"cmd package resolve-activity --brief no.such.app"_s).out.contains("No activity found"));
