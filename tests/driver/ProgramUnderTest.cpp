@@ -2,9 +2,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTcpSocket>
+
+#include <cstdio>
 
 namespace quillnest::driver
 {
@@ -42,6 +45,37 @@ QString ProgramUnderTest::program(const QString &name)
     return QStringLiteral(QUILLNEST_BIN "/%1").arg(name);
 }
 
+void ProgramUnderTest::writeTide(const QString &path, const QString &package, const QString &label) const
+{
+    const auto bytes
+        = [](const QString &text) { return QByteArray(reinterpret_cast<const char *>(text.utf16()), 2 * text.size()); };
+    const auto tide = sample(QStringLiteral("tide"));
+    auto manifest
+        = m_desktop.run(QStringLiteral("unzip"), {QStringLiteral("-p"), tide, QStringLiteral("AndroidManifest.xml")});
+    const auto exchange = [&](const QString &old, const QString &fresh) {
+        // The text with its length before it and the zero behind.
+        const auto whole
+            = [&](const QString &text) { return QChar(static_cast<char16_t>(text.size())) + text + QChar(u'\0'); };
+        if (fresh.size() != old.size() || manifest.count(bytes(whole(old))) != 1)
+            throw DriverError(QStringLiteral("%1 can't be put in the place of %2").arg(fresh, old));
+        manifest.replace(bytes(whole(old)), bytes(whole(fresh)));
+    };
+    exchange(QStringLiteral("app.quillnest.samples.tide"), package);
+    exchange(QStringLiteral("Tide"), label);
+
+    // "zip" has its own ideas about names, so it gets plain ones.
+    const QTemporaryDir work(m_desktop.home() + QStringLiteral("/XXXXXX"));
+    const auto apk = work.filePath(QStringLiteral("a.apk"));
+    const auto entry = work.filePath(QStringLiteral("AndroidManifest.xml"));
+    QFile file(entry);
+    if (!file.open(QIODevice::WriteOnly) || file.write(manifest) != manifest.size() || !file.flush())
+        throw DriverError(QStringLiteral("a manifest can't be written"));
+    QFile::copy(tide, apk);
+    m_desktop.run(QStringLiteral("zip"), {QStringLiteral("-q"), QStringLiteral("-j"), apk, entry});
+    if (!QFile::rename(apk, path))
+        throw DriverError(QStringLiteral("%1 can't be written").arg(path));
+}
+
 QString ProgramUnderTest::dataFolder() const
 {
     return m_desktop.environment().value(QStringLiteral("XDG_DATA_HOME")) + QStringLiteral("/Quillnest");
@@ -65,6 +99,17 @@ QString ProgramUnderTest::deviceSocket() const
 void ProgramUnderTest::start(const QStringList &arguments)
 {
     m_process = m_desktop.start(program(QStringLiteral("quillnest")), arguments);
+    waitForAnswer();
+}
+
+void ProgramUnderTest::startThrough(const QString &wrapper, const QStringList &arguments)
+{
+    m_process = m_desktop.start(wrapper, arguments + QStringList{program(QStringLiteral("quillnest"))});
+    waitForAnswer();
+}
+
+void ProgramUnderTest::waitForAnswer()
+{
     waitFor(QStringLiteral("the program to answer"), 30, [this] {
         if (!isRunning())
             throw DriverError(QStringLiteral("the program ended at start: %1").arg(QString::fromUtf8(output())));
@@ -83,6 +128,15 @@ bool ProgramUnderTest::isRunning() const
 qint64 ProgramUnderTest::processId() const
 {
     return m_process ? m_process->processId() : 0;
+}
+
+qint64 ProgramUnderTest::memory() const
+{
+    QFile file(QStringLiteral("/proc/%1/status").arg(processId()));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const auto status = QString::fromLatin1(file.readAll());
+    return status.section(QStringLiteral("RssAnon:"), 1).trimmed().section(QLatin1Char(' '), 0, 0).toLongLong() * 1024;
 }
 
 void ProgramUnderTest::kill()
@@ -225,26 +279,39 @@ void ProgramUnderTest::configureDevice(const QJsonObject &configuration) const
         throw DriverError(QStringLiteral("the device can't be configured"));
 }
 
+QString ProgramUnderTest::adbPath() const
+{
+    return dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb");
+}
+
+void ProgramUnderTest::replaceAdb(const QString &script) const
+{
+    const auto real = adbPath() + QStringLiteral(".real");
+    if (!QFileInfo(real).isSymLink())
+        QFile::rename(adbPath(), real);
+    // Renamed into its place, as a shell may be reading the one before.
+    const auto fresh = adbPath() + QStringLiteral(".new");
+    QFile file(fresh);
+    if (!file.open(QIODevice::WriteOnly))
+        throw DriverError(QStringLiteral("adb can't be replaced"));
+    file.write(QStringLiteral("#!/bin/bash\nadb='%1'\n%2\n").arg(real, script).toUtf8());
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    file.close();
+    if (::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(adbPath()).constData()) != 0)
+        throw DriverError(QStringLiteral("adb can't be replaced"));
+}
+
 void ProgramUnderTest::noteAdbCalls() const
 {
-    const auto path = dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb");
-    const auto real = QFile::symLinkTarget(path);
-    QFile::remove(path);
-    QFile wrapper(path);
-    if (real.isEmpty() || !wrapper.open(QIODevice::WriteOnly))
-        throw DriverError(QStringLiteral("adb can't be wrapped"));
-    wrapper.write(QStringLiteral("#!/bin/bash\n"
-                                 "printf '%s %s\\n' \"$EPOCHREALTIME\" \"${*//$'\\n'/ }\" >> '%1'\n"
-                                 "exec '%2' \"$@\"\n")
-                      .arg(path + QStringLiteral(".calls"), real)
-                      .toUtf8());
-    wrapper.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    replaceAdb(QStringLiteral("printf '%s %s\\n' \"$EPOCHREALTIME\" \"${*//$'\\n'/ }\" >> '%1'\n"
+                              "exec \"$adb\" \"$@\"")
+                   .arg(adbPath() + QStringLiteral(".calls")));
 }
 
 std::vector<ProgramUnderTest::AdbCall> ProgramUnderTest::adbCalls() const
 {
     std::vector<AdbCall> calls;
-    QFile file(dataFolder() + QStringLiteral("/Runtime/sdk/platform-tools/adb.calls"));
+    QFile file(adbPath() + QStringLiteral(".calls"));
     if (!file.open(QIODevice::ReadOnly))
         return calls;
     for (const auto &line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))

@@ -21,10 +21,16 @@ public:
     /// Where a sample app lies: "tide", "ember", "lantern".
     static QString sample(const QString &name);
     static QString program(const QString &name);
+    /// Writes a copy of Tide under another package and label, which are as long as its own: 26 and 4 characters.
+    void writeTide(const QString &path, const QString &package, const QString &label) const;
 
     void start(const QStringList &arguments = {});
+    /// The same through another program that takes a command to run at the end of its arguments.
+    void startThrough(const QString &wrapper, const QStringList &arguments);
     bool isRunning() const;
     qint64 processId() const;
+    /// What the program holds in memory of its own, in bytes.
+    qint64 memory() const;
     void kill();
     /// Asks the program to end and waits; the exit status.
     int quit(double seconds = 30);
@@ -59,6 +65,8 @@ public:
     /// How the device starts the next time: "bootSeconds" and "faults".
     void configureDevice(const QJsonObject &configuration) const;
 
+    /// From now on the program's adb is this script for bash, in which "$adb" is the real one.
+    void replaceAdb(const QString &script) const;
     /// From now on every run of adb by the program is noted.
     struct AdbCall {
         double time = 0;
@@ -71,6 +79,8 @@ public:
     QString dataFolder() const;
 
 private:
+    void waitForAnswer();
+    QString adbPath() const;
     QString deviceFolder() const;
     QString deviceSocket() const;
 

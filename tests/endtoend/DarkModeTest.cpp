@@ -66,9 +66,12 @@ TEST_F(DarkModeTest, onADarkDesktopTheDeviceIsDarkFromItsBootOn)
 {
     setDesktop("prefer-dark");
     program.start();
-    openTide();
+    program.post(QStringLiteral("home"));
+    program.waitForState(QStringLiteral("Android to be ready"), 60, [](const QJsonObject &state) {
+        return text(state, "androidState") == QStringLiteral("ready");
+    });
     EXPECT_TRUE(deviceIsDark());
-    EXPECT_EQ(toldDevice().value(0), QStringLiteral("yes")) << "the boot's own word";
+    EXPECT_EQ(toldDevice(), QStringList{QStringLiteral("yes")});
 }
 
 TEST_F(DarkModeTest, withoutTheSettingTheDeviceStaysAsItIs)
