@@ -43,16 +43,16 @@ protected:
         const auto text = desktop.run(
             QStringLiteral("sh"),
             {QStringLiteral("-c"),
-             QStringLiteral("id=$(xdotool search --onlyvisible --classname \"$1\" | head -n 1) && "
-                            "parent=$(xwininfo -tree -id $id | sed -n 's/.*Parent window id: \\(0x[0-9a-f]*\\).*/\\1/p') "
-                            "&& xwininfo -id $parent || true"),
+             QStringLiteral(
+                 "id=$(xdotool search --onlyvisible --classname \"$1\" | head -n 1) && "
+                 "parent=$(xwininfo -tree -id $id | sed -n 's/.*Parent window id: \\(0x[0-9a-f]*\\).*/\\1/p') "
+                 "&& xwininfo -id $parent || true"),
              QStringLiteral("sh"), name});
         const auto number = [&text](const char *label) {
             const QRegularExpression line(QLatin1String(label) + QStringLiteral(":\\s*(-?\\d+)"));
             return line.match(QString::fromUtf8(text)).captured(1).toInt();
         };
-        return {
-            number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height")};
+        return {number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height")};
     }
 
     const QStringList arrange{QStringLiteral("--arrange"), QStringLiteral("org.example.quill-calc")};
@@ -92,8 +92,7 @@ TEST_F(EntryTest, withoutAWindowManagerThePermissionIsMissingAndTheProcessWaits1
     desktop.endAll("openbox");
     const auto ended = runToItsEnd(arrange, 60);
     EXPECT_EQ(ended.status, 0);
-    EXPECT_EQ(
-        ended.errors, "Quillnest arrange failed: Accessibility permission is required for compact windows\n");
+    EXPECT_EQ(ended.errors, "Quillnest arrange failed: Accessibility permission is required for compact windows\n");
     EXPECT_GE(ended.seconds, 15);
 }
 

@@ -11,7 +11,8 @@ namespace quillnest::driver
 class SettingsTest : public EndToEnd
 {
 protected:
-    QString file = desktop.environment().value(QStringLiteral("XDG_CONFIG_HOME")) + QStringLiteral("/Quillnest/settings.json");
+    QString file
+        = desktop.environment().value(QStringLiteral("XDG_CONFIG_HOME")) + QStringLiteral("/Quillnest/settings.json");
 
     QByteArray read() const
     {
@@ -38,17 +39,15 @@ TEST_F(SettingsTest, aSettingChangedFromOutsideReachesTheRunningProgram)
     program.post(QStringLiteral("open:Tide"));
     program.waitForPicture(60);
     program.post(QStringLiteral("open:Ember"));
-    program.waitForState(QStringLiteral("two windows"), 30, [](const QJsonObject &state) {
-        return windows(state).size() == 2;
-    });
+    program.waitForState(
+        QStringLiteral("two windows"), 30, [](const QJsonObject &state) { return windows(state).size() == 2; });
 
     // And by hand, in an editor.
     write(read().replace("\"QuillnestSingleApp\": false", "\"QuillnestSingleApp\": true"));
     program.addApps({sample("lantern")});
     program.post(QStringLiteral("open:Lantern"));
-    program.waitForState(QStringLiteral("one window"), 30, [](const QJsonObject &state) {
-        return windows(state).size() == 1;
-    });
+    program.waitForState(
+        QStringLiteral("one window"), 30, [](const QJsonObject &state) { return windows(state).size() == 1; });
 }
 
 TEST_F(SettingsTest, aValueOfTheWrongTypeCountsAsAbsent)
@@ -61,9 +60,8 @@ TEST_F(SettingsTest, aValueOfTheWrongTypeCountsAsAbsent)
     program.waitForPicture(60);
     program.post(QStringLiteral("open:Ember"));
     waitForStatus(QStringLiteral("Opened Ember"), 60);
-    program.waitForState(QStringLiteral("one window"), 30, [](const QJsonObject &state) {
-        return windows(state).size() == 1;
-    });
+    program.waitForState(
+        QStringLiteral("one window"), 30, [](const QJsonObject &state) { return windows(state).size() == 1; });
 }
 
 TEST_F(SettingsTest, aSettingsFileCutInHalfIsKeptAsideSaidInTheLogAndTheProgramStartsWithDefaults)

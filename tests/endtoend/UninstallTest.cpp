@@ -24,9 +24,8 @@ protected:
     /// Whether the program has a visible window of this type of the window manager's.
     bool isShown(const QString &type) const
     {
-        const auto script = QStringLiteral(
-            "for window in $(xdotool search --onlyvisible --class quillnest); do "
-            "xprop -id $window _NET_WM_WINDOW_TYPE; done | grep -c \"$1\" || true");
+        const auto script = QStringLiteral("for window in $(xdotool search --onlyvisible --class quillnest); do "
+                                           "xprop -id $window _NET_WM_WINDOW_TYPE; done | grep -c \"$1\" || true");
         return desktop.run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), type}).trimmed()
             != "0";
     }

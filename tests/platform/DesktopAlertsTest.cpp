@@ -20,8 +20,10 @@ protected:
     void ask()
     {
         alerts.ask(
-            {QStringLiteral("Uninstall <b>Moon</b>?"), QStringLiteral("The app goes."),
-             {QStringLiteral("Uninstall"), QStringLiteral("Cancel")}, Alert::Style::Warning},
+            {QStringLiteral("Uninstall <b>Moon</b>?"),
+             QStringLiteral("The app goes."),
+             {QStringLiteral("Uninstall"), QStringLiteral("Cancel")},
+             Alert::Style::Warning},
             [this](int button) { answers.push_back(button); });
         ASSERT_TRUE(comesTrue([this] { return box() && box()->isActiveWindow(); }));
     }

@@ -50,13 +50,14 @@ protected:
             QStringLiteral("xwininfo"), {QStringLiteral("-tree"), QStringLiteral("-id"), QString::number(window)});
         const QRegularExpression parent(QStringLiteral("Parent window id: (0x[0-9a-f]+)"));
         const auto text = tool(
-            QStringLiteral("xwininfo"),
-            {QStringLiteral("-id"), parent.match(QString::fromUtf8(tree)).captured(1)});
+            QStringLiteral("xwininfo"), {QStringLiteral("-id"), parent.match(QString::fromUtf8(tree)).captured(1)});
         const auto number = [&text](const char *label) {
             const auto at = text.indexOf(label);
-            return at < 0 ? -1 : text.mid(at + static_cast<qsizetype>(qstrlen(label))).simplified().split(' ')[0].toInt();
+            return at < 0 ? -1
+                          : text.mid(at + static_cast<qsizetype>(qstrlen(label))).simplified().split(' ')[0].toInt();
         };
-        return {number("Absolute upper-left X:"), number("Absolute upper-left Y:"), number("Width:"), number("Height:")};
+        return {
+            number("Absolute upper-left X:"), number("Absolute upper-left Y:"), number("Width:"), number("Height:")};
     }
 
     QByteArray activeWindow() const
@@ -155,9 +156,8 @@ TEST_F(EwmhWindowsTest, anActivatedWindowHasTheKeyboard)
     ASSERT_TRUE(comesTrue([this] { return !windows.windows(QStringLiteral("second-calc")).empty(); }));
     const auto hex = [](ForeignWindows::WindowId id) { return "0x" + QByteArray::number(id, 16); };
     windows.activate(windows.windows(QStringLiteral("second-calc")).front());
-    EXPECT_TRUE(comesTrue([&] {
-        return activeWindow().contains(hex(windows.windows(QStringLiteral("second-calc")).front()));
-    }));
+    EXPECT_TRUE(comesTrue(
+        [&] { return activeWindow().contains(hex(windows.windows(QStringLiteral("second-calc")).front())); }));
     windows.activate(window);
     EXPECT_TRUE(comesTrue([&] { return activeWindow().contains(hex(window)); }));
     second.kill();

@@ -58,8 +58,8 @@ EwmhWindows::~EwmhWindows() = default;
 std::uint32_t EwmhWindows::atom(const char *name) const
 {
     const auto length = static_cast<std::uint16_t>(std::strlen(name));
-    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        m_connection.get(), xcb_intern_atom(m_connection.get(), 0, length, name), nullptr));
+    const Owned<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(m_connection.get(), xcb_intern_atom(m_connection.get(), 0, length, name), nullptr));
     return reply ? reply->atom : static_cast<std::uint32_t>(XCB_ATOM_NONE);
 }
 
@@ -107,9 +107,9 @@ std::vector<ForeignWindows::WindowId> EwmhWindows::windows(const QString &bundle
         });
         const auto process = numbers(window, "_NET_WM_PID");
         const auto executable = [&process] {
-            return process.empty() ? QString()
-                                   : QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(process[0])))
-                                         .fileName();
+            return process.empty()
+                ? QString()
+                : QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(process[0]))).fileName();
         };
         if (matches || isSameName(executable(), bundleIdentifier))
             result.push_back(window);

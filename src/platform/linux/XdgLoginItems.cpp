@@ -66,8 +66,7 @@ std::optional<QString> XdgLoginItems::set(bool enabled)
     QDir().mkpath(QFileInfo(m_path).path());
     QSaveFile file(m_path);
     const auto content = entry();
-    const bool written
-        = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
     return written ? std::nullopt : std::optional(file.errorString());
 }
 
