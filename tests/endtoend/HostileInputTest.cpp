@@ -78,6 +78,9 @@ TEST_F(HostileInputTest, aRelativePathThatLooksLikeAnOptionIsAPath)
     program.start();
     program.post(QStringLiteral("add:-rf.apk"));
     waitForStatus(QStringLiteral("Added -rf.apk"));
+    const auto app = program.state().value(QStringLiteral("apps")).toArray().first();
+    EXPECT_EQ(app[QStringLiteral("sourcePath")].toString(), path(QStringLiteral("-rf.apk")))
+        << "whatever folder is next";
     expectOpens(QStringLiteral("Dash"));
 }
 
