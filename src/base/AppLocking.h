@@ -13,6 +13,12 @@ class AppLocking
 public:
     virtual ~AppLocking() = default;
 
+    /// Whether the app is behind the check at all.
+    virtual bool isLocked(QUuid id) const = 0;
+
+    /// The app was in view until now: the time until the check is asked for again begins.
+    virtual void noteSeen(QUuid id) = 0;
+
     /// Whether opening the app now would ask for the owner.
     virtual bool needsUnlock(QUuid id) const = 0;
 
@@ -24,6 +30,8 @@ public:
 class NoAppLocking : public AppLocking
 {
 public:
+    bool isLocked(QUuid) const override { return false; }
+    void noteSeen(QUuid) override { }
     bool needsUnlock(QUuid) const override { return false; }
     void unlockIfNeeded(const MobileApp &, std::function<void()> proceed) override { proceed(); }
 };

@@ -44,6 +44,12 @@ AppLibraryStore::AppLibraryStore(Services services) : m_services(std::move(servi
 {
     load();
     const auto *notifications = m_services.notifications.get();
+    connect(notifications, &ChangeNotifications::mediaChanged, this, [this] {
+        const auto &playing = m_services.windows.nowPlaying();
+        m_nowPlaying = playing ? std::optional(playing->media) : std::nullopt;
+        m_nowPlayingAppID = playing ? std::optional(playing->appID) : std::nullopt;
+        Q_EMIT changed();
+    });
     connect(
         notifications, &ChangeNotifications::runtimeChanged, this, [this] { setAndroidState(AndroidState::sleeping); });
     refreshAndroidState();

@@ -58,6 +58,8 @@ public:
     std::optional<QUuid> launchingAppID() const { return m_launchingAppID; }
     const QSet<QUuid> &runningAppIDs() const { return m_runningAppIDs; }
     const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
+    const std::optional<AndroidMedia> &nowPlaying() const { return m_nowPlaying; }
+    std::optional<QUuid> nowPlayingAppID() const { return m_nowPlayingAppID; }
 
     /// Favourites and then the others, each sorted by display name.
     std::vector<MobileApp> orderedApps() const;
@@ -129,6 +131,8 @@ private:
     std::optional<QUuid> m_launchingAppID;
     QSet<QUuid> m_runningAppIDs;
     QSet<QUuid> m_unreadAppIDs;
+    std::optional<AndroidMedia> m_nowPlaying;
+    std::optional<QUuid> m_nowPlayingAppID;
     bool m_prewarming = false;
 };
 

@@ -10,6 +10,7 @@ const CommandDispatcher::Command CommandDispatcher::table[] = {
     {"snapshot-menu", &CommandDispatcher::snapshotMenu},
     {"add:", &CommandDispatcher::add},
     {"close-all", &CommandDispatcher::closeAll},
+    {"media", &CommandDispatcher::media},
     {"paste", &CommandDispatcher::paste},
     {"copy", &CommandDispatcher::copy},
     {"adblock-on", &CommandDispatcher::adBlockOn},
@@ -58,6 +59,13 @@ void CommandDispatcher::add(const QString &argument)
 void CommandDispatcher::closeAll(const QString &)
 {
     m_services.windows.closeAll();
+}
+
+void CommandDispatcher::media(const QString &)
+{
+    const auto appID = m_store.nowPlayingAppID();
+    if (auto *session = appID ? m_services.windows.session(*appID) : nullptr)
+        session->sendMediaKey(MediaAction::playPause);
 }
 
 void CommandDispatcher::paste(const QString &)

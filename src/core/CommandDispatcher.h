@@ -29,6 +29,7 @@ private:
     void snapshotMenu(const QString &argument);
     void add(const QString &argument);
     void closeAll(const QString &argument);
+    void media(const QString &argument);
     void paste(const QString &argument);
     void copy(const QString &argument);
     void adBlockOn(const QString &argument);

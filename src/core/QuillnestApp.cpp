@@ -39,8 +39,9 @@ QuillnestApp::QuillnestApp(Platform platform)
           m_platform.clock, m_platform.folders.logs, QStringLiteral("quillnest.log"), false))
     , m_notifications(std::make_shared<ChangeNotifications>())
     , m_runtime(m_platform, m_log)
-    , m_windows(WindowServices{m_platform, m_log, m_notifications, m_runtime.commands()})
-    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows}
+    , m_locks(std::make_shared<NoAppLocking>())
+    , m_windows(WindowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks})
+    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_locks}
 {
 }
 

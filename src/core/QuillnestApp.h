@@ -74,6 +74,7 @@ private:
     const std::shared_ptr<QuillnestLog> m_log;
     const std::shared_ptr<ChangeNotifications> m_notifications;
     AndroidRuntimeCLI m_runtime;
+    const std::shared_ptr<AppLocking> m_locks;
     AndroidWindowRegistry m_windows;
     const AppLibraryStore::Services m_services;
     std::unique_ptr<AppLibraryStore> m_store;

@@ -46,6 +46,15 @@ void AndroidAppPanel::orderFront()
     activateWindow();
 }
 
+void AndroidAppPanel::mousePressEvent(QMouseEvent *event)
+{
+    // Presses that a child wants never come here.
+    if (m_movableByBackground && event->button() == Qt::LeftButton)
+        windowHandle()->startSystemMove();
+    else
+        QWidget::mousePressEvent(event);
+}
+
 void AndroidAppPanel::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);

@@ -29,6 +29,9 @@ public:
     /// The user asked to close the window; it never closes by itself.
     std::function<void()> onCloseRequest;
 
+    /// Lets a drag of whatever takes no press itself move the window.
+    void setMovableByBackground(bool on) { m_movableByBackground = on; }
+
     /// Keeps the window above others, or not.
     void setFloating(bool on);
     bool isFloating() const { return m_floating; }
@@ -40,6 +43,7 @@ public:
 protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void moveEvent(QMoveEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
@@ -54,6 +58,7 @@ private:
     const Platform &m_platform;
     const Resizing m_resizing;
     bool m_floating = false;
+    bool m_movableByBackground = false;
     bool m_isKey = false;
     std::unique_ptr<Timer> m_grabWatch;
     Qt::Edges m_cursorEdges;

@@ -13,6 +13,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace quillnest
@@ -175,21 +176,33 @@ QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
     const double scale = devicePixelRatioF();
     QRegion area;
     for (const auto &part : frame.changedParts()) {
-        const auto pixels = QRectF(part.translated(picture.topLeft()));
+        // The bars go on with the picture's edges.
+        auto whole = part.translated(picture.topLeft());
+        if (part.left() == 0)
+            whole.setLeft(0);
+        if (part.top() == 0)
+            whole.setTop(0);
+        if (part.right() == frame.size().width() - 1)
+            whole.setRight(sizeInPixels().width() - 1);
+        if (part.bottom() == frame.size().height() - 1)
+            whole.setBottom(sizeInPixels().height() - 1);
+        const auto pixels = QRectF(whole);
         area += QRectF(pixels.topLeft() / scale, pixels.size() / scale).toAlignedRect();
     }
     return area & rect();
+}
+
+bool AndroidVideoView::fits(QSize view, QSize picture)
+{
+    const auto slack = view - picture;
+    return slack.width() >= 0 && slack.width() < 8 && slack.height() >= 0 && slack.height() < 8;
 }
 
 QRect AndroidVideoView::pictureRect(QSize view, QSize picture)
 {
     if (picture.isEmpty() || view.isEmpty())
         return {};
-    QSize size = picture;
-    const auto slack = view - picture;
-    const bool fits = slack.width() >= 0 && slack.width() < 8 && slack.height() >= 0 && slack.height() < 8;
-    if (!fits)
-        size = picture.scaled(view, Qt::KeepAspectRatio);
+    const auto size = fits(view, picture) ? picture : picture.scaled(view, Qt::KeepAspectRatio);
     return {QPoint((view.width() - size.width()) / 2, (view.height() - size.height()) / 2), size};
 }
 
@@ -228,9 +241,13 @@ void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame, co
     const auto toPoints
         = [scale](QRect pixels) { return QRectF(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale); };
 
-    // The bars beside the picture.
-    for (const auto &bar : QRegion(QRect(QPoint(0, 0), sizeInPixels())).subtracted(picture))
-        painter.fillRect(toPoints(bar), Qt::black);
+    const auto bars = QRegion(QRect(QPoint(0, 0), sizeInPixels())).subtracted(picture);
+    if (!bars.isEmpty() && fits(sizeInPixels(), frame.size())) {
+        paintEdges(painter, frame, picture, region);
+    } else {
+        for (const auto &bar : bars)
+            painter.fillRect(toPoints(bar), Qt::black);
+    }
 
     if (picture.size() != frame.size()) {
         QImage image(picture.size(), QImage::Format_RGB32);
@@ -243,6 +260,42 @@ void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame, co
         const auto part = (pixels & picture).translated(-picture.topLeft());
         if (!part.isEmpty() && !convertInPlace(painter, frame, part, picture.topLeft()))
             convertByImage(painter, frame, part, toPoints(part.translated(picture.topLeft())));
+    }
+}
+
+/// The display's sides are multiples of 8 pixels, so a few pixels of the view may be left. They go on with the
+/// picture's outermost pixels: black lines beside a light app would look like a fault.
+void AndroidVideoView::paintEdges(QPainter &painter, const VideoFrame &frame, QRect picture, const QRegion &region)
+{
+    const double scale = devicePixelRatioF();
+    const auto size = frame.size();
+    const QRect whole(QPoint(0, 0), sizeInPixels());
+    const auto edge = [&](QRect target, QRect source) {
+        const QRectF points(QPointF(target.topLeft()) / scale, QSizeF(target.size()) / scale);
+        if (target.isEmpty() || !region.intersects(points.toAlignedRect()))
+            return;
+        // Conversion begins at even places.
+        const QRect even(QPoint(source.x() & ~1, source.y() & ~1), source.bottomRight());
+        QImage image(even.size(), QImage::Format_RGB32);
+        frame.convertTo(image.bits(), image.bytesPerLine(), even);
+        painter.drawImage(points, image, source.translated(-even.topLeft()));
+    };
+    const int right = size.width() - 1;
+    const int bottom = size.height() - 1;
+    const std::array<std::pair<int, int>, 3> columns{
+        {{whole.left(), picture.left() - 1}, {picture.left(), picture.right()}, {picture.right() + 1, whole.right()}}};
+    const std::array<std::pair<int, int>, 3> rows{
+        {{whole.top(), picture.top() - 1}, {picture.top(), picture.bottom()}, {picture.bottom() + 1, whole.bottom()}}};
+    const std::array<std::pair<int, int>, 3> sourceColumns{{{0, 0}, {0, right}, {right, right}}};
+    const std::array<std::pair<int, int>, 3> sourceRows{{{0, 0}, {0, bottom}, {bottom, bottom}}};
+    const auto span = [](std::pair<int, int> x, std::pair<int, int> y) {
+        return QRect(QPoint(x.first, y.first), QPoint(x.second, y.second));
+    };
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        for (std::size_t column = 0; column < columns.size(); ++column) {
+            if (row != 1 || column != 1)
+                edge(span(columns[column], rows[row]), span(sourceColumns[column], sourceRows[row]));
+        }
     }
 }
 

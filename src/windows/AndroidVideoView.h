@@ -60,6 +60,8 @@ public:
     /// Where a picture is drawn in a view, both in pixels: letterboxed, and unscaled when it fits but for the pixels
     /// that the display size was rounded by, since scaling by a hair would blur every line.
     static QRect pictureRect(QSize view, QSize picture);
+    /// Whether nothing but that rounding is missing.
+    static bool fits(QSize view, QSize picture);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -96,6 +98,7 @@ private:
     /// What of the view a picture changes against the one that is shown, in points.
     QRegion changedArea(const VideoFrame &frame) const;
     void paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region);
+    void paintEdges(QPainter &painter, const VideoFrame &frame, QRect picture, const QRegion &region);
     bool convertInPlace(QPainter &painter, const VideoFrame &frame, QRect part, QPoint origin);
     static void convertByImage(QPainter &painter, const VideoFrame &frame, QRect part, QRectF target);
     void setDropBorder(bool on);

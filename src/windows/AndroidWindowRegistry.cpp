@@ -157,6 +157,14 @@ void AndroidWindowRegistry::setUnread(QUuid appID, bool unread)
     Q_EMIT m_services.notifications->unreadChanged();
 }
 
+void AndroidWindowRegistry::setNowPlaying(const std::optional<AndroidMedia> &media, QUuid appID)
+{
+    if (!media && (!m_nowPlaying || m_nowPlaying->appID != appID))
+        return;
+    m_nowPlaying = media ? std::optional(NowPlaying{appID, *media}) : std::nullopt;
+    Q_EMIT m_services.notifications->mediaChanged();
+}
+
 void AndroidWindowRegistry::applySize(const WindowSizePreset &preset)
 {
     const QSizeF size(preset.width, preset.height + QuillnestLayout::headerHeight);

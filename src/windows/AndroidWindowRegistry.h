@@ -2,6 +2,7 @@
 
 #include "base/QuillnestLayout.h"
 #include "runtime/RuntimeComponentLocator.h"
+#include "windows/AndroidMedia.h"
 #include "windows/AndroidWindowSession.h"
 #include "windows/HomePanelController.h"
 #include "windows/WindowServices.h"
@@ -50,6 +51,15 @@ public:
     void stopAndroid(const QString &reason, bool wait);
 
     void setUnread(QUuid appID, bool unread);
+    struct NowPlaying {
+        QUuid appID;
+        AndroidMedia media;
+    };
+    /// The app whose media was last reported.
+    const std::optional<NowPlaying> &nowPlaying() const { return m_nowPlaying; }
+    /// What an app plays, or that it plays nothing, which counts only for the app that is shown as playing.
+    void setNowPlaying(const std::optional<AndroidMedia> &media, QUuid appID);
+
     void applySize(const WindowSizePreset &preset);
 
     HomePanelController &homePanel() { return m_homePanel; }
@@ -70,6 +80,7 @@ private:
     HomePanelController m_homePanel;
     Sessions m_sessions;
     QSet<QUuid> m_unreadAppIDs;
+    std::optional<NowPlaying> m_nowPlaying;
     std::unique_ptr<Timer> m_idleTimer;
 };
 

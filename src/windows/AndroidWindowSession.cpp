@@ -11,6 +11,17 @@
 namespace quillnest
 {
 
+namespace
+{
+
+bool isNumber(const QVariant &value)
+{
+    return value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Int
+        || value.typeId() == QMetaType::Double;
+}
+
+} // namespace
+
 AndroidWindowSession::AndroidWindowSession(
     const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package, QString title,
     const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor)
@@ -53,8 +64,10 @@ QString AndroidWindowSession::recordKey() const
 QPoint AndroidWindowSession::initialOrigin(QSize size, std::optional<QRect> anchor) const
 {
     const auto record = m_services.platform.settings->value(recordKey()).toMap();
-    if (m_pinned && record.contains(QStringLiteral("x")) && record.contains(QStringLiteral("y"))) {
-        const QPoint saved(record.value(QStringLiteral("x")).toInt(), record.value(QStringLiteral("y")).toInt());
+    const auto x = record.value(QStringLiteral("x"));
+    const auto y = record.value(QStringLiteral("y"));
+    if (m_pinned && isNumber(x) && isNumber(y)) {
+        const QPoint saved(x.toInt(), y.toInt());
         // A spot inside the upper left corner tells whether the screen is still there.
         for (const auto &screen : m_services.platform.screens->all()) {
             if (screen.visibleFrame.contains(saved + QPoint(20, 20)))
@@ -114,6 +127,8 @@ void AndroidWindowSession::wire()
     m_header->onHide = [this] { hide(); };
     m_header->onClose = [this] { close(QStringLiteral("close button")); };
     m_videoView->onBackRequest = [this] { handleBack(); };
+    if (m_services.fileTransfer)
+        m_videoView->onFilesDropped = [this](const QList<QUrl> &files) { receiveFiles(files); };
 
     m_panel->onResignKey = [this] { windowDidResignKey(); };
     m_panel->onBecomeKey = [this] { windowDidBecomeKey(); };
@@ -163,6 +178,13 @@ void AndroidWindowSession::hide()
 {
     m_panel->orderOut();
     saveFrame();
+    noteSeenIfLocked();
+}
+
+void AndroidWindowSession::noteSeenIfLocked()
+{
+    if (m_services.locks->isLocked(m_appID))
+        m_services.locks->noteSeen(m_appID);
 }
 
 void AndroidWindowSession::close(const QString &reason)
@@ -173,8 +195,10 @@ void AndroidWindowSession::close(const QString &reason)
     m_services.runADBInBackground(
         {QStringLiteral("shell"), QStringLiteral("am"), QStringLiteral("force-stop"), m_package});
     m_closing = true;
+    noteSeenIfLocked();
     m_backWatch.stop();
     m_registry.setUnread(m_appID, false);
+    m_registry.setNowPlaying(std::nullopt, m_appID);
     saveFrame();
     m_panel->orderOut();
     m_client->stop();
@@ -191,6 +215,33 @@ void AndroidWindowSession::handleBack()
 {
     m_videoView->sendBack();
     m_backWatch.backSent();
+}
+
+void AndroidWindowSession::sendMediaKey(MediaAction action)
+{
+    const auto keycode = [action]() -> std::uint32_t {
+        switch (action) {
+        case MediaAction::previous:
+            return 88;
+        case MediaAction::playPause:
+            return 85;
+        case MediaAction::next:
+            break;
+        }
+        return 87;
+    }();
+    m_client->send(ScrcpyControl::key(ScrcpyControl::KeyAction::down, keycode, 0));
+    m_client->send(ScrcpyControl::key(ScrcpyControl::KeyAction::up, keycode, 0));
+}
+
+void AndroidWindowSession::receiveFiles(const QList<QUrl> &files)
+{
+    if (!m_services.fileTransfer || files.isEmpty())
+        return;
+    m_services.platform.executor->inBackground(
+        [transfer = m_services.fileTransfer, files, package = m_package, displayID = m_client->displayID()] {
+            transfer->push(files, package, displayID);
+        });
 }
 
 void AndroidWindowSession::leftByBack()

@@ -2,6 +2,7 @@
 
 #include "stream/AndroidStreamClient.h"
 #include "windows/AndroidAppPanel.h"
+#include "windows/AndroidMedia.h"
 #include "windows/AndroidVideoView.h"
 #include "windows/BackWatch.h"
 #include "windows/HeaderView.h"
@@ -53,6 +54,10 @@ public:
     void hide();
     void close(const QString &reason);
     void handleBack();
+    /// Presses one of the media keys.
+    void sendMediaKey(MediaAction action);
+    /// Takes files into the app.
+    void receiveFiles(const QList<QUrl> &files);
 
     /// Sets the frame's size in points, keeping the top left corner where the screen allows it.
     void setPanelSize(QSizeF size);
@@ -72,6 +77,7 @@ private:
     void goHome();
     void togglePinned();
     void saveFrame();
+    void noteSeenIfLocked();
     void windowDidResignKey();
     void windowDidBecomeKey();
     void windowDidResize();

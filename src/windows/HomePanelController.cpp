@@ -17,6 +17,7 @@ void HomePanelController::makePanel()
     if (!content)
         return;
     m_panel = std::make_unique<AndroidAppPanel>(m_services.platform, AndroidAppPanel::Resizing::Fixed);
+    m_panel->setMovableByBackground(true);
     m_panel->setWindowTitle(QStringLiteral("Quillnest"));
     auto *layout = new QVBoxLayout(m_panel.get());
     layout->setContentsMargins(0, 0, 0, 0);

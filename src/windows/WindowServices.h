@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/AppLocking.h"
 #include "base/ChangeNotifications.h"
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidCommands.h"
+#include "windows/FileTransfer.h"
 
 #include <memory>
 
@@ -16,6 +18,9 @@ struct WindowServices {
     std::shared_ptr<QuillnestLog> log;
     std::shared_ptr<ChangeNotifications> notifications;
     std::shared_ptr<const AndroidCommands> commands;
+    std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
+    /// Null: dropped files are refused.
+    std::shared_ptr<FileTransfer> fileTransfer{};
 
     /// Runs adb on the device in the background; whatever comes of it doesn't matter.
     void runADBInBackground(const QStringList &arguments) const

@@ -596,3 +596,15 @@ TEST_F(AppLibraryStoreTest, aSnapshotThatFailsEndsSilentlyAndWhatWasWrittenStays
     EXPECT_TRUE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"))));
     EXPECT_FALSE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/glyph.png"))));
 }
+
+TEST_F(AppLibraryStoreTest, whatPlaysIsCopiedAndCleared)
+{
+    const auto id = QUuid::createUuid();
+    const AndroidMedia song{QStringLiteral("Song"), QStringLiteral("Singer"), true};
+    registry->setNowPlaying(song, id);
+    EXPECT_EQ(store->nowPlaying(), song);
+    EXPECT_EQ(store->nowPlayingAppID(), id);
+    registry->setNowPlaying(std::nullopt, id);
+    EXPECT_FALSE(store->nowPlaying());
+    EXPECT_FALSE(store->nowPlayingAppID());
+}

@@ -125,6 +125,22 @@ TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
     EXPECT_EQ(loopback.sent(session.client()), bytes::clipboard(2, true, QStringLiteral("text")));
 }
 
+TEST_F(CommandDispatcherTest, mediaGoesToTheWindowOfTheAppThatPlays)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestSingleApp"), false);
+    const auto moon = addApp(QStringLiteral("Moon"));
+    auto &session = open(moon);
+    loopback.connect(session.client());
+    loopback.sent(session.client());
+    run(QStringLiteral("media"));
+    registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QString(), true}, QUuid::createUuid());
+    run(QStringLiteral("media"));
+    EXPECT_EQ(loopback.sent(session.client()), QByteArray());
+    registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QString(), true}, moon.id);
+    run(QStringLiteral("media"));
+    EXPECT_EQ(loopback.sent(session.client()), bytes::key(85));
+}
+
 TEST_F(CommandDispatcherTest, hideAndCloseAllActOnTheWindows)
 {
     auto &session = open(addApp(QStringLiteral("Moon")));

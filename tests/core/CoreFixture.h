@@ -1,27 +1,12 @@
 #pragma once
 
 #include "core/AppLibraryStore.h"
+#include "fakes/FakeLocks.h"
 #include "package/PackageBuilder.h"
 #include "runtime/RuntimeFixture.h"
 
 namespace quillnest
 {
-
-/// Locks of some apps, whose owner answers when the test says so.
-class FakeLocks : public AppLocking
-{
-public:
-    bool needsUnlock(QUuid id) const override { return locked.contains(id); }
-    void unlockIfNeeded(const MobileApp &app, std::function<void()> proceed) override
-    {
-        asked.append(QStringLiteral("open %1").arg(app.displayName()));
-        waiting = std::move(proceed);
-    }
-
-    QSet<QUuid> locked;
-    QStringList asked;
-    std::function<void()> waiting;
-};
 
 /// A store on a complete runtime whose device is scripted. `unzip` knows the packages that were put there.
 class CoreFixture : public RuntimeFixture
@@ -58,7 +43,7 @@ protected:
         registry.reset();
         runtime = std::make_unique<AndroidRuntimeCLI>(fakes.platform, log);
         registry = std::make_unique<AndroidWindowRegistry>(
-            WindowServices{fakes.platform, log, notifications, runtime->commands()});
+            WindowServices{fakes.platform, log, notifications, runtime->commands(), locks, nullptr});
         store = std::make_unique<AppLibraryStore>(services());
         fakes.settle();
     }

@@ -259,6 +259,7 @@ TEST_F(AndroidMirrorModelTest, stopEndsTheLoop)
     start();
     model->stop();
     EXPECT_FALSE(model->isRunning());
+    EXPECT_TRUE(model->frame()) << "the last picture stays";
     pass(5s);
     EXPECT_EQ(pictures(), 1);
 }
@@ -476,7 +477,18 @@ TEST_F(AndroidPlayerViewTest, aClickBesideThePictureIsNothing)
     show();
     QTest::mouseClick(&display(), Qt::LeftButton, {}, QPoint(180, 49));
     QTest::mouseClick(&display(), Qt::LeftButton, {}, QPoint(180, 50 + 718));
+    fakes.settle();
+    EXPECT_TRUE(inputs().isEmpty());
+}
+
+TEST_F(AndroidPlayerViewTest, theOtherButtonIsNothing)
+{
+    show();
     QTest::mouseClick(&display(), Qt::RightButton, {}, QPoint(180, 400));
+    // Nor does it make a tap of a press beside the picture.
+    QTest::mousePress(&display(), Qt::LeftButton, {}, QPoint(180, 20));
+    QTest::mousePress(&display(), Qt::RightButton, {}, QPoint(180, 400));
+    QTest::mouseRelease(&display(), Qt::LeftButton, {}, QPoint(180, 400));
     fakes.settle();
     EXPECT_TRUE(inputs().isEmpty());
 }

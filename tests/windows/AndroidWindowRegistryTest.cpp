@@ -322,3 +322,34 @@ TEST_F(AndroidWindowRegistryTest, theLauncherGoesWhenItLosesTheKeyboardOrIsClose
     panel->close();
     EXPECT_FALSE(panel->isVisible());
 }
+
+TEST_F(AndroidWindowRegistryTest, whatPlaysIsAnnounced)
+{
+    int changes = 0;
+    QObject::connect(notifications.get(), &ChangeNotifications::mediaChanged, [&changes] { ++changes; });
+    const AndroidMedia song{QStringLiteral("Song"), QStringLiteral("Singer"), true};
+    registry->setNowPlaying(song, appID);
+    ASSERT_TRUE(registry->nowPlaying());
+    EXPECT_EQ(registry->nowPlaying()->appID, appID);
+    EXPECT_EQ(registry->nowPlaying()->media, song);
+    // The same again is a report as well.
+    registry->setNowPlaying(song, appID);
+    EXPECT_EQ(changes, 2);
+    registry->setNowPlaying(song, otherID);
+    EXPECT_EQ(registry->nowPlaying()->appID, otherID);
+    registry->setNowPlaying(std::nullopt, otherID);
+    EXPECT_FALSE(registry->nowPlaying());
+    EXPECT_EQ(changes, 4);
+}
+
+TEST_F(AndroidWindowRegistryTest, theSilenceOfAnAppThatIsNotTheCurrentOneLeavesWhatPlaysAlone)
+{
+    int changes = 0;
+    registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QString(), false}, appID);
+    QObject::connect(notifications.get(), &ChangeNotifications::mediaChanged, [&changes] { ++changes; });
+    registry->setNowPlaying(std::nullopt, otherID);
+    EXPECT_EQ(registry->nowPlaying()->appID, appID);
+    registry->setNowPlaying(std::nullopt, appID);
+    registry->setNowPlaying(std::nullopt, appID);
+    EXPECT_EQ(changes, 1);
+}

@@ -619,3 +619,60 @@ TEST_F(AndroidWindowSessionTest, aWindowMayEndWhileItsSizeMenuIsOpen)
     });
     EXPECT_TRUE(registry->sessions().empty());
 }
+
+// What other rooms fill in.
+
+TEST_F(AndroidWindowSessionTest, aLockedAppIsSeenUntilItsWindowIsHiddenOrClosed)
+{
+    auto &session = open();
+    session.hide();
+    EXPECT_TRUE(locks->seen.isEmpty()) << "an app without a lock";
+    locks->locked = {appID};
+    session.show();
+    session.hide();
+    EXPECT_EQ(locks->seen, QList<QUuid>{appID});
+    session.close(QStringLiteral("test"));
+    EXPECT_EQ(locks->seen.size(), 2);
+}
+
+TEST_F(AndroidWindowSessionTest, mediaKeysArePressedAndReleased)
+{
+    auto &session = open();
+    device.connect(session.client());
+    device.sent(session.client());
+    session.sendMediaKey(MediaAction::previous);
+    session.sendMediaKey(MediaAction::playPause);
+    session.sendMediaKey(MediaAction::next);
+    EXPECT_EQ(device.sent(session.client()), bytes::key(88) + bytes::key(85) + bytes::key(87));
+}
+
+TEST_F(AndroidWindowSessionTest, aClosedWindowPlaysNothingAnyMore)
+{
+    auto &session = open();
+    registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QStringLiteral("Singer"), true}, appID);
+    session.close(QStringLiteral("test"));
+    EXPECT_FALSE(registry->nowPlaying());
+}
+
+TEST_F(AndroidWindowSessionTest, droppedFilesAreTakenIntoTheAppInTheBackground)
+{
+    auto &session = open();
+    const QList<QUrl> files{
+        QUrl::fromLocalFile(QStringLiteral("/a/one.txt")), QUrl::fromLocalFile(QStringLiteral("/a/two.txt"))};
+    session.videoView().onFilesDropped(files);
+    EXPECT_TRUE(transfer->pushed.isEmpty());
+    fakes.settle();
+    EXPECT_EQ(
+        transfer->pushed,
+        (QStringList{
+            QStringLiteral("one.txt to org.example.app on -1"), QStringLiteral("two.txt to org.example.app on -1")}));
+}
+
+TEST_F(AndroidWindowSessionTest, aSavedOriginOfAnotherTypeIsNone)
+{
+    setRecord(
+        {{QStringLiteral("x"), QStringLiteral("100")},
+         {QStringLiteral("y"), QStringLiteral("100")},
+         {QStringLiteral("pinned"), true}});
+    EXPECT_EQ(open().panel().geometry().topLeft(), QPoint(1600 - 390 - 12, 36));
+}

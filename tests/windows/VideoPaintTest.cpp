@@ -47,14 +47,19 @@ protected:
         return view->screen()->grabWindow(view->winId()).toImage().convertToFormat(QImage::Format_RGB32);
     }
 
-    /// What the view must show of a picture that is drawn unscaled.
+    /// What the view must show of a picture that is drawn unscaled: the pixels that are left beside it go on with its
+    /// edges.
     QImage composed(const QImage &picture) const
     {
         QImage whole(pixels, QImage::Format_RGB32);
-        whole.fill(Qt::black);
         const auto slack = pixels - picture.size();
-        QPainter painter(&whole);
-        painter.drawImage(QPoint(slack.width() / 2, slack.height() / 2), picture);
+        for (int y = 0; y < whole.height(); ++y) {
+            for (int x = 0; x < whole.width(); ++x) {
+                const int fromX = std::clamp(x - slack.width() / 2, 0, picture.width() - 1);
+                const int fromY = std::clamp(y - slack.height() / 2, 0, picture.height() - 1);
+                whole.setPixel(x, y, picture.pixel(fromX, fromY));
+            }
+        }
         return whole;
     }
 

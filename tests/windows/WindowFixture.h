@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/QuillnestLayout.h"
+#include "fakes/FakeLocks.h"
 #include "fakes/FakePlatform.h"
 #include "windows/AndroidWindowRegistry.h"
 #include "windows/KeyboardFocus.h"
@@ -17,6 +18,20 @@ namespace quillnest
 const auto package = QStringLiteral("org.example.app");
 const auto otherPackage = QStringLiteral("org.example.other");
 
+/// Notes what would be copied.
+class FakeTransfer : public FileTransfer
+{
+public:
+    Outcome push(const QList<QUrl> &files, const QString &target, std::optional<int> displayID) override
+    {
+        for (const auto &file : files)
+            pushed.append(QStringLiteral("%1 to %2 on %3").arg(file.fileName(), target).arg(displayID.value_or(-1)));
+        return {};
+    }
+
+    QStringList pushed;
+};
+
 /// Real windows on the test's display, with everything below them scripted.
 class WindowFixture : public ::testing::Test
 {
@@ -31,8 +46,8 @@ protected:
         log = std::make_shared<QuillnestLog>(
             fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
         const auto commands = std::make_shared<const AndroidCommands>(fakes.platform, log);
-        registry
-            = std::make_unique<AndroidWindowRegistry>(WindowServices{fakes.platform, log, notifications, commands});
+        registry = std::make_unique<AndroidWindowRegistry>(
+            WindowServices{fakes.platform, log, notifications, commands, locks, transfer});
     }
 
     ~WindowFixture() override
@@ -112,6 +127,8 @@ protected:
     std::shared_ptr<FakeVideo> video = std::make_shared<FakeVideo>();
     std::shared_ptr<FakeSymbols> symbols = std::make_shared<FakeSymbols>();
     std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
+    std::shared_ptr<FakeLocks> locks = std::make_shared<FakeLocks>();
+    std::shared_ptr<FakeTransfer> transfer = std::make_shared<FakeTransfer>();
     std::shared_ptr<QuillnestLog> log;
     LoopbackDevice device{fakes};
     QWidget other;
