@@ -12,11 +12,12 @@ struct KnownCommand {
 };
 
 /// What the program of this version knows, in the order of its own table.
-inline constexpr std::array<KnownCommand, 13> knownCommands{{
+inline constexpr std::array<KnownCommand, 14> knownCommands{{
     {"back", "presses Android's back key in the first window"},
     {"snapshot-menu", "writes a picture of the panel"},
     {"add:", "adds the package file at the path that follows"},
     {"close-all", "closes all app windows"},
+    {"media", "plays or pauses what is playing"},
     {"paste", "types the clipboard's text into the first window"},
     {"copy", "copies what is selected in the first window"},
     {"adblock-on", "switches the ad block on"},

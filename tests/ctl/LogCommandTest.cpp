@@ -166,6 +166,9 @@ TEST_F(LogCommandTest, goesOverToTheFileThatReplacesTheLog)
     append("old\n");
     const auto log = follow();
     EXPECT_TRUE(prints(*log, "old\n"));
+    // Whoever wrote the old one still has it open.
+    QFile old(logFile());
+    ASSERT_TRUE(old.open(QIODevice::Append));
     // As long as the old one or longer: its size doesn't tell.
     const auto fresh = logFile() + QStringLiteral(".new");
     write(fresh, "a fresh file\n");

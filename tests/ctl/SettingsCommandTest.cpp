@@ -56,6 +56,7 @@ TEST_F(SettingsCommandTest, explicitTypesArePlainText)
     EXPECT_TRUE(stored().isBool());
     EXPECT_EQ(setAndGet({QStringLiteral("--int"), QStringLiteral("-12")}), "-12\n");
     EXPECT_TRUE(stored().isDouble());
+    EXPECT_EQ(setAndGet({QStringLiteral("--int"), QStringLiteral("9007199254740993")}), "9007199254740993\n");
     EXPECT_EQ(setAndGet({QStringLiteral("--float"), QStringLiteral("1e-3")}), "0.001\n");
     EXPECT_TRUE(stored().isDouble());
     EXPECT_EQ(setAndGet({QStringLiteral("--text"), QStringLiteral("true")}), "\"true\"\n");
