@@ -38,7 +38,6 @@ int main(int argc, char **argv)
     quillnest.start(
         QApplication::arguments(),
         {.makePanel = [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store()); },
-         .makePlayer = {},
          .paintPanel = [&quillnest] { return MenuPanel::snapshot(quillnest.platform(), quillnest.store()); },
          .paintGlyph = [] { return glyphImage(128); },
          .quit = quit});

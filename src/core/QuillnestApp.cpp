@@ -9,6 +9,7 @@
 #include "runtime/AndroidAdBlock.h"
 #include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidVolume.h"
+#include "windows/AndroidPlayerView.h"
 
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -40,7 +41,8 @@ QuillnestApp::QuillnestApp(Platform platform)
     , m_notifications(std::make_shared<ChangeNotifications>())
     , m_runtime(m_platform, m_log)
     , m_locks(std::make_shared<NoAppLocking>())
-    , m_windows(WindowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks})
+    , m_windowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks}
+    , m_windows(m_windowServices)
     , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_locks}
 {
 }
@@ -126,11 +128,14 @@ void QuillnestApp::openPlayer()
         m_player->move(frame.topLeft());
     }
     m_player->resize(size);
-    if (m_interface.makePlayer) {
-        auto *layout = new QVBoxLayout(m_player.get());
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(m_interface.makePlayer(m_store->activeAndroidName()));
-    }
+    auto *content = new AndroidPlayerView(m_windowServices, m_store->activeAndroidName(), m_player.get());
+    content->onClose = [this] {
+        m_player->orderOut();
+        m_windows.showMenuBarPopup(m_player->geometry().topLeft());
+    };
+    auto *layout = new QVBoxLayout(m_player.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
     m_player->onCloseRequest = [this] { m_player->orderOut(); };
     m_player->orderFront();
 }

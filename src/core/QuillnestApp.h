@@ -31,8 +31,6 @@ public:
     struct Interface {
         /// A new launcher.
         std::function<QWidget *()> makePanel;
-        /// What the player window shows under a title.
-        std::function<QWidget *(const QString &title)> makePlayer;
         /// The diagnostic pictures.
         std::function<QImage()> paintPanel;
         std::function<QImage()> paintGlyph;
@@ -75,6 +73,7 @@ private:
     const std::shared_ptr<ChangeNotifications> m_notifications;
     AndroidRuntimeCLI m_runtime;
     const std::shared_ptr<AppLocking> m_locks;
+    const WindowServices m_windowServices;
     AndroidWindowRegistry m_windows;
     const AppLibraryStore::Services m_services;
     std::unique_ptr<AppLibraryStore> m_store;

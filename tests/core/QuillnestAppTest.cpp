@@ -2,7 +2,9 @@
 
 #include "LaunchFixture.h"
 #include "core/LoginItem.h"
+#include "windows/AndroidPlayerView.h"
 
+#include <QApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -47,17 +49,11 @@ protected:
         app->start(
             QStringList{QStringLiteral("quillnest")} + arguments,
             {.makePanel = [] { return new QWidget; },
-             .makePlayer =
-                 [this](const QString &title) {
-                     playerTitles.append(title);
-                     return new QWidget;
-                 },
              .paintPanel = [] { return QImage(20, 10, QImage::Format_RGB32); },
              .paintGlyph = [] { return QImage(8, 8, QImage::Format_RGB32); },
              .quit = [this] { ++quits; }});
     }
 
-    QStringList playerTitles;
     int quits = 0;
 
     qsizetype count(const char *text) const { return fakes.processes->count(QLatin1String(text)); }
@@ -263,17 +259,26 @@ TEST_F(QuillnestAppTest, thePlayerWindowOpensAQuarterOfASecondAfterTheStart)
     EXPECT_EQ(window->minimumSize(), QSize(360, 620));
     EXPECT_TRUE(window->windowFlags().testFlag(Qt::FramelessWindowHint));
     EXPECT_EQ(window->geometry().center(), fakes.screens->main()->visibleFrame.center());
-    EXPECT_EQ(playerTitles, QStringList{QStringLiteral("Android App")});
+    const auto *content = window->findChild<AndroidPlayerView *>();
+    ASSERT_NE(content, nullptr);
+    EXPECT_EQ(content->title(), QStringLiteral("Android App"));
+    content->onClose();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(app->windows().menuBarPopupFrame());
 }
 
 TEST_F(QuillnestAppTest, bothFlagsTogetherOpenOnePlayerWindow)
 {
     start({QStringLiteral("--android-player"), QStringLiteral("--launch-apk")});
+    fakes.clock->advance(250ms);
+    const auto *window = app->playerWindow();
+    ASSERT_NE(window, nullptr);
     fakes.clock->advance(1s);
-    EXPECT_EQ(playerTitles.size(), 1);
-    start({QStringLiteral("--launch-apk"), QStringLiteral("--android-player")});
-    fakes.clock->advance(1s);
-    EXPECT_EQ(playerTitles.size(), 2);
+    EXPECT_EQ(app->playerWindow(), window);
+    int players = 0;
+    for (const auto *widget : QApplication::topLevelWidgets())
+        players += widget->windowTitle() == QStringLiteral("Quillnest Android") ? 1 : 0;
+    EXPECT_EQ(players, 1);
 }
 
 TEST_F(QuillnestAppTest, launchApkAsTheLastArgumentOpensThePlayerWindowAndInstallsNothing)
