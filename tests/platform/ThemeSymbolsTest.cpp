@@ -8,8 +8,19 @@ using namespace quillnest;
 
 namespace
 {
-const char *const names[] = {"square.grid.2x2", "chevron.left", "camera", "bell",           "aspectratio", "pin",
-                             "pin.fill",        "minus",        "xmark",  "magnifyingglass"};
+const char *const names[]
+    = {"square.grid.2x2",
+       "chevron.left",
+       "camera",
+       "bell",
+       "aspectratio",
+       "pin",
+       "pin.fill",
+       "minus",
+       "xmark",
+       "magnifyingglass",
+       "chevron.backward",
+       "arrow.uturn.backward"};
 
 /// The picture's opaque pixels, all in one colour; how many there are, or -1 if one has another colour.
 int paintedPixels(const QImage &image, const QColor &color)

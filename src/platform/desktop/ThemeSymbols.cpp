@@ -21,6 +21,8 @@ QString themeFile(const QString &name)
     static const QHash<QString, QString> files{
         {QStringLiteral("square.grid.2x2"), QStringLiteral("actions/view-app-grid-symbolic")},
         {QStringLiteral("chevron.left"), QStringLiteral("actions/go-previous-symbolic")},
+        {QStringLiteral("chevron.backward"), QStringLiteral("actions/go-previous-symbolic")},
+        {QStringLiteral("arrow.uturn.backward"), QStringLiteral("actions/edit-undo-symbolic")},
         {QStringLiteral("camera"), QStringLiteral("devices/camera-photo-symbolic")},
         {QStringLiteral("bell"), QStringLiteral("legacy/preferences-system-notifications-symbolic")},
         {QStringLiteral("aspectratio"), QStringLiteral("actions/view-fullscreen-symbolic")},
