@@ -433,6 +433,12 @@ TEST_F(AndroidPlayerViewTest, theHeaderHoldsItsItems)
         EXPECT_TRUE(symbols->asked.contains(QLatin1String(symbol))) << symbol;
 }
 
+TEST_F(AndroidPlayerViewTest, noButtonHasTheKeyboardAtFirst)
+{
+    show();
+    EXPECT_EQ(panel->focusWidget(), &display());
+}
+
 TEST_F(AndroidPlayerViewTest, theWayBackToTheLibraryIsTheOwners)
 {
     named<SymbolButton>("Back to app library").click();
@@ -534,18 +540,26 @@ TEST_F(AndroidPlayerViewTest, thePictureStandsInTheMiddleWithBarsBesideIt)
 TEST_F(AndroidPlayerViewTest, theStatusStandsWhereThePictureWillBe)
 {
     shows("");
+    EXPECT_EQ(display().accessibleDescription(), QStringLiteral("Connecting to Android…"));
     show();
     EXPECT_EQ(display().accessibleDescription(), QStringLiteral("Waiting for Android display…"));
-    // Something is written in the middle, on the window's own background.
+    // The device's outline above the middle and the text below it, on the window's own background.
     const auto image = display().grab().toImage();
     const auto background = Palette::light().windowBackground;
     EXPECT_EQ(image.pixelColor(4, 4), background);
-    int marked = 0;
-    for (int x = 0; x < image.width(); ++x) {
-        for (int y = image.height() * 2 / 5; y < image.height() * 3 / 5; ++y)
-            marked += image.pixelColor(x, y) != background ? 1 : 0;
-    }
-    EXPECT_GT(marked, 200);
+    const auto marked = [&image, &background](int from, int to) {
+        const auto scale = image.devicePixelRatio();
+        int count = 0;
+        for (int y = image.height() / 2 + qRound(from * scale); y < image.height() / 2 + qRound(to * scale); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                count += image.pixelColor(x, y) != background ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_GT(marked(-60, 4), 100);
+    EXPECT_GT(marked(12, 44), 200);
+    EXPECT_EQ(marked(-380, -60), 0);
+    EXPECT_EQ(marked(44, 380), 0);
 }
 
 TEST_F(AndroidPlayerViewTest, itsColoursAreTheDesktops)
