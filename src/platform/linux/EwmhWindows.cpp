@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 namespace quillnest
 {
@@ -160,11 +161,21 @@ bool EwmhWindows::moveResize(WindowId window, std::uint32_t flags, QPoint positi
 
 void EwmhWindows::unmaximize(WindowId window)
 {
-    // A maximised window takes no other size.
+    const auto tall = atom("_NET_WM_STATE_MAXIMIZED_VERT");
+    const auto wide = atom("_NET_WM_STATE_MAXIMIZED_HORZ");
+    const auto isMaximized = [&] {
+        const auto states = numbers(window, "_NET_WM_STATE");
+        return std::any_of(
+            states.begin(), states.end(), [&](std::uint32_t state) { return state == tall || state == wide; });
+    };
+    if (!isMaximized())
+        return;
     constexpr std::uint32_t remove = 0;
-    tellWindowManager(
-        window, "_NET_WM_STATE",
-        {remove, atom("_NET_WM_STATE_MAXIMIZED_VERT"), atom("_NET_WM_STATE_MAXIMIZED_HORZ"), fromPager});
+    tellWindowManager(window, "_NET_WM_STATE", {remove, tall, wide, fromPager});
+    // A maximised window takes no other size and has another frame, so what follows has to wait for the window manager.
+    constexpr int rounds = 50;
+    for (int round = 0; round < rounds && isMaximized(); ++round)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
 bool EwmhWindows::setSize(WindowId window, QSize size)
