@@ -22,7 +22,8 @@ constexpr auto processPoll = 500ms;
 constexpr int dyingDeviceRounds = 30;
 constexpr int dyingProcessRounds = 30;
 constexpr int bootRounds = 240;
-constexpr int lostDeviceRounds = 15;
+constexpr int lostEmulatorRounds = 15;
+constexpr int lostDeviceRounds = 3;
 constexpr int networkRounds = 30;
 } // namespace
 
@@ -116,7 +117,14 @@ Task<> EmulatorBoot::boot(Self self)
     }
     if (!listed)
         co_await startDevice(self);
-    co_await waitForBoot(self);
+    bool booted = co_await waitForBoot(self);
+    if (!booted && !self->m_emulatorProcess) {
+        // The device of an earlier run was on its way out and not up.
+        co_await startDevice(self);
+        booted = co_await waitForBoot(self);
+    }
+    if (!booted)
+        throw AndroidRuntimeError::bootTimeout();
     co_await applyTweaks(self);
     co_await waitForInternet(self);
 }
@@ -171,21 +179,24 @@ void EmulatorBoot::launchEmulator()
     m_emulatorProcess = platform.processes->start(command);
 }
 
-Task<> EmulatorBoot::waitForBoot(Self self)
+Task<bool> EmulatorBoot::waitForBoot(Self self)
 {
+    // A launcher of ours that ends while its device comes up gets longer than a device of an earlier run.
+    const int limit = self->m_emulatorProcess ? lostEmulatorRounds : lostDeviceRounds;
     int roundsWithoutDevice = 0;
-    for (int round = 0; round < bootRounds && roundsWithoutDevice < lostDeviceRounds; ++round) {
+    for (int round = 0; round < bootRounds && roundsWithoutDevice < limit; ++round) {
         if (co_await ask(self, &AndroidCommands::deviceIsBooted))
-            co_return;
-        // With no emulator of ours and nothing that adb would list, nobody is left who might boot. A launcher that
-        // ends while its device comes up, or an adb that starts anew, is back within a few rounds.
+            co_return true;
+        // With no emulator of ours and nothing that adb would list, nobody is left who might boot.
         bool isThere = self->emulatorIsRunning();
         if (!isThere)
             isThere = co_await ask(self, &AndroidCommands::deviceIsListed);
         roundsWithoutDevice = isThere ? 0 : roundsWithoutDevice + 1;
         co_await pause(self, poll);
     }
-    throw AndroidRuntimeError::bootTimeout();
+    if (roundsWithoutDevice < limit)
+        throw AndroidRuntimeError::bootTimeout();
+    co_return false;
 }
 
 Task<> EmulatorBoot::waitForInternet(Self self)

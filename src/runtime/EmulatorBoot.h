@@ -44,7 +44,8 @@ private:
     static Task<> boot(Self self);
     static Task<> waitUntilGone(Self self);
     static Task<> startDevice(Self self);
-    static Task<> waitForBoot(Self self);
+    /// False when the device was lost meanwhile.
+    static Task<bool> waitForBoot(Self self);
     static Task<> waitForInternet(Self self);
     static Task<> applyTweaks(Self self);
 

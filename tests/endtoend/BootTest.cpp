@@ -44,6 +44,13 @@ protected:
 
     qsizetype boots() const { return program.log().count(startingEmulator); }
 
+    void waitForListedDevice() const
+    {
+        waitFor(QStringLiteral("the device to be listed"), 30, [this] {
+            return desktop.run(QStringLiteral("adb"), {QStringLiteral("devices")}).contains("emulator-5556\tdevice");
+        });
+    }
+
     /// The panel says that the app is being started and the device is not there yet.
     void expectStarting(const QString &app) const
     {
@@ -161,10 +168,7 @@ TEST_F(BootTest, aDeviceOnItsWayUpFromAnEarlierRunIsWaitedForAndNotStartedTwice)
     bootTakes(hardlyEver);
     startWithTide();
     program.post(QStringLiteral("open:Tide"));
-    waitForLog(startingEmulator);
-    waitFor(QStringLiteral("the device to be listed"), 30, [this] {
-        return desktop.run(QStringLiteral("adb"), {QStringLiteral("devices")}).contains("emulator-5556\tdevice");
-    });
+    waitForListedDevice();
     program.kill();
 
     program.start();
@@ -175,6 +179,23 @@ TEST_F(BootTest, aDeviceOnItsWayUpFromAnEarlierRunIsWaitedForAndNotStartedTwice)
     expectOpen(QStringLiteral("Tide"));
     EXPECT_EQ(boots(), 1);
     EXPECT_EQ(adbCommands(QStringLiteral("settings put global private_dns_mode")), 1) << "a boot that was waited for";
+}
+
+TEST_F(BootTest, aDeviceOfAnEarlierRunThatIsOnItsWayOutIsFollowedByAFreshOne)
+{
+    bootTakes(hardlyEver);
+    startWithTide();
+    program.post(QStringLiteral("open:Tide"));
+    waitForListedDevice();
+    program.kill();
+
+    program.start();
+    program.post(QStringLiteral("open:Tide"));
+    waitForLooks(5);
+    bootTakes(0.5);
+    program.endDevice();
+    expectOpen(QStringLiteral("Tide"));
+    EXPECT_EQ(boots(), 2);
 }
 
 TEST_F(BootTest, aDeviceThatDiesInMidBootIsGivenUpSoonAndTheNextClickBootsAgain)

@@ -286,13 +286,24 @@ TEST_F(EmulatorBootTest, aDeviceThatIsLostInMidBootIsGivenUpSoon)
     EXPECT_EQ(launches(), 2);
 }
 
-TEST_F(EmulatorBootTest, aDeviceOfAnEarlierRunThatIsLostInMidBootIsGivenUpSoon)
+TEST_F(EmulatorBootTest, aDeviceOfAnEarlierRunThatIsOnItsWayOutIsFollowedByOneOfOurs)
 {
     device = {.listed = true, .looksUntilBooted = 1000000};
     const auto begin = fakes.clock->monotonic();
-    fakes.clock->later(20s, [this] { device.listed = false; });
-    EXPECT_EQ(failure(), AndroidRuntimeError::Case::bootTimeout);
-    EXPECT_LE(fakes.clock->monotonic() - begin, 20s + 16s);
+    fakes.clock->later(20s, [this] { device = {}; });
+    boot();
+    EXPECT_EQ(launches(), 1);
+    EXPECT_EQ(tweaks(), 1);
+    EXPECT_LE(fakes.clock->monotonic() - begin, 20s + 10s);
+}
+
+TEST_F(EmulatorBootTest, aDeviceThatIsUnlistedForAMomentIsWaitedFor)
+{
+    device = {.listed = true, .looksUntilBooted = 60};
+    fakes.clock->later(20500ms, [this] { device.listed = false; });
+    fakes.clock->later(22500ms, [this] { device.listed = true; });
+    boot();
+    EXPECT_EQ(launches(), 0);
 }
 
 TEST_F(EmulatorBootTest, aDeviceWhoseLauncherHasEndedIsWaitedFor)
