@@ -61,8 +61,8 @@ private:
     bool m_cancelled = false;
     /// The boot that all callers wait for.
     std::shared_ptr<Flight> m_flight;
-    /// The emulator that this process started; none for a device that it took over. Its only use is not to start a
-    /// second one while the first is alive.
+    /// The emulator that this process started; none for a device that it took over. While it is alive no second one is
+    /// started and a boot isn't given up before its time.
     std::shared_ptr<RunningChild> m_emulatorProcess;
 };
 
