@@ -1,9 +1,9 @@
 #include "benchmarks/AdbBench.h"
 
 #include "benchmarks/BareCommand.h"
+#include "benchmarks/BusFreePlatform.h"
 #include "benchmarks/ExportedEnvironment.h"
 #include "driver/ProgramUnderTest.h"
-#include "platform/linux/LinuxPlatform.h"
 #include "runtime/AndroidCommands.h"
 
 #include <QElapsedTimer>
@@ -43,7 +43,7 @@ void run(BenchReport &report)
     // Killed, it leaves the device up and does nothing beside what is measured.
     program.kill();
 
-    const auto platform = linuxPlatform();
+    const auto platform = busFreePlatform();
     const auto log
         = std::make_shared<QuillnestLog>(platform.clock, desktop.home(), QStringLiteral("adb-bench.log"), true);
     const AndroidCommands commands(platform, log);

@@ -1,8 +1,8 @@
 #include "benchmarks/RecordedStream.h"
 
+#include "benchmarks/BusFreePlatform.h"
 #include "benchmarks/ProcessorTime.h"
 #include "platform/desktop/FFmpegSupport.h"
-#include "platform/linux/LinuxPlatform.h"
 #include "stream/AndroidStreamClient.h"
 
 #include <QCoreApplication>
@@ -57,7 +57,7 @@ private:
 
 RecordedStream RecordedStream::record(driver::ProgramUnderTest &program, const QString &package, QSize size, int frames)
 {
-    const auto platform = linuxPlatform();
+    const auto platform = busFreePlatform();
     const auto recorder = std::make_shared<Recorder>();
     const auto log = std::make_shared<QuillnestLog>(
         platform.clock, program.desktop().home(), QStringLiteral("recording.log"), true);
