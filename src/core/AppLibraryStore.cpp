@@ -291,18 +291,18 @@ void AppLibraryStore::confirmUninstall(const MobileApp &app)
     m_services.platform.alerts->ask(alert, [self = QPointer<AppLibraryStore>(this), app](int button) {
         if (!self || button != 0)
             return;
-        auto package = app.bundleIdentifier;
-        if (!package)
-            package = self->m_services.runtime.knownPackage(app.sourcePath);
+        const auto package = app.bundleIdentifier
+            ? *app.bundleIdentifier
+            : self->m_services.runtime.knownPackage(app.sourcePath).value_or(QString());
         // A name that can't be a package's was never installed either.
-        if (!package || !isValidPackageName(*package)) {
+        if (!isValidPackageName(package)) {
             self->remove(app);
             return;
         }
         if (auto *session = self->m_services.windows.session(app.id))
             session->close(QStringLiteral("uninstall"));
         self->setStatus(QStringLiteral("Uninstalling %1…").arg(app.displayName()));
-        fireAndForget(self->m_services.log, self->uninstall(app, *package));
+        fireAndForget(self->m_services.log, self->uninstall(app, package));
     });
 }
 

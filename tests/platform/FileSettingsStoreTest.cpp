@@ -287,6 +287,22 @@ TEST_F(FileSettingsStoreTest, damageThatIsNoticedLaterIsAnnounced)
     EXPECT_EQ(announced.size(), 1);
 }
 
+TEST_F(FileSettingsStoreTest, fileThatCannotBeReadIsNotReplaced)
+{
+    // A link to itself can be opened by nobody, whoever runs this.
+    ASSERT_TRUE(QFile::link(path, path));
+    const auto settings = store();
+    EXPECT_TRUE(settings->keys().isEmpty());
+    const auto failure = settings->setValue(key, true);
+    ASSERT_TRUE(failure);
+    EXPECT_FALSE(failure->isEmpty());
+    EXPECT_TRUE(QFileInfo(path).isSymLink());
+    EXPECT_FALSE(settings->value(key).isValid());
+    QFile::remove(path);
+    EXPECT_EQ(settings->setValue(key, true), std::nullopt);
+    EXPECT_EQ(store()->value(key), QVariant(true));
+}
+
 TEST_F(FileSettingsStoreTest, diskThatIsFullKeepsTheOldValueOnItAndHere)
 {
     const auto settings = store();

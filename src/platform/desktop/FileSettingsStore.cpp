@@ -201,6 +201,8 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
             return std::nullopt;
         const ProcessLock lock(m_path + QStringLiteral(".lock"));
         changed = reload(Damaged::SetAside);
+        if (m_unreadable)
+            return m_unreadable;
         if (m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
             auto values = m_values;
             if (value)
@@ -220,10 +222,16 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
 
 QStringList FileSettingsStore::reload(Damaged damaged)
 {
+    m_unreadable.reset();
     if (stamp() == m_stamp)
         return {};
     QVariantMap fresh;
     int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC);
+    // A file that is there and can't be read isn't an empty one: what is known stays, and nothing replaces the file.
+    if (descriptor < 0 && errno != ENOENT) {
+        m_unreadable = qt_error_string(errno);
+        return {};
+    }
     QFile file;
     if (descriptor >= 0 && file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
         const auto document = QJsonDocument::fromJson(file.readAll());
@@ -304,7 +312,10 @@ FileSettingsStore::Stamp FileSettingsStore::stamp() const
 {
     struct stat status {
     };
-    return ::stat(QFile::encodeName(m_path).constData(), &status) == 0 ? stampOf(status) : Stamp();
+    if (::stat(QFile::encodeName(m_path).constData(), &status) == 0)
+        return stampOf(status);
+    // Something that can't be looked at is not the absence of the file.
+    return errno == ENOENT ? Stamp() : Stamp(0, -1, errno);
 }
 
 void FileSettingsStore::announce(const QStringList &keys)

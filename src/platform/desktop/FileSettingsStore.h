@@ -62,6 +62,8 @@ private:
     /// What other threads changed and the main thread has yet to announce.
     QStringList m_unannounced;
     bool m_damageIsUnannounced = false;
+    /// Why the file that is there could not be read the last time.
+    std::optional<QString> m_unreadable;
     QFileSystemWatcher m_watcher;
     QTimer m_syncTimer;
 };
