@@ -53,7 +53,7 @@ QJsonObject window(const AndroidWindowSession &session)
         {QStringLiteral("active"), session.panel().isActiveWindow()},
         {QStringLiteral("pinned"), session.isPinned()},
         {QStringLiteral("windowId"), static_cast<qint64>(session.panel().winId())},
-        {QStringLiteral("frame"), rectangle(session.panel().geometry())},
+        {QStringLiteral("frame"), rectangle(session.panel().frame())},
         {QStringLiteral("videoArea"), rectangle({view.mapToGlobal(QPoint(0, 0)), view.size()})},
         {QStringLiteral("scale"), view.devicePixelRatioF()},
         {QStringLiteral("videoWidth"), video.width()},

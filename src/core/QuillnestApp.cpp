@@ -119,19 +119,18 @@ void QuillnestApp::openPlayer()
 {
     m_player = std::make_unique<AndroidAppPanel>(m_platform, AndroidAppPanel::Resizing::AtEdges);
     m_player->setWindowTitle(QStringLiteral("Quillnest Android"));
-    m_player->setMinimumSize(360, 620);
-    QSize size(430, 820);
+    constexpr QSize smallest(360, 620);
+    m_player->setMinimumFrameSize(smallest);
+    QRect frame(0, 0, 430, 820);
     if (const auto screen = m_platform.screens->main()) {
-        size = size.boundedTo(screen->visibleFrame.size()).expandedTo(m_player->minimumSize());
-        QRect frame(QPoint(), size);
+        frame.setSize(frame.size().boundedTo(screen->visibleFrame.size()).expandedTo(smallest));
         frame.moveCenter(screen->visibleFrame.center());
-        m_player->move(frame.topLeft());
     }
-    m_player->resize(size);
+    m_player->setFrame(frame);
     auto *content = new AndroidPlayerView(m_windowServices, m_store->activeAndroidName(), m_player.get());
     content->onClose = [this] {
         m_player->orderOut();
-        m_windows.showMenuBarPopup(m_player->geometry().topLeft());
+        m_windows.showMenuBarPopup(m_player->frame().topLeft());
     };
     auto *layout = new QVBoxLayout(m_player.get());
     layout->setContentsMargins(0, 0, 0, 0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QPoint>
 #include <QRect>
 
@@ -28,6 +29,10 @@ public:
 
     /// Whether windows may be see-through, for rounded corners and shadows.
     virtual bool isComposited() const = 0;
+
+    /// Tells the desktop that the outermost `shadow` points of a window, of `size` points in all, are its shadow: they
+    /// don't count where the window is placed, and they let the mouse through but for `reach` points around the frame.
+    virtual void declareShadow(quintptr window, QSize size, QMargins shadow, int reach, double scale) = 0;
 
     /// Whether a window that no longer counts as active still has the keyboard: something, such as a window manager
     /// that moves or resizes the window, has grabbed it for a moment. `window` is the native id.

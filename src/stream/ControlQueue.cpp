@@ -52,8 +52,8 @@ bool ControlQueue::push(const QByteArray &message, std::chrono::nanoseconds now)
 {
     const auto pressed = press(message);
     const std::scoped_lock guard(m_lock);
-    const bool isFull = m_messages.size() >= capacity
-        || m_bytes + static_cast<std::size_t>(message.size()) > byteCapacity;
+    const bool isFull
+        = m_messages.size() >= capacity || m_bytes + static_cast<std::size_t>(message.size()) > byteCapacity;
     if (m_messages.size() >= crowded && isMove(message) && isMove(m_messages.back().bytes)) {
         m_messages.back() = {message, now};
         ++m_dropped;

@@ -16,17 +16,40 @@ namespace
 constexpr double edgeReach = 5;
 /// The same along an edge for its corner.
 constexpr double cornerReach = 14;
+/// How far outside the frame its edges can still be taken where the shadow leaves room, in points.
+constexpr int outerReach = 6;
 /// How often a grab of the keyboard is looked at until it ends.
 constexpr std::chrono::milliseconds grabPoll(100);
 } // namespace
 
 AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
-    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), m_platform(platform), m_resizing(resizing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint)
+    , m_platform(platform)
+    , m_resizing(resizing)
+    , m_isBlended(platform.screens->isComposited())
 {
     setAttribute(Qt::WA_DeleteOnClose, false);
     setAttribute(Qt::WA_QuitOnClose, false);
-    if (platform.screens->isComposited())
+    if (m_isBlended) {
         setAttribute(Qt::WA_TranslucentBackground);
+        setContentsMargins(PanelShadow::reach);
+    }
+}
+
+void AndroidAppPanel::setMinimumFrameSize(QSize size)
+{
+    setMinimumSize(size.grownBy(shadowMargins()));
+}
+
+void AndroidAppPanel::declareShadow()
+{
+    if (m_isBlended && windowHandle())
+        m_platform.screens->declareShadow(winId(), size(), PanelShadow::reach, outerReach, devicePixelRatioF());
+}
+
+void AndroidAppPanel::paintOutside(QPainter &painter) const
+{
+    m_shadow.paint(painter, rect().marginsRemoved(shadowMargins()));
 }
 
 void AndroidAppPanel::setFloating(bool on)
@@ -61,6 +84,7 @@ void AndroidAppPanel::showEvent(QShowEvent *event)
     // Presses at the edges are taken before any widget sees them.
     windowHandle()->removeEventFilter(this);
     windowHandle()->installEventFilter(this);
+    declareShadow();
 }
 
 void AndroidAppPanel::changeEvent(QEvent *event)
@@ -103,6 +127,7 @@ void AndroidAppPanel::moveEvent(QMoveEvent *event)
 void AndroidAppPanel::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
+    declareShadow();
     if (onResize && isVisible())
         onResize();
 }
@@ -110,21 +135,22 @@ void AndroidAppPanel::resizeEvent(QResizeEvent *event)
 void AndroidAppPanel::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(
-        event->rect(),
-        testAttribute(Qt::WA_TranslucentBackground) ? QColor(Qt::transparent)
-                                                    : Palette::current(m_platform).windowBackground);
+    painter.setClipRect(event->rect());
+    if (m_isBlended)
+        paintOutside(painter);
+    else
+        painter.fillRect(event->rect(), Palette::current(m_platform).windowBackground);
 }
 
 Qt::Edges AndroidAppPanel::edgesAt(QPointF point) const
 {
     if (m_resizing == Resizing::Fixed)
         return {};
-    const double left = point.x();
-    const double top = point.y();
-    const double right = width() - left;
-    const double bottom = height() - top;
+    const QRectF frame = rect().marginsRemoved(shadowMargins());
+    const double left = point.x() - frame.left();
+    const double top = point.y() - frame.top();
+    const double right = frame.right() - point.x();
+    const double bottom = frame.bottom() - point.y();
     const bool onEdge = left < edgeReach || right < edgeReach || top < edgeReach || bottom < edgeReach;
     if (!onEdge)
         return {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "windows/PanelShadow.h"
 
 #include <QWidget>
 
@@ -20,6 +21,17 @@ public:
     enum class Resizing { Fixed, AtEdges };
 
     AndroidAppPanel(const Platform &platform, Resizing resizing);
+
+    /// The window as its user sees it, without its shadow, in points. Where the desktop blends windows the widget is
+    /// larger than that by `shadowMargins`, which its layout leaves free.
+    QRect frame() const { return geometry().marginsRemoved(shadowMargins()); }
+    void setFrame(QRect frame) { setGeometry(frame.marginsAdded(shadowMargins())); }
+    void setMinimumFrameSize(QSize size);
+    QMargins shadowMargins() const { return m_isBlended ? PanelShadow::reach : QMargins(); }
+
+    /// Puts back what belongs outside the rounded corners, for a child that paints up to them; in the panel's own
+    /// coordinates, as far as the painter's clip allows.
+    void paintOutside(QPainter &painter) const;
 
     // The delegate's part. Called on the main thread.
     std::function<void()> onResignKey;
@@ -53,10 +65,13 @@ protected:
 private:
     Qt::Edges edgesAt(QPointF point) const;
     void showEdgeCursor(Qt::Edges edges);
+    void declareShadow();
     void keyStateChanged();
 
     const Platform &m_platform;
     const Resizing m_resizing;
+    const bool m_isBlended;
+    const PanelShadow m_shadow;
     bool m_floating = false;
     bool m_movableByBackground = false;
     bool m_isKey = false;

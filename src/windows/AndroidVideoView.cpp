@@ -1,5 +1,6 @@
 #include "windows/AndroidVideoView.h"
 
+#include "windows/AndroidAppPanel.h"
 #include "windows/Palette.h"
 
 #include <QDragEnterEvent>
@@ -215,22 +216,45 @@ void AndroidVideoView::paintEvent(QPaintEvent *event)
         paintFrame(painter, *m_shownFrame, event->region());
     else
         painter.fillRect(event->rect(), Qt::black);
-    if (window()->testAttribute(Qt::WA_TranslucentBackground)) {
-        // Only the lower corners of the window are the view's; the upper ones are the header's.
-        constexpr double radius = windowCornerRadius;
-        QPainterPath corners;
-        corners.addRect(QRectF(0, height() - radius, width(), radius));
-        QPainterPath round;
-        round.addRoundedRect(QRectF(0, height() - 3 * radius, width(), 3 * radius), radius, radius);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setCompositionMode(QPainter::CompositionMode_Clear);
-        painter.fillPath(corners.subtracted(round), Qt::black);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    }
+    if (window()->testAttribute(Qt::WA_TranslucentBackground))
+        roundCorners(painter, event->region());
     if (m_dropBorder) {
         painter.setPen(QPen(Palette::current(m_platform).controlAccent, 3));
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5));
+    }
+}
+
+/// Cuts the window's lower corners off, which are the view's, and lets the window's shadow show there.
+void AndroidVideoView::roundCorners(QPainter &painter, const QRegion &region) const
+{
+    constexpr int radius = windowCornerRadius;
+    const auto *panel = qobject_cast<const AndroidAppPanel *>(window());
+    QPainterPath round;
+    round.addRoundedRect(QRectF(0, height() - 3 * radius, width(), 3 * radius), radius, radius);
+    for (const int x : {0, width() - radius}) {
+        const QRect corner(x, height() - radius, radius, radius);
+        if (!region.intersects(corner))
+            continue;
+        QPainterPath square;
+        square.addRect(corner);
+        painter.save();
+        painter.setClipRect(corner, Qt::IntersectClip);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setCompositionMode(QPainter::CompositionMode_Clear);
+        painter.fillPath(square.subtracted(round), Qt::black);
+        if (panel) {
+            QImage shadow(corner.size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+            shadow.setDevicePixelRatio(devicePixelRatioF());
+            QPainter below(&shadow);
+            below.translate(-mapTo(panel, corner.topLeft()));
+            panel->paintOutside(below);
+            below.end();
+            // Behind the picture, of whose edge pixels a part is still there.
+            painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
+            painter.drawImage(corner.topLeft(), shadow);
+        }
+        painter.restore();
     }
 }
 

@@ -98,6 +98,7 @@ private:
     /// What of the view a picture changes against the one that is shown, in points.
     QRegion changedArea(const VideoFrame &frame) const;
     void paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region);
+    void roundCorners(QPainter &painter, const QRegion &region) const;
     void paintEdges(QPainter &painter, const VideoFrame &frame, QRect picture, const QRegion &region);
     bool convertInPlace(QPainter &painter, const VideoFrame &frame, QRect part, QPoint origin);
     static void convertByImage(QPainter &painter, const VideoFrame &frame, QRect part, QRectF target);

@@ -43,7 +43,7 @@ AndroidWindowSession::AndroidWindowSession(
     m_panel = std::make_unique<AndroidAppPanel>(m_services.platform, AndroidAppPanel::Resizing::AtEdges);
     m_header = new HeaderView(m_services.platform, m_title, m_panel.get());
     m_videoView = new AndroidVideoView(m_services.platform, m_panel.get());
-    m_panel->setGeometry(QRect(origin, size));
+    m_panel->setFrame(QRect(origin, size));
     m_client = makeClient(adb, serial, server, size);
     configurePanel();
     wire();
@@ -104,7 +104,7 @@ std::shared_ptr<AndroidStreamClient> AndroidWindowSession::makeClient(
 
 void AndroidWindowSession::configurePanel()
 {
-    m_panel->setMinimumSize(QuillnestLayout::minimumSize);
+    m_panel->setMinimumFrameSize(QuillnestLayout::minimumSize);
     m_panel->setWindowTitle(QStringLiteral("Quillnest · %1").arg(m_title));
     auto *content = new QVBoxLayout(m_panel.get());
     content->setContentsMargins(0, 0, 0, 0);
@@ -248,7 +248,7 @@ void AndroidWindowSession::leftByBack()
 {
     if (m_closing)
         return;
-    const auto frame = m_panel->geometry();
+    const auto frame = m_panel->frame();
     m_services.log->write(QStringLiteral("back left %1: closing window, showing Quillnest home").arg(m_package));
     close(QStringLiteral("back on first screen"));
     m_registry.showMenuBarPopup(frame.topLeft());
@@ -256,7 +256,7 @@ void AndroidWindowSession::leftByBack()
 
 void AndroidWindowSession::goHome()
 {
-    const auto frame = m_panel->geometry();
+    const auto frame = m_panel->frame();
     hide();
     m_registry.showMenuBarPopup(frame.topLeft());
 }
@@ -271,7 +271,7 @@ void AndroidWindowSession::togglePinned()
 
 void AndroidWindowSession::saveFrame()
 {
-    const auto frame = m_panel->geometry();
+    const auto frame = m_panel->frame();
     m_services.platform.settings->setValue(
         recordKey(),
         QVariantMap{

@@ -52,17 +52,17 @@ QRect AndroidWindowSession::fittedFrame(QRect frame, QSize wanted, QRect visible
 
 void AndroidWindowSession::setPanelSize(QSizeF size)
 {
-    const auto frame = m_panel->geometry();
+    const auto frame = m_panel->frame();
     auto screen = m_services.platform.screens->containing(frame.center());
     if (!screen)
         screen = m_services.platform.screens->main();
-    m_panel->setGeometry(fittedFrame(frame, size.toSize(), screen ? screen->visibleFrame : frame));
+    m_panel->setFrame(fittedFrame(frame, size.toSize(), screen ? screen->visibleFrame : frame));
 }
 
 void AndroidWindowSession::windowDidResize()
 {
     saveFrame();
-    QuillnestLayout::setSize(*m_services.platform.settings, m_panel->size());
+    QuillnestLayout::setSize(*m_services.platform.settings, m_panel->frame().size());
     // A drag sends one message, after it has stopped for a moment.
     m_resizeWork = m_services.platform.clock->after(resizeSettles, [this] { sendDisplaySize(); });
 }

@@ -38,7 +38,7 @@ void HomePanelController::show(std::optional<QPoint> origin)
         const auto visible = screen ? screen->visibleFrame : QRect(QPoint(0, 0), size);
         origin = QPoint(visible.x() + visible.width() - size.width() - 12, visible.y() + 6);
     }
-    m_panel->setGeometry(QRect(*origin, size));
+    m_panel->setFrame(QRect(*origin, size));
     m_panel->orderFront();
     m_services.log->write(QStringLiteral("home page shown"));
 }
@@ -53,7 +53,7 @@ std::optional<QRect> HomePanelController::visibleFrame() const
 {
     if (!m_panel || !m_panel->isVisible())
         return std::nullopt;
-    return m_panel->geometry();
+    return m_panel->frame();
 }
 
 } // namespace quillnest

@@ -41,10 +41,16 @@ class FakeScreens : public Screens
 public:
     std::vector<ScreenInfo> all() const override { return screens; }
     bool isComposited() const override { return composited; }
+    void declareShadow(quintptr, QSize size, QMargins margins, int, double) override
+    {
+        shadows.append(QRect(QPoint(0, 0), size).marginsRemoved(margins));
+    }
     bool keepsKeyboard(quintptr) const override { return keepsKeys; }
 
     bool composited = true;
     bool keepsKeys = false;
+    /// The frames inside the shadows that were declared.
+    QList<QRect> shadows;
     std::vector<ScreenInfo> screens{{QRect(0, 0, 1920, 1080), QRect(0, 30, 1920, 1050), 1.0}};
 };
 

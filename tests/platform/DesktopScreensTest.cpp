@@ -3,6 +3,7 @@
 #include "platform/Conditions.h"
 
 #include <QGuiApplication>
+#include <QProcess>
 #include <QScreen>
 #include <QWidget>
 
@@ -52,4 +53,37 @@ TEST(DesktopScreensTest, windowWithTheInputFocusKeepsTheKeyboard)
     other.activateWindow();
     EXPECT_TRUE(comesTrue([&] { return screens.keepsKeyboard(other.winId()); }));
     EXPECT_FALSE(screens.keepsKeyboard(window.winId()));
+}
+
+TEST(DesktopScreensTest, shadowCountsForNoPlacementAndLetsTheMouseThrough)
+{
+    DesktopScreens screens;
+    QWidget window;
+    window.setWindowFlags(Qt::FramelessWindowHint);
+    window.setGeometry(100, 100, 240, 220);
+    window.show();
+    ASSERT_TRUE(comesTrue([&] { return window.isActiveWindow(); }));
+    screens.declareShadow(window.winId(), window.size(), {20, 10, 20, 30}, 5, window.devicePixelRatioF());
+    const auto tool = [&](const QString &program, const QStringList &arguments) {
+        QProcess process;
+        process.start(program, arguments);
+        process.waitForFinished(5000);
+        return process.readAllStandardOutput();
+    };
+    const auto id = QString::number(window.winId());
+    EXPECT_TRUE(tool(QStringLiteral("xprop"), {QStringLiteral("-id"), id, QStringLiteral("_GTK_FRAME_EXTENTS")})
+                    .contains("= 20, 20, 10, 30"));
+    // The window manager's frame around it, or the desktop.
+    const auto under = [&](int x, int y) {
+        tool(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
+        return tool(QStringLiteral("xdotool"), {QStringLiteral("getmouselocation"), QStringLiteral("--shell")})
+            .split('\n')
+            .value(3);
+    };
+    const auto ours = under(220, 200);
+    const auto desktop = under(500, 600);
+    EXPECT_NE(ours, desktop);
+    EXPECT_TRUE(comesTrue([&] { return under(100 + 14, 200) == desktop; }));
+    EXPECT_EQ(under(220, 100 + 220 - 24), desktop);
+    EXPECT_EQ(under(100 + 16, 200), ours) << "a little outside the frame";
 }

@@ -45,8 +45,13 @@ TEST(ControlQueueTest, messagesComeOutInTheirOrder)
 {
     ControlQueue queue;
     const QList<QByteArray> messages{
-        touch(MotionAction::down, 1), touch(MotionAction::move, 2), touch(MotionAction::move, 3),
-        touch(MotionAction::up, 4), key(KeyAction::down), key(KeyAction::up), ScrcpyControl::text(QStringLiteral("a"))};
+        touch(MotionAction::down, 1),
+        touch(MotionAction::move, 2),
+        touch(MotionAction::move, 3),
+        touch(MotionAction::up, 4),
+        key(KeyAction::down),
+        key(KeyAction::up),
+        ScrcpyControl::text(QStringLiteral("a"))};
     for (const auto &message : messages)
         queue.push(message);
     EXPECT_EQ(drain(queue), messages);

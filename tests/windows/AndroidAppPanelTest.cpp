@@ -180,8 +180,87 @@ TEST_F(AndroidAppPanelTest, itIsOpaqueWhereNothingCanBeSeenThrough)
     const auto opaque = makePanel(AndroidAppPanel::Resizing::AtEdges);
     EXPECT_FALSE(opaque->testAttribute(Qt::WA_TranslucentBackground));
     EXPECT_EQ(opaque->grab().toImage().pixelColor(0, 0), Palette::light().windowBackground);
-    fakes.screens->composited = true;
-    const auto clear = makePanel(AndroidAppPanel::Resizing::AtEdges);
-    EXPECT_TRUE(clear->testAttribute(Qt::WA_TranslucentBackground));
-    EXPECT_EQ(qAlpha(clear->grab().toImage().pixel(0, 0)), 0);
+    EXPECT_EQ(opaque->frame(), opaque->geometry());
+}
+
+// Where the desktop blends windows.
+
+class BlendedPanelTest : public AndroidAppPanelTest
+{
+protected:
+    BlendedPanelTest() { fakes.screens->composited = true; }
+
+    const QRect frame{200, 200, 300, 400};
+    const QMargins reach = PanelShadow::reach;
+};
+
+TEST_F(BlendedPanelTest, theFrameIsTheWindowWithoutItsShadow)
+{
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    EXPECT_TRUE(panel->testAttribute(Qt::WA_TranslucentBackground));
+    panel->setFrame(frame);
+    panel->setMinimumFrameSize({280, 300});
+    EXPECT_EQ(panel->frame(), frame);
+    EXPECT_EQ(panel->geometry(), frame.marginsAdded(reach));
+    EXPECT_EQ(panel->contentsRect(), QRect(QPoint(reach.left(), reach.top()), frame.size()));
+    EXPECT_EQ(panel->minimumSize(), QSize(280, 300).grownBy(reach));
+}
+
+TEST_F(BlendedPanelTest, theShadowFadesFromTheFrameOutwardsOnAllSides)
+{
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    panel->setFrame(frame);
+    const auto image = panel->grab().toImage();
+    const double scale = image.devicePixelRatio();
+    const auto alpha = [&image, scale](double x, double y) {
+        return qAlpha(image.pixel(static_cast<int>(x * scale), static_cast<int>(y * scale)));
+    };
+    const QRect inner(QPoint(reach.left(), reach.top()), frame.size());
+    const double midX = inner.center().x();
+    const double midY = inner.center().y();
+    const struct {
+        QPointF near;
+        QPointF middle;
+        QPointF far;
+    } sides[] = {
+        {{inner.left() - 2.0, midY}, {inner.left() - 8.0, midY}, {0, midY}},
+        {{inner.right() + 2.0, midY}, {inner.right() + 8.0, midY}, {image.width() / scale - 1, midY}},
+        {{midX, inner.top() - 2.0}, {midX, inner.top() - 6.0}, {midX, 0}},
+        {{midX, inner.bottom() + 2.0}, {midX, inner.bottom() + 10.0}, {midX, image.height() / scale - 1}},
+    };
+    for (const auto &side : sides) {
+        EXPECT_GT(alpha(side.near.x(), side.near.y()), alpha(side.middle.x(), side.middle.y()));
+        EXPECT_GT(alpha(side.middle.x(), side.middle.y()), alpha(side.far.x(), side.far.y()));
+        EXPECT_LT(alpha(side.far.x(), side.far.y()), 12) << "no hard end";
+    }
+    EXPECT_EQ(alpha(0, 0), 0);
+    EXPECT_GT(alpha(midX, inner.bottom() + 4), alpha(midX, inner.top() - 4)) << "it lies lower than the window";
+}
+
+TEST_F(BlendedPanelTest, theDesktopIsToldOfTheShadowAtEachSize)
+{
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    panel->setFrame(frame);
+    panel->orderFront();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel.get()));
+    ASSERT_FALSE(fakes.screens->shadows.isEmpty());
+    EXPECT_EQ(fakes.screens->shadows.last().size(), frame.size());
+    panel->setFrame(frame.adjusted(0, 0, 50, 60));
+    EXPECT_TRUE(comesTrue(fakes, [&] { return fakes.screens->shadows.last().size() == QSize(350, 460); }));
+}
+
+TEST_F(BlendedPanelTest, theEdgesAreTakenAtTheFrameAndALittleOutside)
+{
+    const auto panel = openKey();
+    const QRect inner = panel->rect().marginsRemoved(reach);
+    const auto cursorAt = [&](QPoint point) {
+        QTest::mouseMove(panel->windowHandle(), point);
+        fakes.settle();
+        return panel->windowHandle()->cursor().shape();
+    };
+    EXPECT_EQ(cursorAt(inner.center()), Qt::ArrowCursor);
+    EXPECT_EQ(cursorAt({inner.left() + 2, inner.center().y()}), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({inner.left() - 4, inner.center().y()}), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({inner.right() + 4, inner.bottom() + 4}), Qt::SizeFDiagCursor);
+    EXPECT_EQ(cursorAt({inner.left() + 8, inner.center().y()}), Qt::ArrowCursor);
 }
