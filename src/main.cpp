@@ -5,6 +5,7 @@
 #include "launcher/MenuPanel.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/TerminationSignals.h"
+#include "windows/InterfaceStyle.h"
 #include "windows/Palette.h"
 
 #include <QApplication>
@@ -19,6 +20,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("Quillnest"));
     QApplication::setDesktopFileName(QStringLiteral("app.quillnest.Quillnest"));
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setStyle(new InterfaceStyle);
     QApplication::setFont(interfaceFont(13));
 
     const auto platform = linuxPlatform();

@@ -5,6 +5,8 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 
+#include <cmath>
+
 namespace quillnest
 {
 
@@ -47,12 +49,23 @@ Palette Palette::current(const Platform &platform)
     return platform.appearance && platform.appearance->isDark() ? dark() : light();
 }
 
+QColor Palette::solidSeparator() const
+{
+    const double share = separator.alphaF();
+    const auto blend
+        = [share](int over, int ground) { return static_cast<int>(std::lround(over * share + ground * (1 - share))); };
+    return {
+        blend(separator.red(), field.red()), blend(separator.green(), field.green()),
+        blend(separator.blue(), field.blue())};
+}
+
 QPalette Palette::toolkitPalette() const
 {
     QPalette palette(field, windowBackground);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
         palette.setColor(role, label);
     palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::Mid, solidSeparator());
     palette.setColor(QPalette::ToolTipBase, field);
     palette.setColor(QPalette::PlaceholderText, tertiaryLabel);
     palette.setColor(QPalette::Highlight, controlAccent);

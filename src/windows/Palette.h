@@ -30,6 +30,9 @@ struct Palette {
 
     /// The same colours for the toolkit's own menus and dialogs.
     QPalette toolkitPalette() const;
+
+    /// The separator's colour as it looks on a field.
+    QColor solidSeparator() const;
 };
 
 /// The interface font, `points` high in points of the screen.
