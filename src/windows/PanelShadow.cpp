@@ -80,8 +80,7 @@ void PanelShadow::paint(QPainter &painter, QRect frame) const
     for (std::size_t j = 0; j < 3; ++j) {
         for (std::size_t i = 0; i < 3; ++i) {
             const auto from = part(fromX, fromY, i, j);
-            painter.drawImage(
-                part(toX, toY, i, j), m_corners, QRectF(from.topLeft() * scale, from.size() * scale));
+            painter.drawImage(part(toX, toY, i, j), m_corners, QRectF(from.topLeft() * scale, from.size() * scale));
         }
     }
     painter.restore();
