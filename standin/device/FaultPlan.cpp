@@ -27,6 +27,7 @@ const QStringList &FaultPlan::names()
            u"oversize-packet"_s,
            u"die-after-frames"_s,
            u"device-stops-reading-control"_s,
+           u"server-outlives-its-sockets"_s,
            u"any-package-name"_s};
     return names;
 }

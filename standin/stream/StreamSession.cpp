@@ -65,6 +65,12 @@ void StreamSession::end()
     m_io.end();
 }
 
+void StreamSession::endByItself()
+{
+    if (!m_device.faults.has(u"server-outlives-its-sockets"_s))
+        end();
+}
+
 bool StreamSession::connectSockets()
 {
     const auto open = [this](std::unique_ptr<SessionSocket> &socket, const QString &closeFault) {
@@ -93,7 +99,7 @@ void StreamSession::startThreads()
     m_threads.emplace_back([this] { m_messages->run(); });
     m_threads.emplace_back([this] {
         m_video->run();
-        end();
+        endByItself();
     });
     if (m_audioSocket) {
         m_audio = std::make_unique<AudioSender>(m_device, m_display, *m_audioSocket);
@@ -108,7 +114,7 @@ void StreamSession::startThreads()
              [this](const QString &line) { m_io.out(line); }});
         // A control socket lost on purpose is to show how a client lives without it.
         if (reader.run() != ControlReader::End::Fault)
-            end();
+            endByItself();
     });
 }
 

@@ -32,6 +32,8 @@ public:
 private:
     bool connectSockets();
     void startThreads();
+    /// A socket is gone, and with it what the server runs for.
+    void endByItself();
 
     Device &m_device;
     CommandIo &m_io;

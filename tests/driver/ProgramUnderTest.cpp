@@ -7,6 +7,8 @@
 #include <QJsonDocument>
 #include <QTcpSocket>
 
+#include <unistd.h>
+
 #include <cstdio>
 
 namespace quillnest::driver
@@ -139,6 +141,46 @@ qint64 ProgramUnderTest::memory() const
     return status.section(QStringLiteral("RssAnon:"), 1).trimmed().section(QLatin1Char(' '), 0, 0).toLongLong() * 1024;
 }
 
+QStringList ProgramUnderTest::descriptors() const
+{
+    QStringList result;
+    const QDir folder(QStringLiteral("/proc/%1/fd").arg(processId()));
+    for (const auto &name : folder.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+        char target[256];
+        const auto size = ::readlink(QFile::encodeName(folder.filePath(name)).constData(), target, sizeof target);
+        // One that has been closed meanwhile is none.
+        if (size > 0)
+            result += QString::fromLocal8Bit(target, size);
+    }
+    return result;
+}
+
+int ProgramUnderTest::threads() const
+{
+    return static_cast<int>(
+        QDir(QStringLiteral("/proc/%1/task").arg(processId())).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
+}
+
+QStringList ProgramUnderTest::children() const
+{
+    const auto read = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QStringList result;
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(processId()));
+    for (const auto &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const auto list = read(tasks.filePath(task) + QStringLiteral("/children"));
+        for (const auto &child : list.split(' ')) {
+            const auto line = read(QStringLiteral("/proc/%1/cmdline").arg(QString::fromLatin1(child)));
+            const auto words = QString::fromUtf8(line).split(QChar(u'\0'), Qt::SkipEmptyParts);
+            if (!child.isEmpty() && !words.value(0).endsWith(QStringLiteral("/emulator")))
+                result += words.join(QLatin1Char(' '));
+        }
+    }
+    return result;
+}
+
 void ProgramUnderTest::kill()
 {
     if (!m_process)
@@ -204,6 +246,12 @@ QString ProgramUnderTest::log() const
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
+QString ProgramUnderTest::windowLog(const QString &package) const
+{
+    QFile file(logFolder() + QStringLiteral("/native-%1.log").arg(package));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
 void ProgramUnderTest::waitForState(
     const QString &what, double seconds, const std::function<bool(const QJsonObject &)> &test) const
 {
@@ -255,6 +303,13 @@ void ProgramUnderTest::deviceControl(const QStringList &arguments) const
 {
     m_desktop.run(
         program(QStringLiteral("standinctl")), QStringList{QStringLiteral("--socket"), deviceSocket()} + arguments);
+}
+
+QImage ProgramUnderTest::deviceScreenshot() const
+{
+    const auto file = m_desktop.home() + QStringLiteral("/device.png");
+    deviceControl({QStringLiteral("screenshot"), file});
+    return QImage(file);
 }
 
 bool ProgramUnderTest::isDeviceRunning() const

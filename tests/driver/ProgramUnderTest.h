@@ -31,6 +31,11 @@ public:
     qint64 processId() const;
     /// What the program holds in memory of its own, in bytes.
     qint64 memory() const;
+    /// What the program's descriptors lead to, in the order of the descriptors.
+    QStringList descriptors() const;
+    int threads() const;
+    /// The command lines of its child processes but the device's.
+    QStringList children() const;
     void kill();
     /// Asks the program to end and waits; the exit status.
     int quit(double seconds = 30);
@@ -48,6 +53,8 @@ public:
     QJsonObject window() const;
     QString statusMessage() const;
     QString log() const;
+    /// The log of the app's newest window.
+    QString windowLog(const QString &package) const;
     QString logFolder() const;
 
     /// Adds files and waits until the library holds them all.
@@ -59,6 +66,8 @@ public:
     /// The stand-in's state; empty while it doesn't run.
     QJsonObject device() const;
     void deviceControl(const QStringList &arguments) const;
+    /// What the device has on its newest display.
+    QImage deviceScreenshot() const;
     bool isDeviceRunning() const;
     /// The device is gone at once, as if its machine had lost its power.
     void endDevice() const;

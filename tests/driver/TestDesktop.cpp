@@ -93,15 +93,8 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
     startBus();
     startService(QStringLiteral("openbox"), {});
     if (m_options.sound) {
-        const auto socket = m_root.filePath(QStringLiteral("run/sound"));
-        startService(
-            QStringLiteral("pulseaudio"),
-            {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
-             QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
-             QStringLiteral("module-suspend-on-idle timeout=0"), QStringLiteral("-L"),
-             QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(socket)});
-        set("PULSE_SERVER", QStringLiteral("unix:") + socket);
-        waitFor(QStringLiteral("the sound server"), 20, [socket] { return QFile::exists(socket); });
+        set("PULSE_SERVER", QStringLiteral("unix:") + soundSocket());
+        startSoundServer();
     }
     waitFor(QStringLiteral("the window manager"), 20, [this] {
         auto probe
@@ -109,6 +102,50 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
         probe->waitForFinished();
         return probe->readAllStandardOutput().contains("window id");
     });
+}
+
+QString TestDesktop::soundSocket() const
+{
+    return m_root.filePath(QStringLiteral("run/sound"));
+}
+
+void TestDesktop::startSoundServer()
+{
+    QFile::remove(soundSocket());
+    m_soundServer = start(
+        QStringLiteral("pulseaudio"),
+        {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
+         QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
+         QStringLiteral("module-suspend-on-idle timeout=0"), QStringLiteral("-L"),
+         QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(soundSocket())},
+        Output::Dropped);
+    waitFor(QStringLiteral("the sound server"), 20, [this] {
+        const auto probe = start(QStringLiteral("pactl"), {QStringLiteral("info")});
+        return probe->waitForFinished(5000) && probe->exitCode() == 0;
+    });
+}
+
+void TestDesktop::stopSoundServer()
+{
+    if (!m_soundServer)
+        return;
+    thawSoundServer();
+    m_soundServer->terminate();
+    if (!m_soundServer->waitForFinished(3000)) {
+        m_soundServer->kill();
+        m_soundServer->waitForFinished(3000);
+    }
+    m_soundServer.reset();
+}
+
+void TestDesktop::freezeSoundServer() const
+{
+    ::kill(static_cast<pid_t>(m_soundServer->processId()), SIGSTOP);
+}
+
+void TestDesktop::thawSoundServer() const
+{
+    ::kill(static_cast<pid_t>(m_soundServer->processId()), SIGCONT);
 }
 
 void TestDesktop::startBus()
@@ -158,6 +195,7 @@ TestDesktop::~TestDesktop()
     auto adb = start(QStringLiteral("adb"), {QStringLiteral("kill-server")});
     adb->waitForFinished(5000);
     releaseClipboard();
+    stopSoundServer();
     while (!m_services.empty()) {
         auto &service = m_services.back();
         service->terminate();
@@ -288,7 +326,7 @@ void TestDesktop::setClipboard(const QString &text)
     m_clipboardOwner = start(
         QStringLiteral("xclip"), {QStringLiteral("-quiet"), QStringLiteral("-selection"), QStringLiteral("clipboard")});
     m_clipboardOwner->write(text.toUtf8());
-    m_clipboardOwner->waitForBytesWritten(10000);
+    while (m_clipboardOwner->bytesToWrite() > 0 && m_clipboardOwner->waitForBytesWritten(10000)) { }
     m_clipboardOwner->closeWriteChannel();
     waitFor(QStringLiteral("the clipboard to be taken"), 10, [this, text] { return clipboard() == text; });
 }

@@ -83,12 +83,19 @@ public:
     /// What the loudspeaker plays from now on: 48000 Hz, one channel.
     std::vector<std::int16_t> recordSound(double seconds) const;
 
+    // The sound server goes, comes back, stands still and goes on.
+    void stopSoundServer();
+    void startSoundServer();
+    void freezeSoundServer() const;
+    void thawSoundServer() const;
+
     /// A rectangle of the screen, in points, as its pixels are now.
     QImage screenshot(QRect area) const;
 
 private:
     void releaseClipboard();
     void startBus();
+    QString soundSocket() const;
     qint64 startService(const QString &program, const QStringList &arguments);
 
     Options m_options;
@@ -96,6 +103,7 @@ private:
     QProcessEnvironment m_environment;
     std::vector<std::unique_ptr<QProcess>> m_services;
     std::unique_ptr<QProcess> m_clipboardOwner;
+    std::unique_ptr<QProcess> m_soundServer;
     qint64 m_xServer = 0;
 };
 

@@ -98,6 +98,20 @@ TEST_F(Fault, VideoIsClosedAtTheByteThatWasAskedFor)
     EXPECT_FALSE(client.readVideo(1));
 }
 
+TEST_F(Fault, TheServerEndsWithItsVideoOrOutlivesIt)
+{
+    bootWith(u"close-video-after=40"_s);
+    ASSERT_TRUE(client.connect());
+    EXPECT_TRUE(client.server().waitForFinished(5000));
+
+    device.control({u"fault"_s, u"server-outlives-its-sockets"_s});
+    StreamClient outlived(device);
+    ASSERT_TRUE(outlived.connect());
+    EXPECT_TRUE(outlived.readVideo(40));
+    EXPECT_TRUE(StreamClient::waitForClose(outlived.videoSocket()));
+    EXPECT_FALSE(outlived.server().waitForFinished(300));
+}
+
 TEST_F(Fault, SoundMayEndWithoutThePicture)
 {
     bootWith(u"close-audio-after=4000"_s);
