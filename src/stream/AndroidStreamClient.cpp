@@ -260,28 +260,58 @@ void AndroidStreamClient::stop()
         server->terminate();
 }
 
-void AndroidStreamClient::send(const QByteArray &message)
+void AndroidStreamClient::send(const QByteArray &message, std::optional<std::chrono::nanoseconds> since)
 {
-    if (m_control->queue.push(message, m_platform.clock->monotonic()))
-        m_sendQueue->post([control = m_control, clock = m_platform.clock] { control->empty(*clock); });
+    if (!m_control->queue.push(message, since.value_or(m_platform.clock->monotonic())))
+        return;
+    // A thread that has to be woken gets a processor when the decoder leaves one, which a finger would feel; so the
+    // message goes out here, and only what would have to wait for the device goes out there.
+    if (!m_control->empty(*m_platform.clock, ControlLink::Wait::No))
+        m_sendQueue->post(
+            [control = m_control, clock = m_platform.clock] { control->empty(*clock, ControlLink::Wait::Yes); });
 }
 
-void AndroidStreamClient::ControlLink::empty(const Clock &clock)
+bool AndroidStreamClient::ControlLink::empty(const Clock &clock, Wait wait)
 {
-    while (const auto message = queue.next()) {
+    while (true) {
+        if (!underWay) {
+            // With nothing left the queue is anybody's to empty, and what is under way with it.
+            auto message = queue.next();
+            if (!message)
+                return true;
+            underWay = std::move(message);
+        }
         std::shared_ptr<StreamSocket> current;
         {
             const std::scoped_lock guard(lock);
             current = socket;
         }
+        if (current && !writeUnderWay(*current, wait))
+            return false;
+        const auto since = underWay->since;
+        underWay.reset();
         if (!current)
             continue;
-        current->writeAll(
-            {reinterpret_cast<const std::uint8_t *>(message->bytes.constData()),
-             static_cast<std::size_t>(message->bytes.size())});
         const std::scoped_lock guard(lock);
-        latency.add(clock.monotonic() - message->since);
+        latency.add(clock.monotonic() - since);
     }
+}
+
+bool AndroidStreamClient::ControlLink::writeUnderWay(StreamSocket &to, Wait wait)
+{
+    const std::span bytes(
+        reinterpret_cast<const std::uint8_t *>(underWay->bytes.constData()),
+        static_cast<std::size_t>(underWay->bytes.size()));
+    if (wait == Wait::Yes) {
+        to.writeAll(bytes);
+        return true;
+    }
+    const auto written = to.writeAtOnce(bytes);
+    // After an error nothing more goes out, so the rest is as good as written.
+    if (!written || *written == bytes.size())
+        return true;
+    underWay->bytes.remove(0, static_cast<qsizetype>(*written));
+    return false;
 }
 
 std::shared_ptr<StreamSocket> AndroidStreamClient::controlSocket() const

@@ -38,7 +38,7 @@ struct StreamStatistics {
     /// Control messages that wait for the device, and those that were replaced or refused because too many did.
     std::uint64_t controlWaiting = 0;
     std::uint64_t controlDropped = 0;
-    /// From `send` until a message's last byte was given to the socket.
+    /// From `since` of `send` until a message's last byte was given to the socket.
     LatencyHistogram controlLatency;
     /// From `start` to the first frame in the renderer's queue, in seconds.
     std::optional<double> firstFrameSeconds;
@@ -98,7 +98,9 @@ public:
 
     /// Queues a control message and returns at once; messages go out in the order of the calls. Dropped without a word
     /// when there is no control socket; what happens while the device doesn't read is told at ControlQueue. Any thread.
-    void send(const QByteArray &message);
+    ///
+    /// The message came about at `since`, by the monotonic clock; without it, now.
+    void send(const QByteArray &message, std::optional<std::chrono::nanoseconds> since = std::nullopt);
 
     /// Raises the number of the last clipboard message by one and gives it.
     std::uint64_t nextClipboardSequence();
@@ -130,8 +132,17 @@ private:
 
         LatencyHistogram latency;
 
-        /// Writes all that waits. Blocks while the device doesn't read.
-        void empty(const Clock &clock);
+        /// The message that is being written, what is left of it. It belongs to whoever empties the queue.
+        std::optional<ControlQueue::Message> underWay;
+
+        enum class Wait { No, Yes };
+        /// Writes all that waits and answers true, or, when it mustn't wait for the device to read, as much of it as
+        /// the socket takes.
+        bool empty(const Clock &clock, Wait wait);
+
+    private:
+        /// The same for the message under way.
+        bool writeUnderWay(StreamSocket &to, Wait wait);
     };
 
     AndroidStreamClient(

@@ -3,6 +3,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace quillnest
 {
 
@@ -44,6 +46,14 @@ bool StreamSocket::writeAll(std::span<const std::uint8_t> bytes)
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
     return true;
+}
+
+std::optional<std::size_t> StreamSocket::writeAtOnce(std::span<const std::uint8_t> bytes)
+{
+    const auto count = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count >= 0)
+        return static_cast<std::size_t>(count);
+    return errno == EAGAIN || errno == EWOULDBLOCK ? std::optional<std::size_t>(0) : std::nullopt;
 }
 
 } // namespace quillnest

@@ -43,6 +43,9 @@ public:
     /// Writes everything, or abandons it on an error. Blocks while the other side doesn't read.
     bool writeAll(std::span<const std::uint8_t> bytes);
 
+    /// Writes what can be written without waiting and gives its length, or nothing on an error.
+    std::optional<std::size_t> writeAtOnce(std::span<const std::uint8_t> bytes);
+
 private:
     const int m_descriptor;
 };

@@ -369,7 +369,7 @@ std::optional<AndroidVideoView::Position> AndroidVideoView::androidPoint(QPointF
 void AndroidVideoView::send(const QByteArray &message)
 {
     if (const auto client = m_client.lock())
-        client->send(message);
+        client->send(message, m_inputSince);
 }
 
 void AndroidVideoView::sendTouch(ScrcpyControl::MotionAction action, QPointF position)
@@ -450,7 +450,13 @@ bool AndroidVideoView::event(QEvent *event)
         event->accept();
         return true;
     }
-    return QWidget::event(event);
+    if (!event->isInputEvent())
+        return QWidget::event(event);
+    // How long a message takes counts from here on, where the toolkit hands over what it comes from.
+    const auto before = std::exchange(m_inputSince, m_platform.clock->monotonic());
+    const bool done = QWidget::event(event);
+    m_inputSince = before;
+    return done;
 }
 
 bool AndroidVideoView::focusNextPrevChild(bool)

@@ -110,6 +110,8 @@ private:
     std::shared_ptr<const VideoFrame> m_shownFrame;
     ViewCounters m_counters;
     bool m_dropBorder = false;
+    /// While an input event is handled, when it came.
+    std::optional<std::chrono::nanoseconds> m_inputSince;
 
     /// Shared with the decoder's thread, which may outlive this view by a call.
     struct FrameSignal {
