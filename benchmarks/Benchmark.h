@@ -14,6 +14,8 @@ struct Benchmark {
     /// The figures that it adds; where the display's size ends a name, what stands before it.
     QStringList figures;
     void (*run)(BenchReport &report);
+    /// Too long for every day: runs only when the pattern asks for it.
+    bool onlyByName = false;
 
     /// Whether the pattern finds something in its name or in one of its figures' names.
     bool matches(const QRegularExpression &pattern) const

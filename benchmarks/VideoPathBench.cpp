@@ -1,12 +1,13 @@
 #include "benchmarks/VideoPathBench.h"
 
+#include "base/QuillnestLayout.h"
+#include "benchmarks/AppWindows.h"
 #include "benchmarks/ExportedEnvironment.h"
 #include "benchmarks/ProcessorTime.h"
 #include "benchmarks/RecordedStream.h"
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QJsonArray>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -14,6 +15,7 @@
 #include <sys/wait.h>
 
 #include <functional>
+#include <optional>
 
 namespace quillnest::bench
 {
@@ -34,14 +36,6 @@ struct Cost {
     double xServerMilliseconds = 0;
     double framesPerSecond = 0;
 };
-
-void closeWindows(const ProgramUnderTest &program)
-{
-    program.post(QStringLiteral("close-all"));
-    program.waitForState(QStringLiteral("the window to go"), 20, [](const QJsonObject &state) {
-        return !state.isEmpty() && state.value(QStringLiteral("windows")).toArray().isEmpty();
-    });
-}
 
 /// The program as it shows the app, for a while, per picture.
 Cost watchProgram(ProgramUnderTest &program, const TestDesktop &desktop)
@@ -125,14 +119,18 @@ Cost watchWindow(ProgramUnderTest &program, const TestDesktop &desktop)
     return cost;
 }
 
-void run(BenchReport &report)
+/// In windows of the usual size, or with a video area of this size in points.
+void measure(BenchReport &report, const TestDesktop::Options &options, std::optional<QSize> videoArea)
 {
-    TestDesktop desktop;
+    TestDesktop desktop(options);
     const ExportedEnvironment environment(desktop.environment());
     ProgramUnderTest program(desktop);
-    program.ctl(
-        {QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("QuillnestForwardAudio"),
-         QStringLiteral("false")});
+    turnSoundOff(program);
+    if (videoArea) {
+        program.setSetting(QStringLiteral("Quillnest.panelWidth"), videoArea->width());
+        program.setSetting(
+            QStringLiteral("Quillnest.panelHeight"), videoArea->height() + QuillnestLayout::headerHeight);
+    }
     program.start();
     program.addApps({ProgramUnderTest::sample(QStringLiteral("tide"))});
     program.post(QStringLiteral("open:Tide"));
@@ -190,17 +188,39 @@ void run(BenchReport &report)
     report.add(QStringLiteral("frame_floor_flat_out_ms_") + name, flatOutCost, QStringLiteral("ms"));
 }
 
+void runUsual(BenchReport &report)
+{
+    measure(report, {}, std::nullopt);
+}
+
+void runLarge(BenchReport &report)
+{
+    // Twice as many pixels each way as points, and a screen that the window fits on with its header.
+    TestDesktop::Options options;
+    options.screen = {2400, 2700};
+    measure(report, options, QSize(540, 1200));
+}
+
+QStringList figures(const QString &size)
+{
+    QStringList names;
+    for (const auto *name :
+         {"frame_cpu_ratio_", "frame_cpu_ratio_with_x_server_", "mpv_x11_cpu_ratio_", "frame_cpu_ratio_flat_out_",
+          "frames_per_second_", "frame_cpu_ms_", "frame_x_server_ms_", "frame_floor_ms_", "frame_floor_flat_out_ms_"})
+        names.append(QLatin1String(name) + size);
+    return names;
+}
+
 } // namespace
 
 Benchmark videoPathBench()
 {
-    return {
-        QStringLiteral("video"),
-        {QStringLiteral("frame_cpu_ratio"), QStringLiteral("frame_cpu_ratio_with_x_server"),
-         QStringLiteral("mpv_x11_cpu_ratio"), QStringLiteral("frame_cpu_ratio_flat_out"),
-         QStringLiteral("frames_per_second"), QStringLiteral("frame_cpu_ms"), QStringLiteral("frame_x_server_ms"),
-         QStringLiteral("frame_floor_ms"), QStringLiteral("frame_floor_flat_out_ms")},
-        run};
+    return {QStringLiteral("video"), figures(QStringLiteral("776x1448")), runUsual};
+}
+
+Benchmark largeVideoPathBench()
+{
+    return {QStringLiteral("video-large"), figures(QStringLiteral("1080x2400")), runLarge};
 }
 
 } // namespace quillnest::bench

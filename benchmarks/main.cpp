@@ -2,11 +2,17 @@
 // their figures, prints a table and writes FILE, "bench.json" by default. quillnest-bench --list names them.
 
 #include "benchmarks/AdbBench.h"
+#include "benchmarks/FrameAgeBench.h"
 #include "benchmarks/IdleBench.h"
+#include "benchmarks/InputBench.h"
+#include "benchmarks/LaunchBench.h"
 #include "benchmarks/LibraryBench.h"
+#include "benchmarks/LongStreamBench.h"
 #include "benchmarks/MachineFacts.h"
+#include "benchmarks/OpeningsBench.h"
 #include "benchmarks/StartBench.h"
 #include "benchmarks/VideoPathBench.h"
+#include "benchmarks/WindowsBench.h"
 
 #include <QApplication>
 
@@ -19,7 +25,9 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
-    const std::vector<Benchmark> benchmarks{libraryBench(), startBench(), idleBench(), adbBench(), videoPathBench()};
+    const std::vector<Benchmark> benchmarks{libraryBench(),        startBench(),    idleBench(),     adbBench(),
+                                            launchBench(),         frameAgeBench(), inputBench(),    videoPathBench(),
+                                            largeVideoPathBench(), windowsBench(),  openingsBench(), longStreamBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {
@@ -43,7 +51,7 @@ int main(int argc, char **argv)
     BenchReport report;
     bool ran = false;
     for (const auto &benchmark : benchmarks) {
-        if (!benchmark.matches(pattern))
+        if (!benchmark.matches(pattern) || (benchmark.onlyByName && pattern.pattern().isEmpty()))
             continue;
         ran = true;
         std::fprintf(stderr, "... %s\n", qUtf8Printable(benchmark.name));
