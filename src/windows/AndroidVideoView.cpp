@@ -161,15 +161,20 @@ void AndroidVideoView::noteFirstShown()
         m_counters.firstShownAt = m_platform.clock->monotonic();
 }
 
+QSizeF AndroidVideoView::exactSizeInPixels() const
+{
+    return QSizeF(size()) * devicePixelRatioF();
+}
+
 QSize AndroidVideoView::sizeInPixels() const
 {
-    const double scale = devicePixelRatioF();
-    return {qRound(width() * scale), qRound(height() * scale)};
+    const auto exact = exactSizeInPixels();
+    return {qRound(exact.width()), qRound(exact.height())};
 }
 
 QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
 {
-    const auto picture = pictureRect(sizeInPixels(), frame.size());
+    const auto picture = pictureRect(exactSizeInPixels(), frame.size());
     const bool followsShown = m_shownFrame && frame.sequence() == m_shownFrame->sequence() + 1
         && frame.size() == m_shownFrame->size() && picture.size() == frame.size();
     if (!followsShown)
@@ -193,18 +198,20 @@ QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
     return area & rect();
 }
 
-bool AndroidVideoView::fits(QSize view, QSize picture)
+bool AndroidVideoView::fits(QSizeF view, QSize picture)
 {
-    const auto slack = view - picture;
+    // The display was asked for by the whole pixels alone, also where the rest is enough for one more on the screen.
+    const auto slack = QSize(static_cast<int>(view.width()), static_cast<int>(view.height())) - picture;
     return slack.width() >= 0 && slack.width() < 8 && slack.height() >= 0 && slack.height() < 8;
 }
 
-QRect AndroidVideoView::pictureRect(QSize view, QSize picture)
+QRect AndroidVideoView::pictureRect(QSizeF view, QSize picture)
 {
-    if (picture.isEmpty() || view.isEmpty())
+    const QSize whole(qRound(view.width()), qRound(view.height()));
+    if (picture.isEmpty() || whole.isEmpty())
         return {};
-    const auto size = fits(view, picture) ? picture : picture.scaled(view, Qt::KeepAspectRatio);
-    return {QPoint((view.width() - size.width()) / 2, (view.height() - size.height()) / 2), size};
+    const auto size = fits(view, picture) ? picture : picture.scaled(whole, Qt::KeepAspectRatio);
+    return {QPoint((whole.width() - size.width()) / 2, (whole.height() - size.height()) / 2), size};
 }
 
 void AndroidVideoView::paintEvent(QPaintEvent *event)
@@ -261,12 +268,12 @@ void AndroidVideoView::roundCorners(QPainter &painter, const QRegion &region) co
 void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region)
 {
     const double scale = devicePixelRatioF();
-    const auto picture = pictureRect(sizeInPixels(), frame.size());
+    const auto picture = pictureRect(exactSizeInPixels(), frame.size());
     const auto toPoints
         = [scale](QRect pixels) { return QRectF(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale); };
 
     const auto bars = QRegion(QRect(QPoint(0, 0), sizeInPixels())).subtracted(picture);
-    if (!bars.isEmpty() && fits(sizeInPixels(), frame.size())) {
+    if (!bars.isEmpty() && fits(exactSizeInPixels(), frame.size())) {
         paintEdges(painter, frame, picture, region);
     } else {
         for (const auto &bar : bars)

@@ -59,9 +59,9 @@ public:
     static QPointF videoPoint(QPointF point, QSizeF view, QSizeF video);
     /// Where a picture is drawn in a view, both in pixels: letterboxed, and unscaled when it fits but for the pixels
     /// that the display size was rounded by, since scaling by a hair would blur every line.
-    static QRect pictureRect(QSize view, QSize picture);
+    static QRect pictureRect(QSizeF view, QSize picture);
     /// Whether nothing but that rounding is missing.
-    static bool fits(QSize view, QSize picture);
+    static bool fits(QSizeF view, QSize picture);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -94,6 +94,7 @@ private:
     void showNewestFrame();
     void take(const std::shared_ptr<const VideoFrame> &frame);
     void noteFirstShown();
+    QSizeF exactSizeInPixels() const;
     QSize sizeInPixels() const;
     /// What of the view a picture changes against the one that is shown, in points.
     QRegion changedArea(const VideoFrame &frame) const;

@@ -121,12 +121,16 @@ TEST(VideoPoint, isScaledAndLetterboxedAndClampedToThePicture)
 TEST(PictureRect, isUnscaledWhenOnlyTheRoundingOfTheDisplaySizeIsMissing)
 {
     struct Row {
-        QSize view;
+        QSizeF view;
         QSize picture;
         QRect expected;
     };
     const std::vector<Row> table{
         {{776, 1448}, {776, 1448}, {0, 0, 776, 1448}},
+        // 390 by 724 points at a scale of 1.25: the half pixel is one of the screen's, and none of the display's.
+        {{487.5, 905}, {480, 904}, {4, 0, 480, 904}},
+        {{488, 905}, {480, 904}, {4, 0, 480, 905}},
+        {{488.25, 905}, {488, 904}, {0, 0, 488, 904}},
         {{780, 1448}, {776, 1448}, {2, 0, 776, 1448}},
         {{783, 1455}, {776, 1448}, {3, 3, 776, 1448}},
         // Eight pixels are more than the rounding.
