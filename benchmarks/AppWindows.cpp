@@ -28,8 +28,9 @@ void waitForWindows(const driver::ProgramUnderTest &program, int count, double s
         QStringLiteral("%1 windows with pictures").arg(count), seconds, [count](const QJsonObject &state) {
             const auto windows = state.value(QStringLiteral("windows")).toArray();
             return windows.size() == count && std::all_of(windows.begin(), windows.end(), [](const QJsonValue &window) {
-                return window[QStringLiteral("visible")].toBool() && window[QStringLiteral("framesShown")].toInt() > 0;
-            });
+                       return window[QStringLiteral("visible")].toBool()
+                           && window[QStringLiteral("framesShown")].toInt() > 0;
+                   });
         });
 }
 

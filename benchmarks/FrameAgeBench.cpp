@@ -31,9 +31,8 @@ void run(BenchReport &report)
         const auto after = program->window();
         if (after.isEmpty())
             throw driver::DriverError(QStringLiteral("the window has gone"));
-        const auto number = [](const QJsonObject &window, const char *name) {
-            return window.value(QLatin1String(name)).toDouble();
-        };
+        const auto number
+            = [](const QJsonObject &window, const char *name) { return window.value(QLatin1String(name)).toDouble(); };
         rate.add(
             (number(after, "framesShown") - number(before, "framesShown")) * 1e9
             / static_cast<double>(timer.nsecsElapsed()));

@@ -23,9 +23,8 @@ QStringList circlesAndKeys(QPointF centre, double radius)
 {
     QStringList arguments;
     const auto go = [&](double angle) {
-        arguments
-            << QStringLiteral("mousemove") << QString::number(std::lround(centre.x() + radius * std::cos(angle)))
-            << QString::number(std::lround(centre.y() + radius * std::sin(angle)));
+        arguments << QStringLiteral("mousemove") << QString::number(std::lround(centre.x() + radius * std::cos(angle)))
+                  << QString::number(std::lround(centre.y() + radius * std::sin(angle)));
     };
     go(0);
     arguments << QStringLiteral("mousedown") << QStringLiteral("1");
@@ -53,8 +52,7 @@ void run(BenchReport &report)
         const auto window = program->waitForPicture(60);
         const auto area = QRectF(driver::rectangle(window.value(QStringLiteral("videoArea")).toObject()));
         const double scale = desktop.scale();
-        desktop.run(
-            QStringLiteral("xdotool"), circlesAndKeys(area.center() * scale, area.width() * scale / 3));
+        desktop.run(QStringLiteral("xdotool"), circlesAndKeys(area.center() * scale, area.width() * scale / 3));
         program->waitForState(
             QStringLiteral("%1 control messages").arg(leastMessages), 30, [](const QJsonObject &state) {
                 const auto first = state.value(QStringLiteral("windows")).toArray().first();

@@ -134,7 +134,8 @@ void run(BenchReport &report)
     const auto ms = QStringLiteral("ms");
     report.add(QStringLiteral("launch_own_ms"), own, QStringLiteral("ms more than the bare client beside it"));
     report.add(QStringLiteral("launch_ms"), whole, ms);
-    report.add(QStringLiteral("launch_commands_ms"), commands, QStringLiteral("ms, %1 commands").arg(plan.commands.size()));
+    report.add(
+        QStringLiteral("launch_commands_ms"), commands, QStringLiteral("ms, %1 commands").arg(plan.commands.size()));
     report.add(QStringLiteral("launch_connection_ms"), connection, ms);
     report.add(QStringLiteral("launch_first_frame_ms"), firstFrame, ms);
     report.add(QStringLiteral("launch_first_paint_ms"), firstPaint, ms);

@@ -60,7 +60,8 @@ Benchmark longStreamBench()
         QStringLiteral("stream_10min"),
         {QStringLiteral("stream_10min_resident_growth_mib"), QStringLiteral("stream_10min_descriptor_growth"),
          QStringLiteral("stream_10min_frames_per_second")},
-        run, true};
+        run,
+        true};
 }
 
 } // namespace quillnest::bench

@@ -5,6 +5,8 @@
 
 #include <QThread>
 
+#include <cstdio>
+
 namespace quillnest::bench
 {
 
@@ -34,8 +36,12 @@ void run(BenchReport &report)
     QThread::sleep(settlingSeconds);
     const auto memoryBefore = memoryOf(program.processId());
     const auto descriptorsBefore = program.descriptors().size();
-    for (int i = 0; i < openings; ++i)
+    for (int i = 1; i <= openings; ++i) {
         openAndClose(program);
+        if (i % 5 == 0)
+            std::fprintf(
+                stderr, "    after %d: %+.2f MiB\n", i, memoryOf(program.processId()).resident - memoryBefore.resident);
+    }
     QThread::sleep(settlingSeconds);
     const auto memoryAfter = memoryOf(program.processId());
     const auto descriptorsAfter = program.descriptors().size();

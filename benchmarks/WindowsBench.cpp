@@ -36,9 +36,7 @@ void spread(const ProgramUnderTest &program, const TestDesktop &desktop, int cou
     for (int i = 0; i < count; ++i) {
         const auto window = windows.at(i).toObject();
         const auto frame = driver::rectangle(window.value(QStringLiteral("frame")).toObject());
-        const auto pixels = [&desktop](int points) {
-            return QString::number(std::lround(points * desktop.scale()));
-        };
+        const auto pixels = [&desktop](int points) { return QString::number(std::lround(points * desktop.scale())); };
         desktop.run(
             QStringLiteral("xdotool"),
             {QStringLiteral("windowmove"), QString::number(window.value(QStringLiteral("windowId")).toInteger()),
@@ -81,7 +79,8 @@ void watch(BenchReport &report, const ProgramUnderTest &program, int count)
         delivered.add((after.encoded - before.encoded) / seconds / count);
         processor.add(used / seconds);
     }
-    const auto name = [count](const char *end) { return QStringLiteral("windows_%1_%2").arg(count).arg(QLatin1String(end)); };
+    const auto name
+        = [count](const char *end) { return QStringLiteral("windows_%1_%2").arg(count).arg(QLatin1String(end)); };
     report.add(name("fps_each"), each, QStringLiteral("1/s, over the windows"));
     report.add(name("fps_encoded_each"), delivered, QStringLiteral("1/s, by the device"));
     report.add(name("cpu_ms_per_s"), processor, QStringLiteral("ms/s"));
