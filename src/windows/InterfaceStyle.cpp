@@ -36,8 +36,7 @@ void drawMenuItem(const QStyleOptionMenuItem &item, QPainter &painter)
     const QRectF row = item.rect;
     const auto &palette = item.palette;
     if (item.menuItemType == QStyleOptionMenuItem::Separator) {
-        painter.fillRect(
-            QRectF(row.left() + 10, row.center().y(), row.width() - 20, 1), palette.color(QPalette::Mid));
+        painter.fillRect(QRectF(row.left() + 10, row.center().y(), row.width() - 20, 1), palette.color(QPalette::Mid));
         painter.restore();
         return;
     }
@@ -57,7 +56,8 @@ void drawMenuItem(const QStyleOptionMenuItem &item, QPainter &painter)
     // What follows a tab is the item's shortcut.
     const auto parts = item.text.split(QLatin1Char('\t'));
     const auto text = row.adjusted(tickColumn, 0, -rightMargin, 0);
-    painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic | Qt::TextSingleLine, parts.value(0));
+    painter.drawText(
+        text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic | Qt::TextSingleLine, parts.value(0));
     if (parts.size() > 1)
         painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, parts.value(1));
     painter.restore();

@@ -90,8 +90,7 @@ TEST_P(InterfaceStyleTest, theWidestItemFits)
     menu.addAction(QStringLiteral("A"));
     auto *wide = menu.addAction(QStringLiteral("Extra Large — 440 × 920"));
     picture();
-    EXPECT_GE(
-        menu.actionGeometry(wide).width(), QFontMetrics(menu.font()).horizontalAdvance(wide->text()) + 28);
+    EXPECT_GE(menu.actionGeometry(wide).width(), QFontMetrics(menu.font()).horizontalAdvance(wide->text()) + 28);
 }
 
 INSTANTIATE_TEST_SUITE_P(LightAndDark, InterfaceStyleTest, ::testing::Bool());
