@@ -223,6 +223,23 @@ TEST_F(DeviceMessagesTest, deviceThatReadsAgainFindsTheFingerLifted)
     EXPECT_EQ(controlSocket.receive(2), ScrcpyControl::backDown()) << "and then everything goes out again";
 }
 
+TEST_F(DeviceMessagesTest, whatDidNotFitAtOnceFollowsWhole)
+{
+    ASSERT_NO_FATAL_FAILURE(connectAll());
+    // More than the sockets' buffers hold, less than the queue takes.
+    QByteArray all;
+    for (int i = 0; i < 20; ++i) {
+        const auto message = ScrcpyControl::setClipboard(
+            QString(200000, QChar(static_cast<char16_t>(u'a' + i))), false, static_cast<std::uint64_t>(i));
+        client->send(message);
+        all += message;
+    }
+    client->send(ScrcpyControl::backDown());
+    all += ScrcpyControl::backDown();
+    EXPECT_EQ(client->statistics().controlDropped, 0U);
+    EXPECT_TRUE(controlSocket.receive(static_cast<int>(all.size())) == all);
+}
+
 TEST_F(DeviceMessagesTest, sendAfterStopDoesNothing)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
