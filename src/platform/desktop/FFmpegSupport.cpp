@@ -7,6 +7,9 @@ extern "C" {
 }
 #include <libyuv.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstring>
 
 namespace quillnest::ffmpeg
@@ -46,7 +49,8 @@ std::vector<std::uint8_t> configurationRecord(const VideoFormat &format)
     return record;
 }
 
-/// The matrix that the stream names; a stream that names none is taken as what its size suggests.
+/// The matrix that the stream names. One that names none is taken as BT.601, which is what a software encoder on
+/// Android writes at any size.
 const libyuv::YuvConstants *matrix(const AVFrame &frame)
 {
     const bool full = frame.color_range == AVCOL_RANGE_JPEG || frame.format == AV_PIX_FMT_YUVJ420P;
@@ -57,6 +61,35 @@ const libyuv::YuvConstants *matrix(const AVFrame &frame)
         return full ? &libyuv::kYuvV2020Constants : &libyuv::kYuv2020Constants;
     default:
         return full ? &libyuv::kYuvJPEGConstants : &libyuv::kYuvI601Constants;
+    }
+}
+
+/// How much of the blue difference libyuv leaves out: its factors end at 2, and two of the matrices go on.
+double missingBlue(const AVFrame &frame)
+{
+    const auto *used = matrix(frame);
+    if (used == &libyuv::kYuvH709Constants)
+        return 255.0 / 224 * 2 * (1 - 0.0722) - 2;
+    if (used == &libyuv::kYuv2020Constants)
+        return 255.0 / 224 * 2 * (1 - 0.0593) - 2;
+    return 0;
+}
+
+/// Adds what is missing to a converted picture, from the plane that it was converted from.
+void addBlue(
+    std::uint8_t *picture, std::ptrdiff_t stride, const std::uint8_t *u, std::ptrdiff_t uStride, QSize size,
+    double missing)
+{
+    if (missing == 0)
+        return;
+    std::array<int, 256> more{};
+    for (int value = 0; value < 256; ++value)
+        more.at(static_cast<std::size_t>(value)) = static_cast<int>(std::lround(missing * (value - 128)));
+    for (int y = 0; y < size.height(); ++y) {
+        const auto *difference = u + (y / 2) * uStride;
+        auto *blue = picture + y * stride;
+        for (int x = 0; x < size.width(); ++x, blue += 4)
+            *blue = static_cast<std::uint8_t>(std::clamp(*blue + more[difference[x / 2]], 0, 255));
     }
 }
 
@@ -114,6 +147,7 @@ void DecodedFrame::convertTo(std::uint8_t *destination, std::ptrdiff_t stride, Q
     libyuv::I420ToARGBMatrix(
         plane(0, 0), m_frame->linesize[0], plane(1, 1), m_frame->linesize[1], plane(2, 1), m_frame->linesize[2],
         destination, static_cast<int>(stride), matrix(*m_frame), part.width(), part.height());
+    addBlue(destination, stride, plane(1, 1), m_frame->linesize[1], part.size(), missingBlue(*m_frame));
 }
 
 void DecodedFrame::scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSize size) const
@@ -136,6 +170,7 @@ void DecodedFrame::scaleTo(std::uint8_t *destination, std::ptrdiff_t stride, QSi
     libyuv::I420ToARGBMatrix(
         luma, width, u, halfWidth, v, halfWidth, destination, static_cast<int>(stride), matrix(*m_frame), width,
         height);
+    addBlue(destination, stride, u, halfWidth, size, missingBlue(*m_frame));
 }
 
 } // namespace quillnest::ffmpeg
