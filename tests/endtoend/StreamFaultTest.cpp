@@ -374,7 +374,8 @@ TEST_F(StreamFaultTest, aWindowMayBeClosedAtAnyMomentOfItsConnection)
             return !windows(state).first()[QStringLiteral("visible")].toBool();
         });
         QFile(go).open(QIODevice::WriteOnly);
-        waitForNoWindow();
+        // Long before the connection would be given up.
+        waitForNoWindow(8);
         waitForStatus(QStringLiteral("Closed Tide"));
         noFaults();
     }
