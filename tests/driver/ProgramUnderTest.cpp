@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace quillnest::driver
@@ -148,9 +149,10 @@ QStringList ProgramUnderTest::descriptors() const
     for (const auto &name : folder.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
         char target[256];
         const auto size = ::readlink(QFile::encodeName(folder.filePath(name)).constData(), target, sizeof target);
+        const auto text = QString::fromLocal8Bit(target, std::max<qsizetype>(size, 0));
         // One that has been closed meanwhile is none.
-        if (size > 0)
-            result += QString::fromLocal8Bit(target, size);
+        if (size > 0 && text != QStringLiteral("anon_inode:[eventfd]"))
+            result += text;
     }
     return result;
 }

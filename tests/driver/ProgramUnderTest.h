@@ -31,7 +31,8 @@ public:
     qint64 processId() const;
     /// What the program holds in memory of its own, in bytes.
     qint64 memory() const;
-    /// What the program's descriptors lead to, in the order of the descriptors.
+    /// What the program's descriptors lead to. Those by which threads are woken are left out: the pool's threads come
+    /// and go.
     QStringList descriptors() const;
     int threads() const;
     /// The command lines of its child processes but the device's.

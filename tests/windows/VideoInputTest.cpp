@@ -353,6 +353,36 @@ TEST_F(VideoInputTest, composedCharactersAreTyped)
     EXPECT_EQ(sent(), QByteArray());
 }
 
+TEST_F(VideoInputTest, anInputMethodIsOfferedAPlaceAndSendsEachCommitOnceHoweverItGotThere)
+{
+    const auto compose = [this](const QString &preedit, const QString &commit) {
+        QInputMethodEvent event(preedit, {});
+        event.setCommitString(commit);
+        QApplication::sendEvent(view.get(), &event);
+        EXPECT_TRUE(event.isAccepted());
+    };
+    compose(QStringLiteral("に"), {});
+    compose(QStringLiteral("にほ"), {});
+    compose(QStringLiteral("にほn"), {});
+    EXPECT_EQ(sent(), QByteArray());
+    // The beginning is taken while the rest is still composed.
+    compose(QStringLiteral("ご"), QStringLiteral("日本"));
+    compose({}, QStringLiteral("語"));
+    EXPECT_EQ(sent(), bytes::text(QStringLiteral("日本")) + bytes::text(QStringLiteral("語")));
+    // Given up.
+    compose(QStringLiteral("x"), {});
+    compose({}, {});
+    EXPECT_EQ(sent(), QByteArray());
+
+    EXPECT_TRUE(view->testAttribute(Qt::WA_InputMethodEnabled));
+    QInputMethodQueryEvent query(Qt::ImEnabled | Qt::ImCursorRectangle);
+    QApplication::sendEvent(view.get(), &query);
+    EXPECT_TRUE(query.value(Qt::ImEnabled).toBool());
+    const auto place = query.value(Qt::ImCursorRectangle).toRect();
+    EXPECT_TRUE(view->rect().contains(place));
+    EXPECT_FALSE(place.isEmpty());
+}
+
 TEST_F(VideoInputTest, theOtherModifierKeepsALetterFromBeingTypedButNotAKeyOfTheTable)
 {
     press(Qt::Key_C, Qt::MetaModifier, QStringLiteral("c"));
