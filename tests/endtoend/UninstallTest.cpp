@@ -18,7 +18,7 @@ protected:
         const auto tile = panel.topLeft() + QPointF(56, 110);
         desktop.click(tile, 3);
         waitFor(QStringLiteral("the menu"), 10, [this] { return isShown(QStringLiteral("OVERRIDE")); });
-        desktop.click(tile + QPointF(60, 109));
+        desktop.click(tile + QPointF(60, 130));
     }
 
     /// Whether the program has a visible window of this type of the window manager's.
