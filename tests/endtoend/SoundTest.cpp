@@ -133,6 +133,8 @@ protected:
                 silenced = now;
             return silenced && now > std::max(heardUntil, *silenced) + 1;
         });
+        recorder->kill();
+        recorder->waitForFinished(5000);
         deviceVolume(15);
         return heardUntil - *silenced;
     }
