@@ -2,6 +2,7 @@
 
 #include "base/QuillnestLayout.h"
 #include "windows/AndroidAppPanel.h"
+#include "windows/ElidedLabel.h"
 #include "windows/Palette.h"
 #include "windows/SymbolButton.h"
 
@@ -22,24 +23,6 @@ namespace quillnest
 
 namespace
 {
-
-/// Ends in an ellipsis when the buttons need the room.
-class PlayerTitle : public QLabel
-{
-public:
-    using QLabel::QLabel;
-
-    QSize minimumSizeHint() const override { return {20, QLabel::minimumSizeHint().height()}; }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(
-            rect(), Qt::AlignVCenter | Qt::AlignLeft, fontMetrics().elidedText(text(), Qt::ElideRight, width()));
-    }
-};
 
 /// The bar at the top. Dragging it moves the window.
 class DragArea : public QWidget
@@ -230,7 +213,7 @@ AndroidPlayerView::AndroidPlayerView(const WindowServices &services, const QStri
         if (onClose)
             onClose();
     });
-    m_titleLabel = new PlayerTitle(title, header);
+    m_titleLabel = new ElidedLabel(title, header);
     m_titleLabel->setFont(interfaceFont(13, QFont::DemiBold));
     m_titleLabel->setTextFormat(Qt::PlainText);
     m_titleLabel->setAttribute(Qt::WA_TransparentForMouseEvents);

@@ -1,6 +1,7 @@
 #include "windows/HeaderView.h"
 
 #include "base/QuillnestLayout.h"
+#include "windows/ElidedLabel.h"
 #include "windows/Palette.h"
 #include "windows/SymbolButton.h"
 
@@ -12,29 +13,6 @@
 
 namespace quillnest
 {
-
-namespace
-{
-
-/// A label that gives way: it ends in an ellipsis when the buttons need the room.
-class TitleLabel : public QLabel
-{
-public:
-    using QLabel::QLabel;
-
-    QSize minimumSizeHint() const override { return {20, QLabel::minimumSizeHint().height()}; }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(
-            rect(), Qt::AlignVCenter | Qt::AlignLeft, fontMetrics().elidedText(text(), Qt::ElideRight, width()));
-    }
-};
-
-} // namespace
 
 HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *parent)
     : QWidget(parent), m_platform(platform)
@@ -55,7 +33,7 @@ HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *
     const auto *back = addButton(QStringLiteral("chevron.left"), QStringLiteral("Android Back (Esc / right-click)"));
     connect(back, &QAbstractButton::clicked, this, [this, call] { call(onBack); });
 
-    m_titleLabel = new TitleLabel(title, this);
+    m_titleLabel = new ElidedLabel(title, this);
     m_titleLabel->setFont(interfaceFont(13, QFont::DemiBold));
     m_titleLabel->setTextFormat(Qt::PlainText);
     m_titleLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
