@@ -3,6 +3,7 @@
 #include "package/Bytes.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,6 +14,7 @@ namespace quillnest
 {
 
 class ChildProcesses;
+class Drawing;
 
 /// Reads Android's compiled XML and resource tables. The formats are those of Android's own packaging tools (chunked,
 /// little-endian). Input is untrusted: malformed bytes give empty or absent results, fields past the end count as
@@ -75,6 +77,18 @@ read(ChildProcesses &processes, const std::string &packagePath, const std::strin
 
 /// The application's label: the literal in the manifest, or the first value in the table that it refers to. Blocks.
 std::optional<std::string> label(ChildProcesses &processes, const std::string &packagePath);
+
+/// What of the host an icon is made with.
+struct IconTools {
+    ChildProcesses &processes;
+    Drawing &drawing;
+    /// Takes a line for the program's log. Any thread.
+    std::function<void(const std::string &line)> log;
+};
+
+/// The app's launcher icon as a PNG file: raster files as they are, everything else drawn at 192 by 192 pixels. Absent,
+/// with a line in the log, if the manifest's icon leads to nothing that can be drawn. Blocks.
+std::optional<std::vector<std::uint8_t>> iconPNG(const IconTools &tools, const std::string &packagePath);
 } // namespace APKIconExtractor
 
 } // namespace quillnest

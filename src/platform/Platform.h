@@ -3,6 +3,7 @@
 #include "platform/Alerts.h"
 #include "platform/Appearance.h"
 #include "platform/AudioEngine.h"
+#include "platform/Canvas.h"
 #include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
 #include "platform/CommandChannel.h"
@@ -40,6 +41,7 @@ struct Platform {
     std::shared_ptr<VideoDecoding> video;
     std::shared_ptr<AudioOutput> audio;
     std::shared_ptr<Symbols> symbols;
+    std::shared_ptr<Drawing> drawing;
     std::shared_ptr<Alerts> alerts;
     std::shared_ptr<LoginItems> loginItems;
     std::shared_ptr<ForeignWindows> foreignWindows;
