@@ -29,10 +29,15 @@ ByteView between(ByteView bytes, std::int64_t start, std::int64_t end)
 
 std::string utf16Text(ByteView bytes, std::int64_t start, std::int64_t length)
 {
-    std::vector<std::uint16_t> units;
-    units.reserve(static_cast<std::size_t>(length));
-    for (std::int64_t i = 0; i < length; ++i)
-        units.push_back(Bytes::looseU16(bytes, start + 2 * i));
+    auto units = Bytes::units(bytes, start, length);
+    // A byte alone at either edge of the array still counts.
+    const auto edge = [&](std::int64_t position) {
+        const auto index = (position - start) / 2;
+        if (position >= start && index < length)
+            units[static_cast<std::size_t>(index)] = Bytes::looseU16(bytes, start + 2 * index);
+    };
+    edge(0);
+    edge(static_cast<std::int64_t>(bytes.size()) - 1);
     return Bytes::repairedUtf16(units);
 }
 
@@ -41,27 +46,12 @@ std::string poolString(ByteView bytes, const StringPoolHead &head, std::int64_t 
     const auto position = head.stringPosition(bytes, index);
     if (head.isUtf8) {
         const auto body = Utf8Body::at(bytes, position);
-        if (body.end > static_cast<std::int64_t>(bytes.size()))
+        if (body.start < 0 || body.end > static_cast<std::int64_t>(bytes.size()))
             return {};
         return Bytes::repairedUtf8(between(bytes, body.start, body.end));
     }
     const auto body = Utf16Body::at(bytes, position);
     return utf16Text(bytes, body.start, std::min(body.length, maximumUnits));
-}
-
-/// Strings past what the budget allows are left out, as those past the limit are.
-std::vector<std::string> decodePool(ByteView bytes, std::int64_t offset, WorkBudget &budget)
-{
-    const auto head = StringPoolHead::at(bytes, offset);
-    const auto count = std::min(head.count, maximumStrings);
-    std::vector<std::string> strings;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        auto text = poolString(bytes, head, i);
-        if (!budget.spend(stringCost + text.size()))
-            break;
-        strings.push_back(std::move(text));
-    }
-    return strings;
 }
 
 const std::string *at(const std::vector<std::string> &pool, std::uint32_t index)
@@ -107,7 +97,21 @@ std::int64_t APKIconExtractor::u32(ByteView bytes, std::int64_t offset)
 std::vector<std::string> APKIconExtractor::stringPool(ByteView bytes, std::int64_t offset)
 {
     WorkBudget budget(bytes.size());
-    return decodePool(bytes, offset, budget);
+    return stringPool(bytes, offset, budget);
+}
+
+std::vector<std::string> APKIconExtractor::stringPool(ByteView bytes, std::int64_t offset, WorkBudget &budget)
+{
+    const auto head = StringPoolHead::at(bytes, offset);
+    const auto count = std::min(head.count, maximumStrings);
+    std::vector<std::string> strings;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        auto text = poolString(bytes, head, i);
+        if (!budget.spend(stringCost + text.size()))
+            break;
+        strings.push_back(std::move(text));
+    }
+    return strings;
 }
 
 std::optional<std::string> APKIconExtractor::string(ByteView bytes, std::int64_t pool, std::int64_t index)
@@ -131,18 +135,23 @@ std::optional<std::string> APKIconExtractor::string(ByteView bytes, std::int64_t
 
 std::vector<APKIconExtractor::Element> APKIconExtractor::elements(ByteView bytes)
 {
+    WorkBudget budget(bytes.size());
+    return elements(bytes, budget);
+}
+
+std::vector<APKIconExtractor::Element> APKIconExtractor::elements(ByteView bytes, WorkBudget &budget)
+{
     std::vector<Element> result;
     const auto size = static_cast<std::int64_t>(bytes.size());
     const std::int64_t header = bytes.size() < 4 ? 0 : Bytes::u16(bytes, 2);
     if (size < header + 8)
         return result;
 
-    WorkBudget budget(bytes.size());
     std::vector<std::string> pool;
     for (auto position = header; position + 8 <= size;) {
         const auto type = Bytes::u16(bytes, position);
         if (type == stringPoolChunk) {
-            pool = decodePool(bytes, position, budget);
+            pool = stringPool(bytes, position, budget);
         } else if (type == startElementChunk) {
             auto element = startElement(bytes, position, pool, budget);
             if (!element)

@@ -1,9 +1,8 @@
 #include "package/APKManifestReader.h"
 
+#include "package/FatalRangeError.h"
 #include "package/PackageEntry.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 namespace quillnest
@@ -22,10 +21,8 @@ constexpr std::size_t stringCost = 32;
 /// The byte at a position that has to exist.
 std::uint8_t requiredByte(ByteView bytes, std::int64_t position)
 {
-    if (position >= static_cast<std::int64_t>(bytes.size())) {
-        std::fputs("APKManifestReader: string offset out of range\n", stderr);
-        std::abort();
-    }
+    if (position >= static_cast<std::int64_t>(bytes.size()))
+        fatalRangeError("APKManifestReader: string offset out of range");
     return bytes[static_cast<std::size_t>(position)];
 }
 
@@ -33,7 +30,7 @@ std::uint8_t requiredByte(ByteView bytes, std::int64_t position)
 class StringList
 {
 public:
-    explicit StringList(ByteView bytes) : m_bytes(bytes), m_budget(bytes.size()) { }
+    StringList(ByteView bytes, WorkBudget &budget) : m_bytes(bytes), m_budget(budget) { }
 
     /// False when the pool asks for more than any real one has.
     bool appendPool(std::int64_t pool)
@@ -79,15 +76,11 @@ private:
         // A length may name gigabytes that aren't there, all of which would be read as zero units.
         if (!m_budget.spend(static_cast<std::size_t>(length)))
             return std::nullopt;
-        std::vector<std::uint16_t> units;
-        units.reserve(static_cast<std::size_t>(length));
-        for (std::int64_t i = 0; i < length; ++i)
-            units.push_back(Bytes::u16(m_bytes, cursor + 2 * i));
-        return Bytes::repairedUtf16(units);
+        return Bytes::repairedUtf16(Bytes::units(m_bytes, cursor, length));
     }
 
     const ByteView m_bytes;
-    WorkBudget m_budget;
+    WorkBudget &m_budget;
     std::vector<std::string> m_strings;
 };
 
@@ -115,6 +108,12 @@ std::optional<std::string> APKManifestReader::packageName(ChildProcesses &proces
 
 std::optional<std::string> APKManifestReader::parse(ByteView bytes)
 {
+    WorkBudget budget(bytes.size());
+    return parse(bytes, budget);
+}
+
+std::optional<std::string> APKManifestReader::parse(ByteView bytes, WorkBudget &budget)
+{
     const auto size = static_cast<std::int64_t>(bytes.size());
     if (size < 9 || Bytes::u16(bytes, 0) != xmlFile)
         return std::nullopt;
@@ -122,7 +121,7 @@ std::optional<std::string> APKManifestReader::parse(ByteView bytes)
     if (size < header + 8)
         return std::nullopt;
 
-    StringList strings(bytes);
+    StringList strings(bytes, budget);
     for (auto position = header; position <= size - 8;) {
         const auto type = Bytes::u16(bytes, position);
         const std::int64_t chunkSize = Bytes::u32(bytes, position + 4);

@@ -21,6 +21,8 @@ std::optional<std::string> packageName(ChildProcesses &processes, const std::str
 /// the end of the file is a fatal range error: the process is stopped with a message. All other bad input, and input
 /// that asks for far more work than its size warrants, gives absent.
 std::optional<std::string> parse(ByteView bytes);
+/// The same on a budget of the caller's.
+std::optional<std::string> parse(ByteView bytes, WorkBudget &budget);
 } // namespace APKManifestReader
 
 } // namespace quillnest

@@ -5,7 +5,7 @@ namespace quillnest
 
 namespace
 {
-constexpr char32_t replacement = 0xFFFD;
+constexpr const char *replacement = "\uFFFD";
 
 void append(std::string &text, char32_t scalar)
 {
@@ -75,37 +75,19 @@ Sequence sequenceAt(ByteView text)
     }
     return {size, size == whole};
 }
-
-bool fits(ByteView bytes, std::int64_t position, std::int64_t width)
-{
-    return position >= 0 && position <= static_cast<std::int64_t>(bytes.size()) - width;
-}
 } // namespace
 
-std::uint8_t Bytes::u8(ByteView bytes, std::int64_t position)
+std::vector<std::uint16_t> Bytes::units(ByteView bytes, std::int64_t start, std::int64_t count)
 {
-    return fits(bytes, position, 1) ? bytes[static_cast<std::size_t>(position)] : std::uint8_t{0};
-}
-
-std::uint16_t Bytes::looseU16(ByteView bytes, std::int64_t position)
-{
-    return static_cast<std::uint16_t>(u8(bytes, position) | (u8(bytes, position + 1) << 8));
-}
-
-std::uint16_t Bytes::u16(ByteView bytes, std::int64_t position)
-{
-    return fits(bytes, position, 2) ? looseU16(bytes, position) : std::uint16_t{0};
-}
-
-std::uint32_t Bytes::looseU32(ByteView bytes, std::int64_t position)
-{
-    return static_cast<std::uint32_t>(looseU16(bytes, position))
-        | (static_cast<std::uint32_t>(looseU16(bytes, position + 2)) << 16);
-}
-
-std::uint32_t Bytes::u32(ByteView bytes, std::int64_t position)
-{
-    return fits(bytes, position, 4) ? looseU32(bytes, position) : 0;
+    std::vector<std::uint16_t> units(static_cast<std::size_t>(count));
+    // Checked once for all of them and not one by one: texts are what most of a file consists of.
+    const auto first = std::clamp<std::int64_t>((1 - start) / 2, 0, count);
+    const auto end = std::clamp<std::int64_t>((static_cast<std::int64_t>(bytes.size()) - start) / 2, first, count);
+    for (auto i = first; i < end; ++i) {
+        const auto position = static_cast<std::size_t>(start + 2 * i);
+        units[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(bytes[position] | (bytes[position + 1] << 8));
+    }
+    return units;
 }
 
 std::string Bytes::repairedUtf8(ByteView text)
@@ -126,8 +108,9 @@ std::string Bytes::repairedUtf8(ByteView text)
         }
         const auto length = sequenceAt(text.subspan(position));
         if (!length.valid) {
-            copyRun(position);
-            append(result, replacement);
+            if (position > runStart)
+                copyRun(position);
+            result.append(replacement);
             runStart = position + length.size;
         }
         position += length.size;
@@ -144,11 +127,13 @@ std::string Bytes::repairedUtf16(std::span<const std::uint16_t> units)
     result.reserve(units.size());
     for (std::size_t i = 0; i < units.size(); ++i) {
         const auto unit = units[i];
-        if (isHigh(unit) && i + 1 < units.size() && isLow(units[i + 1])) {
+        if (unit < 0x80) {
+            result.push_back(static_cast<char>(unit));
+        } else if (isHigh(unit) && i + 1 < units.size() && isLow(units[i + 1])) {
             const auto low = units[++i];
             append(result, 0x10000 + ((static_cast<char32_t>(unit) & 0x3FF) << 10) + (low & 0x3FFU));
         } else if (isHigh(unit) || isLow(unit)) {
-            append(result, replacement);
+            result.append(replacement);
         } else {
             append(result, unit);
         }

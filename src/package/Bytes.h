@@ -15,16 +15,52 @@ using ByteView = std::span<const std::uint8_t>;
 /// array; positions are signed and may lie anywhere.
 namespace Bytes
 {
+/// True if `width` bytes from a position on all lie inside the array.
+inline bool fits(ByteView bytes, std::int64_t position, std::int64_t width)
+{
+    return position >= 0 && position <= static_cast<std::int64_t>(bytes.size()) - width;
+}
+
 /// The byte at a position; 0 outside the array.
-std::uint8_t u8(ByteView bytes, std::int64_t position);
+inline std::uint8_t u8(ByteView bytes, std::int64_t position)
+{
+    return fits(bytes, position, 1) ? bytes[static_cast<std::size_t>(position)] : std::uint8_t{0};
+}
+
 /// Two bytes; 0 unless both lie inside the array.
-std::uint16_t u16(ByteView bytes, std::int64_t position);
+inline std::uint16_t u16(ByteView bytes, std::int64_t position)
+{
+    if (!fits(bytes, position, 2))
+        return 0;
+    const auto *at = bytes.data() + position;
+    return static_cast<std::uint16_t>(at[0] | (at[1] << 8));
+}
+
 /// Two bytes, each of which counts as 0 outside the array.
-std::uint16_t looseU16(ByteView bytes, std::int64_t position);
-/// Four bytes, each of which counts as 0 outside the array.
-std::uint32_t looseU32(ByteView bytes, std::int64_t position);
+inline std::uint16_t looseU16(ByteView bytes, std::int64_t position)
+{
+    return static_cast<std::uint16_t>(u8(bytes, position) | (u8(bytes, position + 1) << 8));
+}
+
 /// Four bytes; 0 unless all lie inside the array.
-std::uint32_t u32(ByteView bytes, std::int64_t position);
+inline std::uint32_t u32(ByteView bytes, std::int64_t position)
+{
+    if (!fits(bytes, position, 4))
+        return 0;
+    const auto *at = bytes.data() + position;
+    return at[0] | (std::uint32_t{at[1]} << 8) | (std::uint32_t{at[2]} << 16) | (std::uint32_t{at[3]} << 24);
+}
+
+/// Four bytes, each of which counts as 0 outside the array.
+inline std::uint32_t looseU32(ByteView bytes, std::int64_t position)
+{
+    if (fits(bytes, position, 4))
+        return u32(bytes, position);
+    return looseU16(bytes, position) | (std::uint32_t{looseU16(bytes, position + 2)} << 16);
+}
+
+/// Code units of two bytes; each one that doesn't wholly lie inside the array counts as 0.
+std::vector<std::uint16_t> units(ByteView bytes, std::int64_t start, std::int64_t count);
 
 /// UTF-8 with U+FFFD in place of each maximal invalid sequence.
 std::string repairedUtf8(ByteView text);
@@ -40,6 +76,13 @@ public:
     /// A fixed amount plus a multiple of the input, so that real files of any size fit.
     explicit WorkBudget(std::size_t inputSize) : m_left(24 * 1024 * 1024 + 4 * inputSize) { }
 
+    static WorkBudget ofAmount(std::size_t amount)
+    {
+        WorkBudget budget(0);
+        budget.m_left = amount;
+        return budget;
+    }
+
     /// Takes `amount` (about a byte of memory or a nanosecond each); false once all is spent.
     bool spend(std::size_t amount)
     {
@@ -52,9 +95,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t least = 8 * 1024 * 1024;
-    static constexpr std::size_t most = 256 * 1024 * 1024;
-
     std::size_t m_left;
 };
 

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 
 namespace quillnest
@@ -63,6 +64,48 @@ std::string asPattern(const std::string &text)
     }
     return pattern;
 }
+/// One entry on its way out of an archive.
+class Reading
+{
+public:
+    Reading(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName)
+    {
+        const auto hasNul = [](const std::string &text) { return text.find('\0') != std::string::npos; };
+        if (archivePath.empty() || entryName.empty() || hasNul(archivePath) || hasNul(entryName))
+            return;
+        ChildCommand command;
+        command.program = QStringLiteral("/usr/bin/unzip");
+        command.arguments
+            = {QStringLiteral("-p"), QString::fromStdString(PackageEntry::archiveArgument(archivePath)),
+               QString::fromStdString(PackageEntry::entryArgument(entryName))};
+        try {
+            m_child = processes.start(
+                command,
+                {.onOutput = [capture = m_capture](const QByteArray &chunk) { capture->take(chunk); },
+                 .onExit = [capture = m_capture](int) { capture->end(); }});
+        } catch (const LaunchError &) {
+        }
+    }
+
+    /// Waits for the end.
+    std::vector<std::uint8_t> bytes()
+    {
+        if (!m_child)
+            return {};
+        std::unique_lock guard(m_capture->lock);
+        m_capture->changed.wait(guard, [this] { return m_capture->ended || m_capture->tooLarge; });
+        if (!m_capture->ended) {
+            guard.unlock();
+            m_child->terminate();
+            return {};
+        }
+        return std::move(m_capture->bytes);
+    }
+
+private:
+    std::shared_ptr<Capture> m_capture = std::make_shared<Capture>();
+    std::shared_ptr<RunningChild> m_child;
+};
 } // namespace
 
 std::string PackageEntry::archiveArgument(const std::string &path)
@@ -87,35 +130,25 @@ std::string PackageEntry::entryArgument(const std::string &name)
 std::vector<std::uint8_t>
 PackageEntry::read(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName)
 {
-    const auto hasNul = [](const std::string &text) { return text.find('\0') != std::string::npos; };
-    if (archivePath.empty() || entryName.empty() || hasNul(archivePath) || hasNul(entryName))
-        return {};
+    return Reading(processes, archivePath, entryName).bytes();
+}
 
-    ChildCommand command;
-    command.program = QStringLiteral("/usr/bin/unzip");
-    command.arguments
-        = {QStringLiteral("-p"), QString::fromStdString(archiveArgument(archivePath)),
-           QString::fromStdString(entryArgument(entryName))};
-    const auto capture = std::make_shared<Capture>();
-    const ChildProcesses::Handlers handlers{
-        .onOutput = [capture](const QByteArray &chunk) { capture->take(chunk); },
-        .onExit = [capture](int) { capture->end(); },
-    };
-
-    std::shared_ptr<RunningChild> child;
-    try {
-        child = processes.start(command, handlers);
-    } catch (const LaunchError &) {
-        return {};
+std::vector<std::vector<std::uint8_t>> PackageEntry::readAll(
+    ChildProcesses &processes, const std::string &archivePath, const std::vector<std::string> &entryNames)
+{
+    constexpr std::size_t sideBySide = 4;
+    std::deque<Reading> running;
+    std::vector<std::vector<std::uint8_t>> results;
+    for (const auto &name : entryNames) {
+        if (running.size() == sideBySide) {
+            results.push_back(running.front().bytes());
+            running.pop_front();
+        }
+        running.emplace_back(processes, archivePath, name);
     }
-    std::unique_lock guard(capture->lock);
-    capture->changed.wait(guard, [&capture] { return capture->ended || capture->tooLarge; });
-    if (!capture->ended) {
-        guard.unlock();
-        child->terminate();
-        return {};
-    }
-    return std::move(capture->bytes);
+    for (auto &reading : running)
+        results.push_back(reading.bytes());
+    return results;
 }
 
 } // namespace quillnest

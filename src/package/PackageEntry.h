@@ -20,6 +20,10 @@ constexpr std::size_t maximumSize = 128 * 1024 * 1024;
 /// host's child process layer needs for its callbacks.
 std::vector<std::uint8_t> read(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName);
 
+/// The bytes of several entries, in the order of their names, read side by side.
+std::vector<std::vector<std::uint8_t>>
+readAll(ChildProcesses &processes, const std::string &archivePath, const std::vector<std::string> &entryNames);
+
 /// The archive's path and an entry's name as "unzip" has to be told them, which otherwise reads some as options and
 /// others as patterns.
 std::string archiveArgument(const std::string &path);

@@ -25,13 +25,13 @@ constexpr std::size_t entryCost = 64;
 class Search
 {
 public:
-    Search(ByteView bytes, std::uint32_t id)
+    Search(ByteView bytes, std::uint32_t id, WorkBudget &budget)
         : m_bytes(bytes)
         , m_size(static_cast<std::int64_t>(bytes.size()))
         , m_package(id >> 24)
         , m_type(static_cast<std::uint8_t>(id >> 16))
         , m_entry(id & 0xFFFF)
-        , m_budget(bytes.size())
+        , m_budget(budget)
     {
     }
 
@@ -140,7 +140,7 @@ private:
     const std::uint32_t m_package;
     const std::uint8_t m_type;
     const std::int64_t m_entry;
-    WorkBudget m_budget;
+    WorkBudget &m_budget;
     std::optional<std::int64_t> m_pool;
     std::vector<APKIconExtractor::Entry> m_found;
 };
@@ -148,7 +148,13 @@ private:
 
 std::vector<APKIconExtractor::Entry> APKIconExtractor::entries(ByteView bytes, std::uint32_t id)
 {
-    return Search(bytes, id).run();
+    WorkBudget budget(bytes.size());
+    return entries(bytes, id, budget);
+}
+
+std::vector<APKIconExtractor::Entry> APKIconExtractor::entries(ByteView bytes, std::uint32_t id, WorkBudget &budget)
+{
+    return Search(bytes, id, budget).run();
 }
 
 } // namespace quillnest

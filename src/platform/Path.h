@@ -39,7 +39,12 @@ public:
     void lineTo(Point end) { addSegment(Verb::line, {end}); }
     void quadraticTo(Point control, Point end) { addSegment(Verb::quadratic, {control, end}); }
     void cubicTo(Point first, Point second, Point end) { addSegment(Verb::cubic, {first, second, end}); }
-    void close() { addSegment(Verb::close, {}); }
+    /// Nothing either where the subpath is closed already.
+    void close()
+    {
+        if (!isEmpty() && m_verbs.back() != Verb::close)
+            add(Verb::close, {});
+    }
 
     /// Nothing in it, not even a move.
     bool isEmpty() const { return m_verbs.empty(); }

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "package/APKIconExtractor.h"
+
+#include <map>
+
+namespace quillnest
+{
+
+/// One package while its icon is made: its table, the files of it that were read so far, and how much work the icon may
+/// still cost. Packages are untrusted, and a few bytes can ask for endless drawing; real icons use a fraction of what
+/// is granted, and past it everything counts as absent. One thread.
+class IconSource
+{
+public:
+    using Blob = std::vector<std::uint8_t>;
+
+    /// `table` is the package's resource table and outlives this.
+    IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table);
+
+    Drawing &drawing() { return m_tools.drawing; }
+    /// Writes a line to the log, made fit for it: one line, printable, of bounded length.
+    void log(const std::string &line) const;
+
+    /// The values of a resource, in the table's order.
+    const std::vector<APKIconExtractor::Entry> &entries(std::uint32_t id);
+
+    /// A file of the package; null if it can't be read. Blocks for a child process unless the file was read before.
+    const Blob *read(const std::string &file);
+    /// Reads these files side by side for the calls of `read` that follow.
+    void prefetch(const std::vector<std::string> &files);
+
+    /// The start tags of a compiled XML file.
+    std::vector<APKIconExtractor::Element> elements(ByteView bytes);
+
+    /// Takes the cost of a step of drawing, about a microsecond each; false once all is spent.
+    bool spend(std::size_t cost) { return m_drawing.spend(cost); }
+
+    /// For the time of one look at a resource on behalf of another. Where too many lie inside one another, as in a
+    /// circle, `allowed` is false.
+    class Descent
+    {
+    public:
+        explicit Descent(IconSource &source) : m_source(source) { ++m_source.m_depth; }
+        ~Descent() { --m_source.m_depth; }
+        Descent(const Descent &) = delete;
+        Descent &operator=(const Descent &) = delete;
+        bool allowed() const { return m_source.m_depth <= maximumDepth; }
+
+    private:
+        IconSource &m_source;
+    };
+
+private:
+    static constexpr int maximumDepth = 16;
+
+    const APKIconExtractor::IconTools &m_tools;
+    const std::string m_packagePath;
+    const ByteView m_table;
+    WorkBudget m_reading;
+    WorkBudget m_drawing;
+    std::size_t m_filesLeft;
+    std::size_t m_bytesLeft;
+    int m_depth = 0;
+    std::map<std::uint32_t, std::vector<APKIconExtractor::Entry>> m_entries;
+    std::map<std::string, Blob> m_files;
+};
+
+} // namespace quillnest
