@@ -10,7 +10,7 @@
 namespace quillnest
 {
 
-/// Components from 0 to 1, colours not premultiplied.
+/// Components from 0 to 1, colours not premultiplied. Drawing keeps them within that, and what is no number is 0.
 struct Color {
     double red = 0;
     double green = 0;
@@ -56,12 +56,15 @@ struct Gradient {
 
 /// A bitmap to draw into. Antialiased, images scaled smoothly, drawing composed source over destination.
 ///
-/// Coordinates: the origin is the bottom left corner, y points upward, one unit is one pixel; transforms change that for
-/// what follows. Angles are in radians, positive ones turn the x axis towards the y axis. Whatever has a coordinate that
-/// is no number or infinite, or lies under a transform that can't be inverted, draws nothing.
+/// Coordinates: the origin is the bottom left corner, y points upward, one unit is one pixel; transforms change that
+/// for what follows. Angles are in radians, positive ones turn the x axis towards the y axis. A rectangle may have
+/// negative sides. Whatever has a coordinate that is no number or infinite, or becomes so by the transform, or lies
+/// under a transform that can't be inverted, draws nothing, and as a clip leaves nothing. Finite coordinates may be of
+/// any size.
 ///
-/// The graphics state holds the transform, the clip, the alpha, both colours, the line's width, cap and join. Initially:
-/// identity, no clip, 1, opaque black, 1, butt, miter with a limit of 10. A canvas belongs to one thread at a time.
+/// The graphics state holds the transform, the clip, the alpha, both colours, the line's width, cap and join.
+/// Initially: identity, no clip, 1, opaque black, 1, butt, miter with a limit of 10. A canvas belongs to one thread at
+/// a time.
 class Canvas
 {
 public:
@@ -79,7 +82,8 @@ public:
     virtual void setAlpha(double alpha) = 0;
     virtual void setFillColor(const Color &color) = 0;
     virtual void setStrokeColor(const Color &color) = 0;
-    /// In units of the transform at the time of the stroke, so an uneven scale gives an uneven pen.
+    /// In units of the transform at the time of the stroke, so an uneven scale gives an uneven pen. Strokes of a width
+    /// that isn't above 0 draw nothing.
     virtual void setLineWidth(double width) = 0;
     virtual void setLineCap(LineCap cap) = 0;
     virtual void setLineJoin(LineJoin join) = 0;
@@ -88,6 +92,7 @@ public:
     virtual void clip(const Path &path, FillRule rule) = 0;
 
     virtual void fill(const Path &path, FillRule rule) = 0;
+    /// A subpath without length is a dot if the caps are round or square, else nothing.
     virtual void stroke(const Path &path) = 0;
     virtual void fillRect(const Rect &rect) = 0;
     virtual void fillEllipse(const Rect &rect) = 0;
@@ -95,7 +100,8 @@ public:
     virtual void drawImage(const Image &image, const Rect &rect) = 0;
 
     /// Both paint everything inside the clip: past their ends they go on in the first and in the last colour. Where
-    /// start and end are one point, or the radius isn't above 0, that is the last colour alone.
+    /// start and end are one point, or the radius isn't above 0, that is the last colour alone; without stops it is
+    /// nothing.
     virtual void drawLinearGradient(const Gradient &gradient, Point start, Point end) = 0;
     /// From radius 0 to `radius` about the centre.
     virtual void drawRadialGradient(const Gradient &gradient, Point center, double radius) = 0;
@@ -113,8 +119,9 @@ public:
     /// A transparent bitmap of that many pixels; null if the host can't make it.
     virtual std::unique_ptr<Canvas> canvas(int width, int height) = 0;
 
-    /// The first picture of a PNG, JPEG or WebP file, as it is stored; absent if it is none of these, is broken, or is
-    /// larger than `largestPicture` pixels.
+    /// The first picture of a PNG, JPEG or WebP file, as it is stored: not turned by what its camera noted. Absent if
+    /// it is none of these, is broken, or is larger than `largestPicture` pixels; a JPEG of which only the end is
+    /// missing is what there is of it.
     virtual std::optional<Image> decode(std::span<const std::uint8_t> bytes) = 0;
     static constexpr std::int64_t largestPicture = 16 * 1024 * 1024;
 

@@ -1,5 +1,7 @@
 #include "fakes/FakePlatform.h"
 
+#include "platform/desktop/QtDrawing.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -84,6 +86,7 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.pasteboard = fakes.pasteboard;
     platform.screens = fakes.screens;
     platform.appearance = fakes.appearance;
+    platform.drawing = std::make_shared<QtDrawing>();
     platform.alerts = fakes.alerts;
     platform.loginItems = fakes.loginItems;
     platform.foreignWindows = fakes.foreignWindows;

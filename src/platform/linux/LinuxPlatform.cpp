@@ -6,6 +6,7 @@
 #include "platform/desktop/FFmpegStillDecoder.h"
 #include "platform/desktop/FileSettingsStore.h"
 #include "platform/desktop/QtClock.h"
+#include "platform/desktop/QtDrawing.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/desktop/ThemeSymbols.h"
 #include "platform/desktop/TrayStatusItems.h"
@@ -83,6 +84,7 @@ Platform linuxPlatform()
     platform.audio = std::make_shared<PulseAudioOutput>();
     platform.diagnostics = linuxDiagnostics();
     platform.statusItems = std::make_shared<TrayStatusItems>();
+    platform.drawing = std::make_shared<QtDrawing>();
     platform.symbols = std::make_shared<ThemeSymbols>();
     platform.appearance = std::make_shared<PortalAppearance>();
     platform.alerts = std::make_shared<DesktopAlerts>();
