@@ -82,10 +82,11 @@ Image ours(QtDrawing &drawing, const Sample &sample)
 
 Image theirs(QtDrawing &drawing, const QTemporaryDir &folder, const Sample &sample)
 {
-    const auto style = sample.stroke > 0 ? QStringLiteral("fill='none' stroke='#000' stroke-miterlimit='10' "
-                                                          "stroke-width='%1'").arg(sample.stroke)
-                                         : QStringLiteral("fill='#000' fill-rule='%1'")
-                                               .arg(QLatin1String(sample.evenOdd ? "evenodd" : "nonzero"));
+    const auto style = sample.stroke > 0
+        ? QStringLiteral("fill='none' stroke='#000' stroke-miterlimit='10' "
+                         "stroke-width='%1'")
+              .arg(sample.stroke)
+        : QStringLiteral("fill='#000' fill-rule='%1'").arg(QLatin1String(sample.evenOdd ? "evenodd" : "nonzero"));
     QFile svg(folder.filePath(QStringLiteral("path.svg")));
     EXPECT_TRUE(svg.open(QIODevice::WriteOnly | QIODevice::Truncate));
     svg.write(QStringLiteral("<svg xmlns='http://www.w3.org/2000/svg' width='1536' height='1536' viewBox='0 0 24 24'>"

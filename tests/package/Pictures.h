@@ -43,8 +43,9 @@ inline Image reduced(const Image &image, int factor)
             std::uint32_t sums[4]{};
             for (int i = 0; i < factor * factor; ++i) {
                 const auto row = static_cast<std::size_t>(y * factor + i / factor);
-                const auto pixel
-                    = image.pixels[row * static_cast<std::size_t>(image.width) + static_cast<std::size_t>(x * factor + i % factor)];
+                const auto pixel = image.pixels
+                                       [row * static_cast<std::size_t>(image.width)
+                                        + static_cast<std::size_t>(x * factor + i % factor)];
                 for (int channel = 0; channel < 4; ++channel)
                     sums[channel] += (pixel >> (8 * channel)) & 0xFF;
             }
