@@ -3,6 +3,7 @@
 
 #include "benchmarks/AdbBench.h"
 #include "benchmarks/FrameAgeBench.h"
+#include "benchmarks/IconBench.h"
 #include "benchmarks/IdleBench.h"
 #include "benchmarks/InputBench.h"
 #include "benchmarks/LaunchBench.h"
@@ -25,9 +26,10 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
-    const std::vector<Benchmark> benchmarks{libraryBench(),        startBench(),    idleBench(),     adbBench(),
-                                            launchBench(),         frameAgeBench(), inputBench(),    videoPathBench(),
-                                            largeVideoPathBench(), windowsBench(),  openingsBench(), longStreamBench()};
+    const std::vector<Benchmark> benchmarks{libraryBench(),  iconBench(),      vectorIconBench(),     startBench(),
+                                            idleBench(),     adbBench(),       launchBench(),         frameAgeBench(),
+                                            inputBench(),    videoPathBench(), largeVideoPathBench(), windowsBench(),
+                                            openingsBench(), longStreamBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {
