@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
 
 #include <malloc.h>
 #include <sys/resource.h>
@@ -48,19 +49,32 @@ void readOnce(const WorstCase &input)
         std::abort();
 }
 
-rusage usageNow()
+double processorTime()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return usage;
-}
-
-double processorTime(const rusage &usage)
-{
     const auto seconds = [](const timeval &time) {
         return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
     };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// The largest this process has been in memory since `forgetPeak`.
+long peakKibibytes()
+{
+    std::ifstream status("/proc/self/status");
+    std::string key;
+    while (status >> key && key != "VmHWM:") { }
+    long kibibytes = 0;
+    status >> kibibytes;
+    return kibibytes;
+}
+
+void forgetPeak()
+{
+    // What the parent has freed is not to serve the child for nothing.
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5;
 }
 
 /// Absent if the reader didn't return.
@@ -73,12 +87,11 @@ std::optional<Figures> measured(const WorstCase &input)
     if (child == 0) {
         const rlimit limit{processorSeconds, processorSeconds};
         setrlimit(RLIMIT_CPU, &limit);
-        // What the parent has freed is not to serve the child for nothing.
-        malloc_trim(0);
-        const auto before = usageNow();
+        forgetPeak();
+        const auto startTime = processorTime();
+        const auto startPeak = peakKibibytes();
         readOnce(input);
-        const auto after = usageNow();
-        const Figures figures{processorTime(after) - processorTime(before), after.ru_maxrss - before.ru_maxrss};
+        const Figures figures{processorTime() - startTime, peakKibibytes() - startPeak};
         const bool isWritten = write(ends[1], &figures, sizeof figures) == sizeof figures;
         _exit(isWritten ? 0 : 1);
     }
