@@ -1,6 +1,7 @@
 #include "package/PathData.h"
 
 #include <QChar>
+#include <QList>
 #include <QStringDecoder>
 
 #include <algorithm>
