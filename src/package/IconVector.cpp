@@ -36,7 +36,9 @@ constexpr std::size_t maximumDepth = 100;
 
 // Of drawing, in microseconds on a slow machine.
 constexpr std::size_t canvasCost = 300;
-constexpr std::size_t fillCost = 40;
+constexpr std::size_t fillCost = 120;
+constexpr std::size_t strokeCost = 300;
+constexpr std::size_t segmentCost = 8;
 constexpr std::size_t gradientCost = 400;
 constexpr std::size_t clipCost = 300;
 constexpr std::size_t groupCost = 2;
@@ -79,13 +81,13 @@ std::unique_ptr<Canvas> iconCanvas(IconSource &source)
 }
 
 /// The path of a node on a budget: long texts and many segments cost.
-std::optional<Path> pathOf(IconSource &source, const Node &node, std::size_t costPerSegment)
+std::optional<Path> pathOf(IconSource &source, const Node &node)
 {
     const auto *text = attribute(node, "pathData");
     if (!text || !text->string || !source.spend(text->string->size() / 16))
         return std::nullopt;
     auto path = PathData::parse(*text->string);
-    if (!path || !source.spend(path->verbs().size() * costPerSegment))
+    if (!path || !source.spend(path->verbs().size() * segmentCost))
         return std::nullopt;
     return path;
 }
@@ -120,12 +122,12 @@ bool strokePath(IconSource &source, Canvas &canvas, const Node &node, const Path
 {
     constexpr std::array caps{LineCap::butt, LineCap::round, LineCap::square};
     constexpr std::array joins{LineJoin::miter, LineJoin::round, LineJoin::bevel};
-    constexpr std::size_t outlineCost = 10;
+    constexpr std::size_t outlineCost = 40;
 
     const auto stroke = IconVector::paint(source, attribute(node, "strokeColor"));
     const auto *color = stroke ? std::get_if<Color>(&*stroke) : nullptr;
     const double width = number(node, "strokeWidth", 0);
-    if (!color || !(width > 0) || !source.spend(fillCost + path.verbs().size() * outlineCost))
+    if (!color || !(width > 0) || !source.spend(strokeCost + path.verbs().size() * outlineCost))
         return false;
     canvas.saveState();
     canvas.setAlpha(number(node, "strokeAlpha", 1));
@@ -140,7 +142,7 @@ bool strokePath(IconSource &source, Canvas &canvas, const Node &node, const Path
 
 bool drawPath(IconSource &source, Canvas &canvas, const Node &node)
 {
-    const auto path = pathOf(source, node, 1);
+    const auto path = pathOf(source, node);
     if (!path)
         return false;
     const auto rule = data(node, "fillType") == 1 ? FillRule::evenOdd : FillRule::winding;
@@ -356,7 +358,7 @@ bool IconVector::draw(IconSource &source, Canvas &canvas, std::span<const std::u
             drew = drawGroup(source, canvas, *node) || drew;
         } else if (node->name == "clip-path") {
             // Holds for the siblings that follow, up to the end of the group around them.
-            const auto path = pathOf(source, *node, 1);
+            const auto path = pathOf(source, *node);
             if (path && source.spend(clipCost))
                 canvas.clip(*path, FillRule::winding);
         } else if (node->name == "path") {
