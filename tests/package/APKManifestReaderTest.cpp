@@ -159,3 +159,14 @@ TEST(APKManifestReader, aUtf16StringThatRunsPastTheEndIsPadded)
     patch32(file, 8 + 28 + 2 * 4, end - data);
     EXPECT_EQ(parse(file), std::string("a\0\0", 3));
 }
+
+TEST(APKManifestReader, aUtf16UnitThatIsCutInTheMiddleCountsAsZero)
+{
+    auto file = xmlFile({pool(strings, Encoding::utf16), startElement(0, {{1, 2}})});
+    const auto data = static_cast<std::uint32_t>(8 + 28 + strings.size() * 4);
+    const auto end = static_cast<std::uint32_t>(file.size());
+    const auto tail = Writer().u16(2).u16('a').u8('b').bytes();
+    file.insert(file.end(), tail.begin(), tail.end());
+    patch32(file, 8 + 28 + 2 * 4, end - data);
+    EXPECT_EQ(parse(file), std::string("a\0", 2));
+}

@@ -1,4 +1,5 @@
 #include "package/APKIconExtractor.h"
+#include "package/APKManifestReader.h"
 #include "package/PackageBuilder.h"
 
 #include <gtest/gtest.h>
@@ -65,10 +66,28 @@ TEST(BinaryXml, aFileOfHeaderPlusEightBytesIsWalked)
     EXPECT_TRUE(APKIconExtractor::elements(Blob(file.begin(), file.end() - 1)).empty());
 }
 
+TEST(BinaryXml, eightBytesWithoutAHeaderAreWalked)
+{
+    // Too short a file, and of the wrong type, for the reader of the package's name.
+    const auto file = Writer().u16(0x0102).u16(0).u32(8).bytes();
+    EXPECT_EQ(names(APKIconExtractor::elements(file)), std::vector<std::string>{""});
+    EXPECT_EQ(APKManifestReader::parse(file), std::nullopt);
+}
+
 TEST(BinaryXml, aChunkOfSizeZeroAfterThePoolEndsTheScan)
 {
     const auto stop = Writer().u16(0x0180).u16(8).u32(0).bytes();
     EXPECT_TRUE(APKIconExtractor::elements(xmlFile({pool({"a"}), stop, startElement(0)})).empty());
+}
+
+TEST(BinaryXml, aRestTooShortForAChunkIsNotLookedAt)
+{
+    auto file = xmlFile({pool({"a"}), startElement(0)});
+    const auto rest = Writer().u16(0x0102).u16(16).u16(8).u8(0).bytes();
+    file.insert(file.end(), rest.begin(), rest.end());
+    EXPECT_EQ(APKIconExtractor::elements(file).size(), 1U);
+    file.push_back(0);
+    EXPECT_EQ(APKIconExtractor::elements(file).size(), 2U);
 }
 
 TEST(BinaryXml, aStartElementOfSizeZeroIsTheLastOne)
@@ -171,6 +190,23 @@ TEST(StringPool, aUtf16StringPastTheEndIsPaddedInThePoolAndAbsentByItself)
     const auto size = bytes.size() - 2; // What is left of the padding to a multiple of four.
     EXPECT_EQ(APKIconExtractor::stringPool(ByteView(bytes).first(size), 0).at(0), std::string("ab\0\0", 4));
     EXPECT_EQ(APKIconExtractor::string(ByteView(bytes).first(size), 0, 0), std::nullopt);
+}
+
+TEST(StringPool, aUtf16UnitThatIsCutInTheMiddleKeepsTheByteThatIsThere)
+{
+    const auto bytes = rawPool({Writer().u16(2).u16('a').u16('b').bytes()}, Encoding::utf16);
+    EXPECT_EQ(APKIconExtractor::stringPool(ByteView(bytes).first(bytes.size() - 3), 0).at(0), "ab");
+    EXPECT_EQ(APKIconExtractor::stringPool(ByteView(bytes).first(bytes.size() - 4), 0).at(0), std::string("a\0", 2));
+}
+
+TEST(StringPool, aPoolThatBeginsAheadOfTheFileHasEmptyTexts)
+{
+    // The chunk's first eight bytes are missing, and with them the place of the table of offsets.
+    for (const std::uint32_t flags : {0x100U, 0U}) {
+        const auto rest = Writer().u32(2).u32(0).u32(flags).u32(0).u32(0).u32(0).bytes();
+        EXPECT_EQ(APKIconExtractor::stringPool(rest, -8), (std::vector<std::string>{"", ""}));
+        EXPECT_EQ(APKIconExtractor::string(rest, -8, 0), std::nullopt);
+    }
 }
 
 TEST(StringPool, anOffsetPastTheEndGivesAnEmptyElementAndKeepsTheOthersAligned)

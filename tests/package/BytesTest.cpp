@@ -41,6 +41,18 @@ TEST(Bytes, looseReadsGiveTheReadableBytes)
     EXPECT_EQ(Bytes::looseU32(bytes, -2), 0x82010000U);
 }
 
+TEST(Bytes, unitsThatDontWhollyFitAreZero)
+{
+    using Units = std::vector<std::uint16_t>;
+    EXPECT_EQ(Bytes::units(bytes, 1, 2), (Units{0x0382, 0x0584}));
+    EXPECT_EQ(Bytes::units(bytes, 2, 3), (Units{0x8403, 0, 0}));
+    EXPECT_EQ(Bytes::units(bytes, -3, 4), (Units{0, 0, 0x0382, 0x0584}));
+    EXPECT_EQ(Bytes::units(bytes, -4, 3), (Units{0, 0, 0x8201}));
+    EXPECT_EQ(Bytes::units(bytes, 100, 2), (Units{0, 0}));
+    EXPECT_EQ(Bytes::units(bytes, -100, 2), (Units{0, 0}));
+    EXPECT_TRUE(Bytes::units(bytes, 0, 0).empty());
+}
+
 TEST(Bytes, validUtf8IsKept)
 {
     const std::string text = "a\u00e9\u20ac\U0001F600";

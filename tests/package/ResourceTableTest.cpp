@@ -121,6 +121,9 @@ TEST(ResourceTable, aReferenceIsReportedAndNotFollowed)
 {
     const auto bytes = table({pool({"a"}), package(0x7F, {typeChunk(2, 0, {text(0), fullEntry(1, 0x7F020000)})})});
     EXPECT_EQ(entries(bytes, icon), (std::vector<Entry>{{0, std::nullopt, 1, 0x7F020000}}));
+    // Nor is it a text, though its number may be that of one.
+    const auto small = table({pool({"a"}), package(0x7F, {typeChunk(2, 0, {text(0), fullEntry(1, 0)})})});
+    EXPECT_EQ(entries(small, icon), (std::vector<Entry>{{0, std::nullopt, 1, 0}}));
 }
 
 TEST(ResourceTable, theFrameworksResourcesAreNotInAnApp)
