@@ -17,7 +17,7 @@ public:
     virtual void post(std::function<void()> work) = 0;
 };
 
-/// Where work runs: the main thread, the background pool, serial queues.
+/// Where work runs: the main thread, the background pool, the few threads for what has time, serial queues.
 class Executor
 {
 public:
@@ -28,6 +28,11 @@ public:
 
     /// Runs blocking `work` on the pool, which grows for workers that wait. Any thread.
     virtual void inBackground(std::function<void()> work) = 0;
+
+    /// Runs blocking `work` for which nobody waits, in the order of the calls: on about as many threads as there are
+    /// processors, apart from the pool, and with low priority, which child processes take over. Work that has not begun
+    /// at the end of the program is dropped. Any thread.
+    virtual void asUtility(std::function<void()> work) = 0;
 
     virtual std::unique_ptr<SerialQueue> serialQueue(const char *label) = 0;
 };

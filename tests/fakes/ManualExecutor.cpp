@@ -35,6 +35,12 @@ void ManualExecutor::inBackground(std::function<void()> work)
     m_background.push_back(std::move(work));
 }
 
+void ManualExecutor::asUtility(std::function<void()> work)
+{
+    const std::scoped_lock guard(m_lock);
+    m_utility.push_back(std::move(work));
+}
+
 std::unique_ptr<SerialQueue> ManualExecutor::serialQueue(const char *)
 {
     return std::make_unique<ManualQueue>(*this);
@@ -59,6 +65,15 @@ bool ManualExecutor::runOneInBackground()
     return true;
 }
 
+bool ManualExecutor::runOneAsUtility()
+{
+    const auto work = take(m_utility);
+    if (!work)
+        return false;
+    work();
+    return true;
+}
+
 std::size_t ManualExecutor::drainMain()
 {
     std::size_t count = 0;
@@ -74,10 +89,10 @@ std::size_t ManualExecutor::drain()
     std::size_t total = 0;
     for (;;) {
         const auto main = drainMain();
-        const bool background = runOneInBackground();
-        if (main == 0 && !background)
+        const bool other = runOneInBackground() || runOneAsUtility();
+        if (main == 0 && !other)
             return total;
-        total += main + (background ? 1 : 0);
+        total += main + (other ? 1 : 0);
     }
 }
 
@@ -85,6 +100,12 @@ std::size_t ManualExecutor::pendingInBackground() const
 {
     const std::scoped_lock guard(m_lock);
     return m_background.size();
+}
+
+std::size_t ManualExecutor::pendingAsUtility() const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_utility.size();
 }
 
 } // namespace quillnest

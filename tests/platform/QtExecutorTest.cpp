@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 using namespace quillnest;
 
 TEST(QtExecutorTest, onMainRunsLaterOnTheMainThreadInTheOrderOfTheCalls)
@@ -90,6 +93,83 @@ TEST(QtExecutorTest, backgroundGrowsForWorkersThatWait)
     EXPECT_TRUE(waiting.tryAcquire(workers)) << "work waits for other work to end";
     release.release(workers);
     EXPECT_TRUE(done.tryAcquire(workers));
+}
+
+TEST(QtExecutorTest, utilityWorkRunsFewAtATimeAndLeavesTheBackgroundFree)
+{
+    Semaphore begun;
+    Semaphore release;
+    Semaphore done;
+    std::atomic_int running = 0;
+    std::atomic_int most = 0;
+    constexpr int pieces = 100;
+    QtExecutor executor;
+    const int processors = std::max(1, QThread::idealThreadCount());
+    for (int i = 0; i < pieces; ++i) {
+        executor.asUtility([&] {
+            const int now = ++running;
+            for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) { }
+            begun.release();
+            release.acquire();
+            --running;
+            done.release();
+        });
+    }
+    ASSERT_TRUE(begun.tryAcquire(processors));
+    // While all of these threads wait.
+    executor.inBackground([&] { done.release(); });
+    EXPECT_TRUE(done.tryAcquire(1)) << "background work waits for utility work";
+    release.release(pieces);
+    EXPECT_TRUE(done.tryAcquire(pieces));
+    EXPECT_EQ(most, processors);
+}
+
+TEST(QtExecutorTest, utilityWorkRunsInOrderAndGivesWayToTheRest)
+{
+    Semaphore done;
+    int niceness = 0;
+    int childs = 0;
+    int others = 0;
+    QtExecutor executor;
+    executor.asUtility([&] {
+        niceness = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+        std::thread child([&] { childs = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); });
+        child.join();
+        done.release();
+    });
+    ASSERT_TRUE(done.tryAcquire(1));
+    executor.inBackground([&] {
+        others = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+        done.release();
+    });
+    ASSERT_TRUE(done.tryAcquire(1));
+    const int own = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+    EXPECT_GT(niceness, own);
+    EXPECT_EQ(childs, niceness);
+    EXPECT_EQ(others, own);
+}
+
+TEST(QtExecutorTest, utilityWorkThatHasNotBegunIsDroppedAtTheEnd)
+{
+    Semaphore begun;
+    Semaphore release;
+    std::atomic_int finished = 0;
+    const auto owned = std::make_shared<int>(1);
+    auto executor = std::make_unique<QtExecutor>();
+    const int processors = std::max(1, QThread::idealThreadCount());
+    for (int i = 0; i < processors + 50; ++i) {
+        executor->asUtility([&, owned] {
+            begun.release();
+            release.acquire();
+            ++finished;
+        });
+    }
+    ASSERT_TRUE(begun.tryAcquire(processors));
+    std::thread ending([&] { executor.reset(); });
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return owned.use_count() == 1 + processors; }));
+    release.release(processors + 50);
+    ending.join();
+    EXPECT_EQ(finished, processors);
 }
 
 TEST(QtExecutorTest, endOfTheExecutorWaitsForItsWork)

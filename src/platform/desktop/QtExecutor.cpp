@@ -2,8 +2,11 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QThread>
 
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <condition_variable>
 #include <deque>
@@ -78,6 +81,16 @@ private:
     std::thread m_thread;
 };
 
+/// Makes room for all other threads. The system's own priorities of threads have no effect for ordinary ones; niceness
+/// has, it belongs to each thread, and children inherit it.
+void lowerPriority()
+{
+    constexpr int niceness = 10;
+    thread_local bool lowered = false;
+    if (!std::exchange(lowered, true))
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
+}
+
 } // namespace
 
 void QtExecutor::Handover::put(std::function<void()> work)
@@ -91,10 +104,22 @@ void QtExecutor::Handover::runNext()
     std::function<void()> work;
     {
         const std::scoped_lock guard(m_lock);
+        if (m_waiting.empty())
+            return;
         work = std::move(m_waiting.front());
         m_waiting.pop_front();
     }
     work();
+}
+
+void QtExecutor::Handover::drop()
+{
+    // Destroyed outside the lock: what a closure owns may post once more on its way out.
+    std::deque<std::function<void()>> dropped;
+    {
+        const std::scoped_lock guard(m_lock);
+        dropped.swap(m_waiting);
+    }
 }
 
 void QtExecutor::MainContext::customEvent(QEvent *)
@@ -107,10 +132,15 @@ QtExecutor::QtExecutor() : m_context(m_main)
     // Workers mostly wait for child processes, so there may be many more of them than processors.
     m_pool.setMaxThreadCount(64);
     m_pool.setExpiryTimeout(5000);
+    m_utilityPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
+    m_utilityPool.setExpiryTimeout(5000);
 }
 
 QtExecutor::~QtExecutor()
 {
+    m_utilityPool.clear();
+    m_utility.drop();
+    m_utilityPool.waitForDone();
     m_pool.waitForDone();
 }
 
@@ -124,6 +154,15 @@ void QtExecutor::inBackground(std::function<void()> work)
 {
     m_background.put(std::move(work));
     m_pool.start([this] { m_background.runNext(); });
+}
+
+void QtExecutor::asUtility(std::function<void()> work)
+{
+    m_utility.put(std::move(work));
+    m_utilityPool.start([this] {
+        lowerPriority();
+        m_utility.runNext();
+    });
 }
 
 std::unique_ptr<SerialQueue> QtExecutor::serialQueue(const char *label)

@@ -11,7 +11,7 @@
 namespace quillnest
 {
 
-/// The main thread's event loop, a pool of threads, and a thread for each serial queue. Made on the main thread.
+/// The main thread's event loop, two pools of threads, and a thread for each serial queue. Made on the main thread.
 class QtExecutor : public Executor
 {
 public:
@@ -20,6 +20,7 @@ public:
 
     void onMain(std::function<void()> work) override;
     void inBackground(std::function<void()> work) override;
+    void asUtility(std::function<void()> work) override;
     std::unique_ptr<SerialQueue> serialQueue(const char *label) override;
 
 private:
@@ -29,7 +30,9 @@ private:
     {
     public:
         void put(std::function<void()> work);
+        /// Nothing if what was to run has been dropped.
         void runNext();
+        void drop();
 
     private:
         std::mutex m_lock;
@@ -49,8 +52,10 @@ private:
 
     Handover m_main;
     Handover m_background;
+    Handover m_utility;
     MainContext m_context;
     QThreadPool m_pool;
+    QThreadPool m_utilityPool;
 };
 
 } // namespace quillnest
