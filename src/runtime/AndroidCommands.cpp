@@ -1,8 +1,8 @@
 #include "runtime/AndroidCommands.h"
 
 #include "base/MobileApp.h"
+#include "base/StrictUtf8.h"
 #include "runtime/AndroidRuntimeError.h"
-#include "runtime/StrictUtf8.h"
 
 #include <QFile>
 #include <QFileInfo>

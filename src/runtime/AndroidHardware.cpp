@@ -1,7 +1,7 @@
 #include "runtime/AndroidHardware.h"
 
 #include "base/QuillnestSettings.h"
-#include "runtime/StrictUtf8.h"
+#include "base/StrictUtf8.h"
 
 #include <QFile>
 #include <QSaveFile>
