@@ -64,20 +64,21 @@ std::string asPattern(const std::string &text)
     }
     return pattern;
 }
-/// One entry on its way out of an archive.
+
+/// What "unzip" writes on its way here.
 class Reading
 {
 public:
-    Reading(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName)
+    Reading(ChildProcesses &processes, const std::vector<std::string> &arguments)
     {
-        const auto hasNul = [](const std::string &text) { return text.find('\0') != std::string::npos; };
-        if (archivePath.empty() || entryName.empty() || hasNul(archivePath) || hasNul(entryName))
-            return;
         ChildCommand command;
         command.program = QStringLiteral("/usr/bin/unzip");
-        command.arguments
-            = {QStringLiteral("-p"), QString::fromStdString(PackageEntry::archiveArgument(archivePath)),
-               QString::fromStdString(PackageEntry::entryArgument(entryName))};
+        for (const auto &argument : arguments) {
+            // An empty name is none, and of one with a zero byte a child would see the first part alone.
+            if (argument.empty() || argument.find('\0') != std::string::npos)
+                return;
+            command.arguments.append(QString::fromStdString(argument));
+        }
         try {
             m_child = processes.start(
                 command,
@@ -88,16 +89,16 @@ public:
     }
 
     /// Waits for the end.
-    std::vector<std::uint8_t> bytes()
+    std::optional<std::vector<std::uint8_t>> bytes()
     {
         if (!m_child)
-            return {};
+            return std::nullopt;
         std::unique_lock guard(m_capture->lock);
         m_capture->changed.wait(guard, [this] { return m_capture->ended || m_capture->tooLarge; });
         if (!m_capture->ended) {
             guard.unlock();
             m_child->terminate();
-            return {};
+            return std::nullopt;
         }
         return std::move(m_capture->bytes);
     }
@@ -106,6 +107,11 @@ private:
     std::shared_ptr<Capture> m_capture = std::make_shared<Capture>();
     std::shared_ptr<RunningChild> m_child;
 };
+
+std::vector<std::string> readArguments(const std::string &archivePath, const std::string &entryName)
+{
+    return {"-p", PackageEntry::archiveArgument(archivePath), PackageEntry::entryArgument(entryName)};
+}
 } // namespace
 
 std::string PackageEntry::archiveArgument(const std::string &path)
@@ -130,7 +136,18 @@ std::string PackageEntry::entryArgument(const std::string &name)
 std::vector<std::uint8_t>
 PackageEntry::read(ChildProcesses &processes, const std::string &archivePath, const std::string &entryName)
 {
-    return Reading(processes, archivePath, entryName).bytes();
+    return Reading(processes, readArguments(archivePath, entryName)).bytes().value_or(std::vector<std::uint8_t>());
+}
+
+std::optional<std::vector<std::uint8_t>>
+PackageEntry::unzip(ChildProcesses &processes, const std::vector<std::string> &arguments)
+{
+    return Reading(processes, arguments).bytes();
+}
+
+std::optional<std::vector<std::uint8_t>> PackageEntry::list(ChildProcesses &processes, const std::string &archivePath)
+{
+    return unzip(processes, {"-Z1", archiveArgument(archivePath)});
 }
 
 std::vector<std::vector<std::uint8_t>> PackageEntry::readAll(
@@ -139,15 +156,17 @@ std::vector<std::vector<std::uint8_t>> PackageEntry::readAll(
     constexpr std::size_t sideBySide = 4;
     std::deque<Reading> running;
     std::vector<std::vector<std::uint8_t>> results;
+    const auto finish
+        = [&results](Reading &reading) { results.push_back(reading.bytes().value_or(std::vector<std::uint8_t>())); };
     for (const auto &name : entryNames) {
         if (running.size() == sideBySide) {
-            results.push_back(running.front().bytes());
+            finish(running.front());
             running.pop_front();
         }
-        running.emplace_back(processes, archivePath, name);
+        running.emplace_back(processes, readArguments(archivePath, name));
     }
     for (auto &reading : running)
-        results.push_back(reading.bytes());
+        finish(reading);
     return results;
 }
 
