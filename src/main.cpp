@@ -39,8 +39,10 @@ int main(int argc, char **argv)
     };
     quillnest.start(
         QApplication::arguments(),
-        {.makePanel = [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store()); },
-         .paintPanel = [&quillnest] { return MenuPanel::snapshot(quillnest.platform(), quillnest.store()); },
+        {.makePanel
+         = [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store(), quillnest.icons()); },
+         .paintPanel
+         = [&quillnest] { return MenuPanel::snapshot(quillnest.platform(), quillnest.store(), quillnest.icons()); },
          .paintGlyph = [] { return glyphImage(128); },
          .quit = quit});
     QObject::connect(&termination, &TerminationSignals::requested, &quillnest, quit);

@@ -38,6 +38,7 @@ QuillnestApp::QuillnestApp(Platform platform)
     : m_platform(std::move(platform))
     , m_log(std::make_shared<QuillnestLog>(
           m_platform.clock, m_platform.folders.logs, QStringLiteral("quillnest.log"), false))
+    , m_icons(m_platform, m_log)
     , m_notifications(std::make_shared<ChangeNotifications>())
     , m_runtime(m_platform, m_log)
     , m_locks(std::make_shared<NoAppLocking>())

@@ -4,6 +4,7 @@
 #include "base/QuillnestLog.h"
 #include "core/AppLibraryStore.h"
 #include "core/CommandDispatcher.h"
+#include "package/AppIconStore.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimeCLI.h"
 #include "windows/AndroidAppPanel.h"
@@ -42,6 +43,7 @@ public:
     ~QuillnestApp() override;
 
     AppLibraryStore &store() { return *m_store; }
+    AppIconStore &icons() { return m_icons; }
     AndroidWindowRegistry &windows() { return m_windows; }
     const Platform &platform() const { return m_platform; }
 
@@ -70,6 +72,7 @@ private:
 
     const Platform m_platform;
     const std::shared_ptr<QuillnestLog> m_log;
+    AppIconStore m_icons;
     const std::shared_ptr<ChangeNotifications> m_notifications;
     AndroidRuntimeCLI m_runtime;
     const std::shared_ptr<AppLocking> m_locks;

@@ -8,12 +8,16 @@
 #include <QTextBoundaryFinder>
 
 #include <array>
+#include <cmath>
 
 namespace quillnest
 {
 
 namespace
 {
+
+constexpr int iconSide = 56;
+constexpr double iconRadius = 13;
 
 /// A colour that stays with a name.
 QColor colorFor(const QString &name)
@@ -47,6 +51,36 @@ void AppTile::setMarks(Marks marks)
     update();
 }
 
+void AppTile::setImage(const QImage &image)
+{
+    m_image = image;
+    m_icon = {};
+    update();
+}
+
+const QPixmap &AppTile::roundedIcon(double pixelRatio)
+{
+    if (!m_icon.isNull() && m_icon.devicePixelRatio() == pixelRatio)
+        return m_icon;
+    const int side = static_cast<int>(std::lround(iconSide * pixelRatio));
+    const auto scaled = m_image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    m_icon = QPixmap(side, side);
+    m_icon.fill(Qt::transparent);
+    QPainter painter(&m_icon);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QBrush brush(scaled);
+    const QPointF offset((side - scaled.width()) / 2, (side - scaled.height()) / 2);
+    brush.setTransform(QTransform::fromTranslate(offset.x(), offset.y()));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(brush);
+    // A brush repeats its picture, so it is held to the place of that.
+    painter.setClipRect(QRectF(offset, scaled.size()));
+    painter.drawRoundedRect(QRectF(0, 0, side, side), iconRadius * pixelRatio, iconRadius * pixelRatio);
+    painter.end();
+    m_icon.setDevicePixelRatio(pixelRatio);
+    return m_icon;
+}
+
 void AppTile::paintEvent(QPaintEvent *)
 {
     const auto palette = Palette::current(m_platform);
@@ -58,20 +92,27 @@ void AppTile::paintEvent(QPaintEvent *)
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 10, 10);
     }
 
-    const QRectF icon((width() - 56) / 2.0, 10, 56, 56);
-    QLinearGradient fill(icon.topLeft(), icon.bottomLeft());
-    fill.setColorAt(0, m_color.lighter(118));
-    fill.setColorAt(1, m_color);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(icon, 13, 13);
-    painter.setPen(Qt::white);
-    painter.setFont(interfaceFont(26, QFont::DemiBold));
-    painter.drawText(icon, Qt::AlignCenter, firstGrapheme(m_name));
+    const QRectF icon((width() - iconSide) / 2.0, 10, iconSide, iconSide);
+    if (m_image.isNull()) {
+        QLinearGradient fill(icon.topLeft(), icon.bottomLeft());
+        fill.setColorAt(0, m_color.lighter(118));
+        fill.setColorAt(1, m_color);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRoundedRect(icon, iconRadius, iconRadius);
+        painter.setPen(Qt::white);
+        painter.setFont(interfaceFont(26, QFont::DemiBold));
+        painter.drawText(icon, Qt::AlignCenter, firstGrapheme(m_name));
+    } else {
+        // On whole pixels of the display, where it is copied and not mixed.
+        const auto display = painter.deviceTransform();
+        const auto corner = QPointF(display.map(icon.topLeft()).toPoint());
+        painter.drawPixmap(display.inverted().map(corner), roundedIcon(display.m11()));
+    }
     if (m_marks.isLaunching) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(0, 0, 0, 110));
-        painter.drawRoundedRect(icon, 13, 13);
+        painter.drawRoundedRect(icon, iconRadius, iconRadius);
         painter.setPen(Qt::white);
         painter.setFont(interfaceFont(18, QFont::Bold));
         painter.drawText(icon, Qt::AlignCenter, QStringLiteral("…"));

@@ -49,8 +49,8 @@ void setColor(QWidget *widget, const QColor &color)
 
 } // namespace
 
-MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *parent)
-    : QWidget(parent), m_platform(platform), m_store(store)
+MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, AppIconStore &icons, QWidget *parent)
+    : QWidget(parent), m_platform(platform), m_store(store), m_icons(icons)
 {
     setAcceptDrops(true);
     setAccessibleName(QStringLiteral("Quillnest"));
@@ -100,15 +100,21 @@ MenuPanel::MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *
     content->addWidget(m_status);
 
     connect(&m_store, &AppLibraryStore::changed, this, &MenuPanel::refresh);
+    connect(&m_icons, &AppIconStore::imageChanged, this, [this](QUuid id) {
+        const auto tile = m_tiles.find(id);
+        const auto image = m_icons.images().find(id);
+        if (tile != m_tiles.end() && image != m_icons.images().end())
+            tile->second->setImage(image->second);
+    });
     if (platform.appearance)
         connect(platform.appearance.get(), &Appearance::changed, this, &MenuPanel::refresh);
     refresh();
 }
 
-QImage MenuPanel::snapshot(Platform platform, AppLibraryStore &store)
+QImage MenuPanel::snapshot(Platform platform, AppLibraryStore &store, AppIconStore &icons)
 {
     platform.appearance = std::make_shared<FixedAppearance>(true);
-    MenuPanel panel(platform, store);
+    MenuPanel panel(platform, store, icons);
     panel.resize(QuillnestLayout::size(*platform.settings).toSize());
     constexpr int scale = 2;
     QImage image(panel.size() * scale, QImage::Format_ARGB32_Premultiplied);
@@ -132,6 +138,7 @@ void MenuPanel::rebuild()
     int index = 0;
     for (const auto &app : m_shown) {
         auto *tile = new AppTile(m_platform, app, m_gridArea);
+        tile->setImage(m_icons.image(app));
         connect(tile, &QAbstractButton::clicked, this, [this, app] { m_store.launch(app); });
         tile->setContextMenuPolicy(Qt::CustomContextMenu);
         connect(tile, &QWidget::customContextMenuRequested, this, [this, tile, id = app.id](QPoint at) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppLibraryStore.h"
+#include "package/AppIconStore.h"
 
 #include <QImage>
 #include <QWidget>
@@ -20,10 +21,10 @@ class MenuPanel : public QWidget
     Q_OBJECT
 
 public:
-    MenuPanel(const Platform &platform, AppLibraryStore &store, QWidget *parent = nullptr);
+    MenuPanel(const Platform &platform, AppLibraryStore &store, AppIconStore &icons, QWidget *parent = nullptr);
 
     /// A picture of the panel as it would open now, dark and with two pixels to a point.
-    static QImage snapshot(Platform platform, AppLibraryStore &store);
+    static QImage snapshot(Platform platform, AppLibraryStore &store, AppIconStore &icons);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -40,6 +41,7 @@ private:
 
     const Platform &m_platform;
     AppLibraryStore &m_store;
+    AppIconStore &m_icons;
     QGridLayout *m_grid = nullptr;
     QWidget *m_gridArea = nullptr;
     QLabel *m_title = nullptr;

@@ -6,7 +6,9 @@
 #include "windows/Palette.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMimeData>
 #include <QTest>
@@ -24,7 +26,7 @@ protected:
     MenuPanelTest()
     {
         *cleaning = true;
-        panel = std::make_unique<MenuPanel>(fakes.platform, *store);
+        panel = std::make_unique<MenuPanel>(fakes.platform, *store, icons);
         panel->setWindowFlag(Qt::FramelessWindowHint);
         panel->setGeometry(100, 100, 390, 760);
         panel->show();
@@ -68,7 +70,25 @@ protected:
         throw std::runtime_error("no such tile");
     }
 
+    /// The icons that packages have, by the name of their app; what reading them out costs isn't this test's concern.
+    std::map<std::string, QImage> packageIcons;
+    AppIconStore icons{fakes.platform, log, [this](const APKIconExtractor::IconTools &, const std::string &path) {
+                           return iconOf(path);
+                       }};
     std::unique_ptr<MenuPanel> panel;
+
+private:
+    std::optional<std::vector<std::uint8_t>> iconOf(const std::string &path) const
+    {
+        const auto found = packageIcons.find(QFileInfo(QString::fromStdString(path)).baseName().toStdString());
+        if (found == packageIcons.end())
+            return std::nullopt;
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        found->second.save(&buffer, "PNG");
+        return std::vector<std::uint8_t>(png.begin(), png.end());
+    }
 };
 
 } // namespace
@@ -226,6 +246,86 @@ TEST_F(MenuPanelTest, aTileShowsItsFirstLetterWholeWhateverItIsMadeOf)
     // Letters of two code units and of none must not break a tile.
     EXPECT_NE(look("😀 smile"), look("😁 smile"));
     EXPECT_FALSE(look("").isNull());
+}
+
+TEST_F(MenuPanelTest, aTileShowsItsIconAsSoonAsItIsThere)
+{
+    QImage red(96, 96, QImage::Format_RGB32);
+    red.fill(QColor(0xC01020));
+    packageIcons["Moon"] = red;
+    const auto moon = addApp(QStringLiteral("Moon"));
+    addApp(QStringLiteral("Star"));
+    EXPECT_EQ(look(QStringLiteral("Moon")).pixelColor(42, 20), QColor(0xC01020));
+    // Where the placeholder was: its corners are round as that one's were.
+    const auto star = look(QStringLiteral("Star"));
+    const auto picture = look(QStringLiteral("Moon"));
+    for (const auto corner : {QPoint(14, 10), QPoint(69, 10), QPoint(14, 65), QPoint(69, 65)}) {
+        EXPECT_EQ(picture.pixelColor(corner), star.pixelColor(corner));
+        EXPECT_NE(picture.pixelColor(corner), QColor(0xC01020));
+    }
+    EXPECT_EQ(picture.pixelColor(14, 38), QColor(0xC01020));
+    EXPECT_EQ(picture.pixelColor(69, 38), QColor(0xC01020));
+    EXPECT_NE(star.pixelColor(42, 20), QColor(0xC01020));
+    // A new panel on the same store has it at once.
+    MenuPanel second(fakes.platform, *store, icons);
+    ASSERT_EQ(second.findChildren<AppTile *>().size(), 2);
+    bool shown = false;
+    for (auto *tile : second.findChildren<AppTile *>())
+        shown = shown || tile->grab().toImage().pixelColor(42, 20) == QColor(0xC01020);
+    EXPECT_TRUE(shown);
+    store->launch(moon);
+    EXPECT_NE(look(QStringLiteral("Moon")), picture) << "the mark of a launch lies over the icon";
+}
+
+TEST_F(MenuPanelTest, onlyTheTileWhoseIconHasComeIsPainted)
+{
+    struct PaintCounter : QObject {
+        bool eventFilter(QObject *object, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint)
+                painted.insert(static_cast<QWidget *>(object)->accessibleName());
+            return false;
+        }
+        QSet<QString> painted;
+    } counter;
+    packageIcons["Moon"] = packageIcons["Star"] = QImage(8, 8, QImage::Format_RGB32);
+    const auto moon = addApp(QStringLiteral("Moon"));
+    addApp(QStringLiteral("Star"));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel.get()));
+    for (auto *tile : tiles()) {
+        tile->installEventFilter(&counter);
+        tile->update();
+    }
+    ASSERT_TRUE(waitFor([&counter] { return counter.painted.size() == 2; }));
+    counter.painted.clear();
+    Q_EMIT icons.imageChanged(moon.id);
+    EXPECT_TRUE(waitFor([&counter] { return counter.painted.contains(QStringLiteral("Moon")); }));
+    EXPECT_FALSE(counter.painted.contains(QStringLiteral("Star")));
+}
+
+TEST_F(MenuPanelTest, anIconIsAsSharpAsTheDisplay)
+{
+    // Stripes of one of the display's pixels, which any mixing would make grey.
+    for (const double ratio : {1.0, 1.25, 1.5, 2.0, 3.0}) {
+        const int side = static_cast<int>(std::lround(56 * ratio));
+        QImage stripes(side, side, QImage::Format_RGB32);
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x)
+                stripes.setPixel(x, y, x % 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+        }
+        AppTile tile(fakes.platform, MobileApp());
+        tile.setImage(stripes);
+        QImage display(QSize(84, 100) * ratio, QImage::Format_RGB32);
+        display.setDevicePixelRatio(ratio);
+        display.fill(Qt::gray);
+        tile.render(&display, {}, {}, QWidget::DrawChildren);
+        int differing = 0;
+        const int left = static_cast<int>(std::lround(14 * ratio));
+        const int row = static_cast<int>(std::lround(38 * ratio));
+        for (int x = 0; x < side; ++x)
+            differing += display.pixel(left + x, row) != stripes.pixel(x, side / 2);
+        EXPECT_EQ(differing, 0) << ratio;
+    }
 }
 
 TEST_F(MenuPanelTest, theStateOfAndroidIsShown)
