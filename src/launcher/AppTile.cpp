@@ -104,10 +104,7 @@ void AppTile::paintEvent(QPaintEvent *)
         painter.setFont(interfaceFont(26, QFont::DemiBold));
         painter.drawText(icon, Qt::AlignCenter, firstGrapheme(m_name));
     } else {
-        // On whole pixels of the display, where it is copied and not mixed.
-        const auto display = painter.deviceTransform();
-        const auto corner = QPointF(display.map(icon.topLeft()).toPoint());
-        painter.drawPixmap(display.inverted().map(corner), roundedIcon(display.m11()));
+        painter.drawPixmap(icon.topLeft(), roundedIcon(painter.deviceTransform().m11()));
     }
     if (m_marks.isLaunching) {
         painter.setPen(Qt::NoPen);

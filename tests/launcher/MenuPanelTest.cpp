@@ -328,6 +328,28 @@ TEST_F(MenuPanelTest, anIconIsAsSharpAsTheDisplay)
     }
 }
 
+TEST_F(MenuPanelTest, anIconFollowsItsTileToAnotherDisplay)
+{
+    QImage checks(192, 192, QImage::Format_RGB32);
+    for (int y = 0; y < 192; ++y) {
+        for (int x = 0; x < 192; ++x)
+            checks.setPixel(x, y, (x / 5 + y / 5) % 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+    }
+    const auto look = [](AppTile &tile, int ratio) {
+        QImage display(QSize(84, 100) * ratio, QImage::Format_RGB32);
+        display.setDevicePixelRatio(ratio);
+        display.fill(Qt::gray);
+        tile.render(&display, {}, {}, QWidget::DrawChildren);
+        return display;
+    };
+    AppTile tile(fakes.platform, MobileApp());
+    tile.setImage(checks);
+    look(tile, 1);
+    AppTile other(fakes.platform, MobileApp());
+    other.setImage(checks);
+    EXPECT_EQ(look(tile, 2), look(other, 2));
+}
+
 TEST_F(MenuPanelTest, theStateOfAndroidIsShown)
 {
     EXPECT_TRUE(shows(QStringLiteral("Sleeping")));
