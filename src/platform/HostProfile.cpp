@@ -10,8 +10,9 @@ HostProfile HostProfile::appleSilicon()
         .systemName = QStringLiteral("macOS"),
         .imageAbi = QStringLiteral("arm64-v8a"),
         .cpuArchitecture = QStringLiteral("arm64"),
+        .processorName = QStringLiteral("Apple Silicon"),
         .sdkHostOs = QStringLiteral("macosx"),
-        .sdkHostArchitecture = QStringLiteral("aarch64"),
+        .sdkHostArchitectures = {QStringLiteral("aarch64"), QStringLiteral("arm64")},
         .developerSdk = QStringLiteral("Library/Android/sdk"),
         .developerAvdName = QStringLiteral("Quillnest_Android35"),
         .javaHomes
@@ -28,8 +29,9 @@ HostProfile HostProfile::linuxX86_64()
         .systemName = QStringLiteral("The desktop"),
         .imageAbi = QStringLiteral("x86_64"),
         .cpuArchitecture = QStringLiteral("x86_64"),
+        .processorName = QStringLiteral("64-bit Linux"),
         .sdkHostOs = QStringLiteral("linux"),
-        .sdkHostArchitecture = QStringLiteral("x64"),
+        .sdkHostArchitectures = {QStringLiteral("x64"), QStringLiteral("x86_64")},
         .developerSdk = QStringLiteral("Android/Sdk"),
         .developerAvdName = QStringLiteral("Quillnest_Android35"),
         .javaHomes

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 namespace quillnest
 {
@@ -16,9 +17,13 @@ struct HostProfile {
     QString imageAbi;
     /// "hw.cpu.arch" of the AVD: "arm64".
     QString cpuArchitecture;
-    /// "host-os" and "host-arch" of the SDK archives that fit, as the package lists spell them.
+    /// What messages call machines of this kind where a download doesn't fit them: "Apple Silicon".
+    QString processorName;
+    /// "host-os" of the SDK archives that fit, and the ways in which the package lists spell "host-arch".
     QString sdkHostOs;
-    QString sdkHostArchitecture;
+    QStringList sdkHostArchitectures;
+    /// Folder of Google's SDK package lists, the one that the SDK manager reads. Ends with a slash.
+    QUrl sdkRepository = QUrl(QStringLiteral("https://dl.google.com/android/repository/"));
     /// Where a developer's own Android SDK lies, relative to the home folder.
     QString developerSdk;
     /// AVD that a developer's SDK is expected to hold.

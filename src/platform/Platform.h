@@ -13,6 +13,7 @@
 #include "platform/ForeignWindows.h"
 #include "platform/HostProfile.h"
 #include "platform/LoginItems.h"
+#include "platform/Network.h"
 #include "platform/Pasteboard.h"
 #include "platform/SampleRenderer.h"
 #include "platform/Screens.h"
@@ -35,6 +36,7 @@ struct Platform {
     std::shared_ptr<ChildProcesses> processes;
     std::shared_ptr<CommandChannel> commands;
     std::shared_ptr<DiagnosticsPort> diagnostics;
+    std::shared_ptr<Network> network;
     std::shared_ptr<Pasteboard> pasteboard;
     std::shared_ptr<StatusItems> statusItems;
     std::shared_ptr<Screens> screens;

@@ -17,7 +17,8 @@ TEST(HostProfileTest, appleSilicon)
     EXPECT_EQ(profile.imageAbi, QStringLiteral("arm64-v8a"));
     EXPECT_EQ(profile.cpuArchitecture, QStringLiteral("arm64"));
     EXPECT_EQ(profile.sdkHostOs, QStringLiteral("macosx"));
-    EXPECT_EQ(profile.sdkHostArchitecture, QStringLiteral("aarch64"));
+    EXPECT_EQ(profile.sdkHostArchitectures, (QStringList{QStringLiteral("aarch64"), QStringLiteral("arm64")}));
+    EXPECT_EQ(profile.processorName, QStringLiteral("Apple Silicon"));
     EXPECT_EQ(profile.developerSdk, QStringLiteral("Library/Android/sdk"));
 }
 
@@ -28,7 +29,7 @@ TEST(HostProfileTest, linuxOnX86)
     EXPECT_EQ(profile.imageAbi, QStringLiteral("x86_64"));
     EXPECT_EQ(profile.cpuArchitecture, QStringLiteral("x86_64"));
     EXPECT_EQ(profile.sdkHostOs, QStringLiteral("linux"));
-    EXPECT_EQ(profile.sdkHostArchitecture, QStringLiteral("x64"));
+    EXPECT_EQ(profile.sdkHostArchitectures, (QStringList{QStringLiteral("x64"), QStringLiteral("x86_64")}));
     for (const auto &home : profile.javaHomes)
         EXPECT_TRUE(QDir::isAbsolutePath(home));
 }
