@@ -204,8 +204,8 @@ void traceIcon(IconSource &source, const std::string &packagePath, const Attribu
                 const auto elements = source.elements(*bytes);
                 root = elements.empty() ? "?" : elements.front().name;
             }
-            line += " [" + std::to_string(entry.density) + " " + entry.file.value_or(typeText(entry))
-                + " root=" + root + "]";
+            line += " [" + std::to_string(entry.density) + " " + entry.file.value_or(typeText(entry)) + " root=" + root
+                + "]";
         }
     }
     source.log(line);
@@ -295,8 +295,7 @@ std::optional<Image> APKIconExtractor::adaptive(IconSource &source, const std::v
     return canvas->image();
 }
 
-std::optional<Layer>
-APKIconExtractor::layer(IconSource &source, std::span<const Element> elements, int depth)
+std::optional<Layer> APKIconExtractor::layer(IconSource &source, std::span<const Element> elements, int depth)
 {
     for (const auto &element : elements) {
         for (const auto *name : layerAttributes) {

@@ -30,9 +30,10 @@ IconSource::IconSource(const APKIconExtractor::IconTools &tools, std::string pac
 
 void IconSource::log(const std::string &line) const
 {
-    auto text = Bytes::repairedUtf8(ByteView(
-        reinterpret_cast<const std::uint8_t *>(line.data()), std::min(line.size(), longestLine)));
-    std::replace_if(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
+    auto text = Bytes::repairedUtf8(
+        ByteView(reinterpret_cast<const std::uint8_t *>(line.data()), std::min(line.size(), longestLine)));
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
     m_tools.log(text);
 }
 

@@ -306,15 +306,16 @@ private:
             turn += 2 * pi;
 
         const auto middle = (m_current + end) * 0.5;
-        const Point center
-            = Point{cosine * centerX - sine * centerY, sine * centerX + cosine * centerY} + middle;
+        const Point center = Point{cosine * centerX - sine * centerY, sine * centerX + cosine * centerY} + middle;
         const auto rotated = [&](Point p) { return Point{cosine * p.x - sine * p.y, sine * p.x + cosine * p.y}; };
-        const auto onEllipse
-            = [&](double angle) { return center + rotated({rx * std::cos(angle), ry * std::sin(angle)}); };
+        const auto onEllipse = [&](double angle) {
+            return center + rotated({rx * std::cos(angle), ry * std::sin(angle)});
+        };
         const auto slope = [&](double angle) { return rotated({-rx * std::sin(angle), ry * std::cos(angle)}); };
 
         // Extreme radii give an angle that is no number; it is drawn as one piece, and so as nothing.
-        const int pieces = std::isfinite(turn) ? std::max(1, static_cast<int>(std::ceil(std::abs(turn) / (pi / 2)))) : 1;
+        const int pieces
+            = std::isfinite(turn) ? std::max(1, static_cast<int>(std::ceil(std::abs(turn) / (pi / 2)))) : 1;
         const double step = turn / pieces;
         const double handle = 4.0 / 3 * std::tan(step / 4);
         for (int i = 0; i < pieces; ++i) {

@@ -9,8 +9,8 @@
 namespace quillnest
 {
 
-/// Writes down what is drawn, one line for each operation: "translate 0 192", "fillColor ff0000", "fill evenodd M 0 0 …".
-/// Pictures are transparent, but each canvas marks its own with its number in the first pixel.
+/// Writes down what is drawn, one line for each operation: "translate 0 192", "fillColor ff0000", "fill evenodd M 0 0
+/// …". Pictures are transparent, but each canvas marks its own with its number in the first pixel.
 class RecordingDrawing : public Drawing
 {
 public:
@@ -64,7 +64,8 @@ private:
     {
         const auto part = [](double value) { return static_cast<unsigned>(value * 255 + 0.5); };
         std::ostringstream out;
-        out << std::hex << ((part(color.alpha) << 24) | (part(color.red) << 16) | (part(color.green) << 8) | part(color.blue));
+        out << std::hex
+            << ((part(color.alpha) << 24) | (part(color.red) << 16) | (part(color.green) << 8) | part(color.blue));
         return out.str();
     }
 

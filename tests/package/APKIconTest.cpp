@@ -129,9 +129,9 @@ TEST_F(APKIcon, anAdaptiveIconWithoutABackgroundIsDrawnAndSaidSo)
     const auto id = fileResource("res/icon.xml", adaptiveIcon({layerTag("foreground", reference(front))}));
     EXPECT_EQ(icon({{"icon", reference(id)}}), drawn);
     EXPECT_EQ(
-        log, std::vector<std::string>{
-                 "icon trace adaptive: bg=false fg=true BG  FG foreground{drawable=t1/0x7f010000->"
-                 "res/front.xml(vector,path)}"});
+        log,
+        std::vector<std::string>{"icon trace adaptive: bg=false fg=true BG  FG foreground{drawable=t1/0x7f010000->"
+                                 "res/front.xml(vector,path)}"});
     EXPECT_EQ(recording.all().find("rect"), std::string::npos);
 }
 
@@ -141,15 +141,15 @@ TEST_F(APKIcon, anAdaptiveIconWithoutLayersIsAbsent)
     const auto id = fileResource(
         "res/icon.xml",
         adaptiveIcon(
-            {layerTag("background", reference(missing)), {"foreground", {{"other", integer(1)}, {"a", integer(255)}}}}));
+            {layerTag("background", reference(missing)),
+             {"foreground", {{"other", integer(1)}, {"a", integer(255)}}}}));
     EXPECT_EQ(icon({{"icon", reference(id)}}), std::nullopt);
     ASSERT_EQ(log.size(), 2U);
     EXPECT_EQ(
         log[0],
         "icon trace adaptive: bg=false fg=false BG background{drawable=t1/0x7f010000->res/missing.png(t3)|(t16)} "
         "FG foreground{a=t16/0xff other=t16/0x1}");
-    EXPECT_EQ(
-        log[1], "icon trace app.apk: attrs=[\"icon\"] icon=type1/0x7f010001 [0 res/icon.xml root=adaptive-icon]");
+    EXPECT_EQ(log[1], "icon trace app.apk: attrs=[\"icon\"] icon=type1/0x7f010001 [0 res/icon.xml root=adaptive-icon]");
 }
 
 TEST_F(APKIcon, anAdaptiveIconIsFinalEvenWhereItIsAbsent)
@@ -208,8 +208,8 @@ TEST_F(APKIcon, aBrokenRasterFileIsNotReplacedByALowerDensityButByXml)
     files["res/icon.xml"] = vectorFile();
     EXPECT_FALSE(render(resource({{160, literal("res/low.png")}, {640, literal("res/high.png")}})));
     EXPECT_EQ(decoded, std::vector<int>{broken});
-    const auto both = resource(
-        {{160, literal("res/low.png")}, {640, literal("res/high.png")}, {0, literal("res/icon.xml")}});
+    const auto both
+        = resource({{160, literal("res/low.png")}, {640, literal("res/high.png")}, {0, literal("res/icon.xml")}});
     EXPECT_EQ(render(both)->width, 192);
 }
 
@@ -291,14 +291,17 @@ TEST_F(APKIcon, theTraceTellsWhatEachValueLedTo)
     files["res/layers.xml"] = compile({"layer-list"});
     files["res/empty.xml"] = {3, 0, 8, 0, 8, 0, 0, 0};
     const auto id = resource(
-        {{160, literal("res/layers.xml")}, {0xFFFE, literal("res/empty.xml")}, {0, literal("res/gone.png")},
+        {{160, literal("res/layers.xml")},
+         {0xFFFE, literal("res/empty.xml")},
+         {0, literal("res/gone.png")},
          {0, argb(0xFF000000)}});
     EXPECT_FALSE(icon({{"roundIcon", integer(10)}, {"icon", reference(id)}}));
     EXPECT_EQ(
-        log, std::vector<std::string>{
-                 "icon trace app.apk: attrs=[\"icon\", \"roundIcon\"] icon=type1/0x7f010000 "
-                 "[160 res/layers.xml root=layer-list] [65534 res/empty.xml root=?] [0 res/gone.png root=-] "
-                 "[0 t28 root=-] roundIcon=type16/0xa"});
+        log,
+        std::vector<std::string>{
+            "icon trace app.apk: attrs=[\"icon\", \"roundIcon\"] icon=type1/0x7f010000 "
+            "[160 res/layers.xml root=layer-list] [65534 res/empty.xml root=?] [0 res/gone.png root=-] "
+            "[0 t28 root=-] roundIcon=type16/0xa"});
 }
 
 TEST_F(APKIcon, aPackageWithoutManifestOrTableIsAbsentInSilence)
@@ -320,7 +323,8 @@ TEST_F(APKIcon, eachFileIsReadOnce)
 {
     const auto front = fileResource("res/front.xml", vectorFile());
     const auto id = fileResource(
-        "res/icon.xml", adaptiveIcon({layerTag("background", reference(front)), layerTag("foreground", reference(front))}));
+        "res/icon.xml",
+        adaptiveIcon({layerTag("background", reference(front)), layerTag("foreground", reference(front))}));
     EXPECT_EQ(icon({{"icon", reference(id)}}), drawn);
     EXPECT_EQ(processes.count(QStringLiteral("front.xml")), 1);
     EXPECT_EQ(processes.calls().size(), 4U);

@@ -94,7 +94,11 @@ TEST_F(IconPicture, aGroupScalesAboutItsPivotAndThenMoves)
 {
     const Tag group{
         "group",
-        {{"scaleX", real(0.5)}, {"scaleY", real(0.5)}, {"pivotX", real(12)}, {"pivotY", real(12)}, {"translateX", real(6)}},
+        {{"scaleX", real(0.5)},
+         {"scaleY", real(0.5)},
+         {"pivotX", real(12)},
+         {"pivotY", real(12)},
+         {"translateX", real(6)}},
         {square("M0 0h24v24h-24z", red)}};
     const auto image = picture({group});
     EXPECT_EQ(at(image, 97, 49), red);
@@ -122,7 +126,8 @@ TEST_F(IconPicture, aClipInAGroupEndsWithTheGroupAndHasSmoothEdges)
 TEST_F(IconPicture, aClipAtTheTopHoldsToTheEnd)
 {
     const auto image = picture(
-        {Tag{"clip-path", {{"pathData", literal("M0 0h12v24h-12z")}}}, Tag{"group", {}, {square("M0 0h24v24h-24z", red)}}});
+        {Tag{"clip-path", {{"pathData", literal("M0 0h12v24h-12z")}}},
+         Tag{"group", {}, {square("M0 0h24v24h-24z", red)}}});
     EXPECT_EQ(at(image, 95, 100), red);
     EXPECT_EQ(at(image, 96, 100), 0U);
 }
@@ -134,8 +139,8 @@ TEST_F(IconPicture, aGradientRunsInTheVectorsUnitsInsideThePath)
         compile(
             {"gradient",
              {{"startX", real(6)}, {"endX", real(18)}, {"startColor", argb(red)}, {"endColor", argb(blue)}}}));
-    const auto image = picture(
-        {{"path", {{"pathData", literal("M0 6h24v12h-24z")}, {"fillColor", reference(gradient)}}}});
+    const auto image
+        = picture({{"path", {{"pathData", literal("M0 6h24v12h-24z")}, {"fillColor", reference(gradient)}}}});
     EXPECT_EQ(at(image, 10, 96), red);
     EXPECT_EQ(at(image, 180, 96), blue);
     const auto middle = at(image, 96, 96);
@@ -215,8 +220,8 @@ TEST_F(IconPicture, theColourUnderAnAdaptiveIconFillsItsCorners)
 TEST_F(IconPicture, withoutABackgroundTheGroundIsTransparent)
 {
     const auto front = fileResource("res/front.xml", compile({"vector", {}, {square("M36 36h36v36h-36z", red)}}));
-    const auto image = icon(
-        fileResource("res/icon.xml", compile({"adaptive-icon", {}, {{"foreground", {{"drawable", reference(front)}}}}})));
+    const auto image = icon(fileResource(
+        "res/icon.xml", compile({"adaptive-icon", {}, {{"foreground", {{"drawable", reference(front)}}}}})));
     EXPECT_EQ(at(image, 0, 0), 0U);
     EXPECT_EQ(at(image, 96, 96), red);
     EXPECT_EQ(log.size(), 1U);

@@ -148,8 +148,9 @@ TEST_F(IconVectorDrawing, aGradientIsNoStroke)
 
 TEST_F(IconVectorDrawing, unreadablePathDataLosesThatPathOnly)
 {
-    EXPECT_EQ(drawn({path({{"fillColor", argb(0xFFFF0000)}}, "z"), filled(), Tag{"path", {{"fillColor", argb(1)}}}}),
-              drawn(filled()));
+    EXPECT_EQ(
+        drawn({path({{"fillColor", argb(0xFFFF0000)}}, "z"), filled(), Tag{"path", {{"fillColor", argb(1)}}}}),
+        drawn(filled()));
 }
 
 TEST_F(IconVectorDrawing, unknownElementsArePassedOverWithAllThatIsInThem)
@@ -200,8 +201,7 @@ TEST_F(IconVectorDrawing, aGradientFillIsClippedToItsPathAndKeepsItsOwnCoordinat
         {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
     EXPECT_EQ(
         drawn(path({{"fillColor", reference(gradient)}, {"fillType", integer(1)}})),
-        std::string("save; alpha 1; clip evenodd ") + squareText
-            + "; linear 0:ffff0000,1:ff00ff00 1 2 3 4; restore");
+        std::string("save; alpha 1; clip evenodd ") + squareText + "; linear 0:ffff0000,1:ff00ff00 1 2 3 4; restore");
 }
 
 TEST_F(IconVectorDrawing, theFillAlphaAppliesToAGradientAsWell)
@@ -245,16 +245,19 @@ TEST_F(IconVectorDrawing, aRadialGradientGrowsFromItsCentre)
     const auto radial = gradientResource(
         {{"type", integer(1)}, {"centerX", real(5)}, {"centerY", real(6)}, {"gradientRadius", real(7)}},
         {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
-    EXPECT_NE(drawn(path({{"fillColor", reference(radial)}})).find("radial 0:ffff0000,1:ff00ff00 5 6 7"), std::string::npos);
+    EXPECT_NE(
+        drawn(path({{"fillColor", reference(radial)}})).find("radial 0:ffff0000,1:ff00ff00 5 6 7"), std::string::npos);
     const auto bare = gradientResource({{"type", integer(1)}}, {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
-    EXPECT_NE(drawn(path({{"fillColor", reference(bare)}})).find("radial 0:ffff0000,1:ff00ff00 0 0 1"), std::string::npos);
+    EXPECT_NE(
+        drawn(path({{"fillColor", reference(bare)}})).find("radial 0:ffff0000,1:ff00ff00 0 0 1"), std::string::npos);
 }
 
 TEST_F(IconVectorDrawing, aSweepIsDrawnAlongALine)
 {
-    const auto sweep = gradientResource(
-        {{"type", integer(2)}, {"centerX", real(5)}}, {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
-    EXPECT_NE(drawn(path({{"fillColor", reference(sweep)}})).find("linear 0:ffff0000,1:ff00ff00 0 0 0 0"), std::string::npos);
+    const auto sweep
+        = gradientResource({{"type", integer(2)}, {"centerX", real(5)}}, {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
+    EXPECT_NE(
+        drawn(path({{"fillColor", reference(sweep)}})).find("linear 0:ffff0000,1:ff00ff00 0 0 0 0"), std::string::npos);
 }
 
 TEST_F(IconVectorDrawing, aStopsColourMayBeAResource)
@@ -262,9 +265,12 @@ TEST_F(IconVectorDrawing, aStopsColourMayBeAResource)
     const auto green = resource({{0, argb(0xFF00FF00)}});
     const auto inner = gradientResource({{"startColor", argb(0xFF000001)}, {"endColor", argb(0xFF000002)}});
     const auto gradient = gradientResource(
-        {}, {item(0, 0xFFFF0000), {"item", {{"offset", real(1)}, {"color", reference(green)}}},
-             {"item", {{"color", reference(inner)}}}});
-    EXPECT_NE(drawn(path({{"fillColor", reference(gradient)}})).find("linear 0:ffff0000,1:ff00ff00 "), std::string::npos);
+        {},
+        {item(0, 0xFFFF0000),
+         {"item", {{"offset", real(1)}, {"color", reference(green)}}},
+         {"item", {{"color", reference(inner)}}}});
+    EXPECT_NE(
+        drawn(path({{"fillColor", reference(gradient)}})).find("linear 0:ffff0000,1:ff00ff00 "), std::string::npos);
 }
 
 TEST_F(IconVectorDrawing, aColourResourceIsItsFirstColourInTheTable)
@@ -289,7 +295,10 @@ TEST_F(IconVectorDrawing, aFileThatIsNoColourGivesWayToTheNext)
     files["res/b.xml"] = {1, 2, 3};
     files["res/d.xml"] = compile({"gradient", {{"startColor", argb(0xFF000009)}}});
     const auto color = resource(
-        {{0, literal("res/a.xml")}, {0, literal("res/b.xml")}, {0, literal("res/c.xml")}, {0, literal("res/d.png")},
+        {{0, literal("res/a.xml")},
+         {0, literal("res/b.xml")},
+         {0, literal("res/c.xml")},
+         {0, literal("res/d.png")},
          {0, literal("res/d.xml")}});
     EXPECT_NE(drawn(path({{"fillColor", reference(color)}})).find("fillColor ff000009;"), std::string::npos);
     EXPECT_EQ(processes.count(QStringLiteral("d.png")), 0);
@@ -302,8 +311,7 @@ TEST_F(IconVectorDrawing, coloursThatReferToThemselvesEndInNothing)
     EXPECT_EQ(drawn(path({{"fillColor", reference(id)}})), "");
     const auto next = nextId();
     fileResource(
-        "res/fan.xml",
-        compile({"gradient", {}, std::vector<Tag>(40, Tag{"item", {{"color", reference(next)}}})}));
+        "res/fan.xml", compile({"gradient", {}, std::vector<Tag>(40, Tag{"item", {{"color", reference(next)}}})}));
     EXPECT_EQ(drawn(path({{"fillColor", reference(next)}})), "");
     EXPECT_EQ(processes.count(QStringLiteral("fan.xml")), 1);
 }
@@ -416,8 +424,8 @@ TEST_F(IconVectorDrawing, theTreeNestsAsTheFileDoes)
 
 TEST_F(IconVectorDrawing, aLaterTopLevelElementIsTheRoot)
 {
-    const auto file = xmlFile(
-        {pool({"a", "b"}), startElement(0), endElement(0), endElement(0), startElement(1), startElement(0)});
+    const auto file
+        = xmlFile({pool({"a", "b"}), startElement(0), endElement(0), endElement(0), startElement(1), startElement(0)});
     const auto root = IconVector::tree(source(), file);
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "b");
@@ -435,7 +443,7 @@ TEST_F(IconVectorDrawing, elementsNestedDeeperThanAnyRealFileAreLeftOut)
     const auto root = IconVector::tree(source(), xmlFile({pool({"group", "last"}), body.bytes()}));
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "last");
-    const auto deep = IconVector::render(
-        source(), xmlFile({pool({"vector", "group"}), startElement(0), body.bytes()}), 0);
+    const auto deep
+        = IconVector::render(source(), xmlFile({pool({"vector", "group"}), startElement(0), body.bytes()}), 0);
     EXPECT_FALSE(deep);
 }

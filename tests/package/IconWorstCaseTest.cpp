@@ -126,23 +126,35 @@ TEST_F(IconWorstCase, huge)
 
 TEST_F(IconWorstCase, clips)
 {
-    draw("clips", {Tag{"clip-path", {{"pathData", literal(zigzag(30000))}}}, path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})});
-    draw("small clips", {Tag{"clip-path", {{"pathData", literal("M0 0h24v24h-23z")}}}, path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})});
+    draw(
+        "clips",
+        {Tag{"clip-path", {{"pathData", literal(zigzag(30000))}}},
+         path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})});
+    draw(
+        "small clips",
+        {Tag{"clip-path", {{"pathData", literal("M0 0h24v24h-23z")}}},
+         path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})});
 }
 
 TEST_F(IconWorstCase, gradients)
 {
     std::vector<Tag> items;
     for (int i = 0; i < 5000; ++i)
-        items.push_back({"item", {{"offset", real(static_cast<float>(i) / 5000)}, {"color", argb(0xFF000000U + static_cast<unsigned>(i))}}});
+        items.push_back(
+            {"item",
+             {{"offset", real(static_cast<float>(i) / 5000)},
+              {"color", argb(0xFF000000U + static_cast<unsigned>(i))}}});
     const auto radial = fileResource(
-        "res/g.xml", compile({"gradient", {{"type", integer(1)}, {"centerX", real(12)}, {"gradientRadius", real(20)}}, items}));
+        "res/g.xml",
+        compile({"gradient", {{"type", integer(1)}, {"centerX", real(12)}, {"gradientRadius", real(20)}}, items}));
     draw("gradients", {path("M0 0h24v24h-23z", {{"fillColor", reference(radial)}})});
 }
 
 TEST_F(IconWorstCase, groups)
 {
-    draw("groups", {Tag{"group", {{"rotation", real(1)}}, {path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})}}});
+    draw(
+        "groups",
+        {Tag{"group", {{"rotation", real(1)}}, {path("M0 0h24v24h-24z", {{"fillColor", argb(0x80FF0000)}})}}});
     draw("empty groups", {Tag{"group"}});
 }
 
@@ -157,7 +169,8 @@ TEST_F(IconWorstCase, rasters)
     for (int i = 0; i < 30; ++i) {
         const auto id = fileResource("res/large" + std::to_string(i) + ".png", *png);
         const auto inset = fileResource(
-            "res/inset" + std::to_string(i) + ".xml", compile({"inset", {{"drawable", reference(id)}, {"inset", percent(10)}}}));
+            "res/inset" + std::to_string(i) + ".xml",
+            compile({"inset", {{"drawable", reference(id)}, {"inset", percent(10)}}}));
         layers.push_back({i < 15 ? "background" : "foreground", {{"drawable", reference(i % 2 ? id : inset)}}});
     }
     const auto icon = fileResource("res/icon.xml", compile({"adaptive-icon", {}, layers}));

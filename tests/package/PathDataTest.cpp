@@ -21,7 +21,8 @@ std::string text(const std::optional<Path> &path)
     const auto *point = path->points().data();
     const auto points = [&](int count) {
         for (; count > 0; --count, ++point)
-            out << ' ' << (std::abs(point->x) < 1e-9 ? 0 : point->x) << ' ' << (std::abs(point->y) < 1e-9 ? 0 : point->y);
+            out << ' ' << (std::abs(point->x) < 1e-9 ? 0 : point->x) << ' '
+                << (std::abs(point->y) < 1e-9 ? 0 : point->y);
     };
     for (const auto verb : path->verbs()) {
         out << (out.tellp() > 0 ? " " : "") << "MLQCZ"[static_cast<int>(verb)];
@@ -92,8 +93,7 @@ TEST(PathData, aPlusInsideANumberSpoilsIt)
 
 TEST(PathData, aRepeatedCommandGoesOnFromTheEndOfTheOneBefore)
 {
-    EXPECT_EQ(
-        parsed("M10 10c1 1 2 2 3 3 1 1 2 2 3 3"), "M 10 10 C 11 11 12 12 13 13 C 14 14 15 15 16 16");
+    EXPECT_EQ(parsed("M10 10c1 1 2 2 3 3 1 1 2 2 3 3"), "M 10 10 C 11 11 12 12 13 13 C 14 14 15 15 16 16");
 }
 
 TEST(PathData, horizontalAndVerticalLinesKeepTheOtherCoordinate)

@@ -46,7 +46,8 @@ int main(int argc, char **argv)
     const APKIconExtractor::IconTools tools{
         processes, drawing, [](const std::string &line) { std::fprintf(stderr, "%s\n", line.c_str()); }};
     const auto table = APKIconExtractor::read(processes, package, "resources.arsc");
-    const auto names = drawablesOf(processes, QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argc > 3 ? argv[3] : ""));
+    const auto names
+        = drawablesOf(processes, QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argc > 3 ? argv[3] : ""));
 
     const QDir folder(QString::fromLocal8Bit(argv[2]));
     constexpr int columns = 24;
