@@ -11,6 +11,7 @@
 #include "benchmarks/LongStreamBench.h"
 #include "benchmarks/MachineFacts.h"
 #include "benchmarks/OpeningsBench.h"
+#include "benchmarks/PanelIconsBench.h"
 #include "benchmarks/StartBench.h"
 #include "benchmarks/VideoPathBench.h"
 #include "benchmarks/WindowsBench.h"
@@ -26,10 +27,10 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
-    const std::vector<Benchmark> benchmarks{libraryBench(),  iconBench(),      vectorIconBench(),     startBench(),
-                                            idleBench(),     adbBench(),       launchBench(),         frameAgeBench(),
-                                            inputBench(),    videoPathBench(), largeVideoPathBench(), windowsBench(),
-                                            openingsBench(), longStreamBench()};
+    const std::vector<Benchmark> benchmarks{libraryBench(),  iconBench(),     vectorIconBench(), panelIconsBench(),
+                                            startBench(),    idleBench(),     adbBench(),        launchBench(),
+                                            frameAgeBench(), inputBench(),    videoPathBench(),  largeVideoPathBench(),
+                                            windowsBench(),  openingsBench(), longStreamBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {

@@ -1,0 +1,132 @@
+#include "benchmarks/PanelIconsBench.h"
+
+#include "base/QuillnestFolders.h"
+#include "benchmarks/SampleLibrary.h"
+#include "core/LibraryFormat.h"
+#include "driver/ProgramUnderTest.h"
+#include "fakes/FakePlatform.h"
+#include "launcher/MenuPanel.h"
+#include "platform/desktop/QtExecutor.h"
+#include "platform/linux/PosixChildProcesses.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+
+#include <stdexcept>
+
+namespace quillnest::bench
+{
+
+namespace
+{
+
+constexpr int appCount = 200;
+constexpr int rounds = 5;
+constexpr qint64 patience = 120'000;
+
+/// Copies, for no two apps share a file.
+std::vector<MobileApp> libraryOfCopies(const QString &folder)
+{
+    const QStringList names{QStringLiteral("tide"), QStringLiteral("ember"), QStringLiteral("lantern")};
+    QDir().mkpath(folder);
+    auto library = sampleLibrary(appCount);
+    for (int i = 0; i < appCount; ++i) {
+        auto &app = library[static_cast<std::size_t>(i)];
+        app.sourcePath = QStringLiteral("%1/%2.apk").arg(folder).arg(i);
+        if (!QFile::copy(driver::ProgramUnderTest::sample(names.at(i % names.size())), app.sourcePath))
+            throw std::runtime_error("a sample app can't be copied");
+    }
+    return library;
+}
+
+struct Filling {
+    double worstTurn = 0;
+    double whole = 0;
+};
+
+double since(const QElapsedTimer &timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+/// From the panel's making until all pictures are there. A turn is what the main thread does between two looks at its
+/// events; making and showing the panel is the first.
+Filling fill(const Platform &platform, AppLibraryStore &store, const std::shared_ptr<QuillnestLog> &log)
+{
+    Filling result;
+    QElapsedTimer whole;
+    whole.start();
+    QElapsedTimer turn;
+    turn.start();
+    AppIconStore icons(platform, log);
+    MenuPanel panel(platform, store, icons);
+    panel.resize(390, 760);
+    panel.show();
+    result.worstTurn = since(turn);
+    while (icons.images().size() < appCount) {
+        if (whole.elapsed() > patience)
+            throw std::runtime_error("some icons don't come");
+        turn.start();
+        QCoreApplication::processEvents();
+        result.worstTurn = std::max(result.worstTurn, since(turn));
+        QThread::usleep(200);
+    }
+    result.whole = since(whole);
+    return result;
+}
+
+void run(BenchReport &report)
+{
+    const auto fakes = fakePlatform();
+    // What the store waits for stands still, the icons' own work is real.
+    auto platform = fakes.platform;
+    platform.executor = std::make_shared<QtExecutor>();
+    platform.processes = std::make_shared<PosixChildProcesses>();
+    fakes.settings->setValue(
+        QStringLiteral("Quillnest.apps.v1"),
+        LibraryFormat::encode(libraryOfCopies(fakes.path(QStringLiteral("Packages")))));
+    const auto log = std::make_shared<QuillnestLog>(
+        fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
+    const auto notifications = std::make_shared<ChangeNotifications>();
+    {
+        AndroidRuntimeCLI runtime(fakes.platform, log);
+        AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
+        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows});
+        fakes.settle();
+
+        Samples coldTurn;
+        Samples coldWhole;
+        Samples warmTurn;
+        Samples warmWhole;
+        for (int round = 0; round < rounds; ++round) {
+            QDir(QuillnestFolders::icons(platform.folders)).removeRecursively();
+            const auto cold = fill(platform, store, log);
+            coldTurn.add(cold.worstTurn);
+            coldWhole.add(cold.whole);
+            const auto warm = fill(platform, store, log);
+            warmTurn.add(warm.worstTurn);
+            warmWhole.add(warm.whole);
+        }
+        report.add(QStringLiteral("icons_cold_worst_frame_ms"), coldTurn, QStringLiteral("ms"));
+        report.add(QStringLiteral("icons_warm_worst_frame_ms"), warmTurn, QStringLiteral("ms"));
+        report.add(QStringLiteral("icons_cold_200_ms"), coldWhole, QStringLiteral("ms"));
+        report.add(QStringLiteral("icons_warm_200_ms"), warmWhole, QStringLiteral("ms"));
+    }
+    while (fakes.clock->advanceToNext())
+        fakes.settle();
+}
+
+} // namespace
+
+Benchmark panelIconsBench()
+{
+    return {
+        QStringLiteral("panel-icons"),
+        {QStringLiteral("icons_cold_worst_frame_ms"), QStringLiteral("icons_warm_worst_frame_ms"),
+         QStringLiteral("icons_cold_200_ms"), QStringLiteral("icons_warm_200_ms")},
+        run};
+}
+
+} // namespace quillnest::bench
