@@ -224,12 +224,13 @@ TEST_F(QtDrawingTest, brokenPicturesAreAbsentOrWhatIsThereOfThem)
 TEST_F(QtDrawingTest, aPictureIsRefusedByItsHeadIfItIsTooLarge)
 {
     // The greatest one that is read and one that is larger by a row.
-    QImage picture(4096, 4096, QImage::Format_Grayscale8);
+    constexpr int rows = static_cast<int>(Drawing::largestPicture / 4096);
+    QImage picture(4096, rows, QImage::Format_Grayscale8);
     picture.fill(0x55);
     const auto greatest = drawing.decode(encoded(picture, "png"));
     ASSERT_TRUE(greatest);
     EXPECT_EQ(static_cast<std::int64_t>(greatest->pixels.size()), Drawing::largestPicture);
-    picture = QImage(4096, 4097, QImage::Format_Grayscale8);
+    picture = QImage(4096, rows + 1, QImage::Format_Grayscale8);
     picture.fill(0x55);
     EXPECT_FALSE(drawing.decode(encoded(picture, "png")));
     EXPECT_FALSE(drawing.decode(encoded(picture, "jpeg")));
