@@ -2,6 +2,7 @@
 
 #include "platform/Alerts.h"
 #include "platform/Appearance.h"
+#include "platform/Archives.h"
 #include "platform/AudioEngine.h"
 #include "platform/Canvas.h"
 #include "platform/ChildProcesses.h"
@@ -37,6 +38,7 @@ struct Platform {
     std::shared_ptr<CommandChannel> commands;
     std::shared_ptr<DiagnosticsPort> diagnostics;
     std::shared_ptr<Network> network;
+    std::shared_ptr<Archives> archives;
     std::shared_ptr<Pasteboard> pasteboard;
     std::shared_ptr<StatusItems> statusItems;
     std::shared_ptr<Screens> screens;
