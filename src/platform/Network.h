@@ -31,7 +31,7 @@ struct HttpAnswer {
     QByteArray body;
 };
 
-/// What happens to a download, each on the main thread.
+/// What happens to a download, each on the main thread. The download may be dropped inside each of them.
 struct DownloadEvents {
     /// Bytes written so far, and all that there will be; -1 while that is unknown.
     std::function<void(qint64 written, qint64 expected)> onWrite{};

@@ -3,9 +3,11 @@
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
+#include "runtime/AndroidRuntimePaths.h"
 #include "runtime/RuntimePlan.h"
 
 #include <QObject>
+#include <QStringList>
 
 #include <optional>
 #include <variant>
@@ -74,12 +76,23 @@ Q_SIGNALS:
     void changed();
 
 private:
+    AndroidRuntimePaths selectedPaths() const;
+    Task<> makePlan();
+    Task<> acceptedInstall(RuntimePlan plan, QStringList acceptedLicenses);
+    /// Throws what the user is told; the arguments outlive the task.
+    Task<> install(const RuntimePlan &plan, const QStringList &acceptedLicenses);
+    // The steps for one archive.
+    Task<> fetch(const RuntimeArchive &archive, const QString &file);
+    Task<> verify(const RuntimeArchive &archive, const QString &file);
+    Task<> unpack(const RuntimeArchive &archive, const QString &file, const QString &destination);
     void setPhase(Phase phase);
 
     const Platform m_platform;
     const std::shared_ptr<QuillnestLog> m_log;
     Phase m_phase = Idle{};
     std::optional<RuntimePlan> m_plan;
+    /// Counts plans and resets: a plan that was overtaken is dropped.
+    int m_round = 0;
 };
 
 } // namespace quillnest

@@ -31,8 +31,8 @@ QByteArray list(const QByteArray &content)
 
 QByteArray archive(const QByteArray &url, const QByteArray &os = {}, const QByteArray &arch = {})
 {
-    return "<archive><complete><size>1234</size><checksum type='sha1'>ABCDEF" + url.toHex().left(4)
-        + "</checksum><url>" + url + "</url></complete>" + (os.isEmpty() ? "" : "<host-os>" + os + "</host-os>")
+    return "<archive><complete><size>1234</size><checksum type='sha1'>ABCDEF" + url.toHex().left(4) + "</checksum><url>"
+        + url + "</url></complete>" + (os.isEmpty() ? "" : "<host-os>" + os + "</host-os>")
         + (arch.isEmpty() ? "" : "<host-arch>" + arch + "</host-arch>") + "</archive>";
 }
 
@@ -178,7 +178,8 @@ TEST(RuntimeRepository, otherChannelsAreIgnoredWhateverTheirRevision)
 {
     Repository repository;
     repository.serveEmulator(
-        package("emulator", "34.9.9", archive("stable.zip")) + package("emulator", "36.0.0", archive("canary.zip"), "channel-3"));
+        package("emulator", "34.9.9", archive("stable.zip"))
+        + package("emulator", "36.0.0", archive("canary.zip"), "channel-3"));
     EXPECT_EQ(repository.emulator().url.fileName(), QStringLiteral("stable.zip"));
     repository.serveEmulator(package("emulator", "36.0.0", archive("canary.zip"), "channel-3"));
     EXPECT_EQ(repository.failure(), missing("emulator"));
@@ -205,10 +206,12 @@ TEST(RuntimeRepository, anArchiveThatNamesNoHostIsTheFallBack)
 {
     Repository repository;
     repository.serveEmulator(package(
-        "emulator", "35", archive("x86.zip", "macosx", "x86_64") + archive("any.zip") + archive("any-mac.zip", "macosx")));
+        "emulator", "35",
+        archive("x86.zip", "macosx", "x86_64") + archive("any.zip") + archive("any-mac.zip", "macosx")));
     EXPECT_EQ(repository.emulator().url.fileName(), QStringLiteral("any.zip"));
-    repository.serveEmulator(
-        package("emulator", "35", archive("any.zip") + archive("arm.zip", "", "arm64") + archive("late.zip", "macosx", "aarch64")));
+    repository.serveEmulator(package(
+        "emulator", "35",
+        archive("any.zip") + archive("arm.zip", "", "arm64") + archive("late.zip", "macosx", "aarch64")));
     EXPECT_EQ(repository.emulator().url.fileName(), QStringLiteral("arm.zip"));
 }
 
@@ -222,7 +225,8 @@ TEST(RuntimeRepository, anArchiveForAnotherProcessorIsNeverChosen)
 TEST(RuntimeRepository, anArchiveOutsideAnyPackageLeavesNoTrace)
 {
     Repository repository;
-    repository.serveEmulator(archive("stray.zip") + package("emulator", "35", archive("real.zip")) + archive("stray2.zip"));
+    repository.serveEmulator(
+        archive("stray.zip") + package("emulator", "35", archive("real.zip")) + archive("stray2.zip"));
     EXPECT_EQ(repository.emulator().url.fileName(), QStringLiteral("real.zip"));
     repository.serveEmulator(archive("stray.zip") + package("emulator", "35", ""));
     EXPECT_EQ(repository.failure(), missing("emulator"));
@@ -279,7 +283,8 @@ TEST(RuntimeRepository, sizesThatDoNotParseAreNothing)
 
 TEST(RuntimeRepository, prefixesThatNobodyDeclaredDoNotMatter)
 {
-    const auto parsed = parseRepository("<a:r><b:remotePackage path='p'><c:archive><d:url>u</d:url></c:archive></b:remotePackage></a:r>");
+    const auto parsed = parseRepository(
+        "<a:r><b:remotePackage path='p'><c:archive><d:url>u</d:url></c:archive></b:remotePackage></a:r>");
     ASSERT_EQ(parsed.packages.size(), 1U);
     EXPECT_EQ(parsed.packages[0].archives.at(0).url, QStringLiteral("u"));
 }

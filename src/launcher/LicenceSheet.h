@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "runtime/RuntimePlan.h"
+
+#include <QWidget>
+
+namespace quillnest
+{
+
+/// Google's licences over the panel that asks for consent, which they cover until the user decides. Deletes itself
+/// when it closes.
+class LicenceSheet : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Lies over all of `panel` and takes the keyboard.
+    LicenceSheet(const Platform &platform, const std::vector<RuntimeLicense> &licenses, QWidget *panel);
+
+Q_SIGNALS:
+    void accepted();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void end();
+
+    const Platform &m_platform;
+    QWidget *const m_card;
+    QWidget *m_previousFocus = nullptr;
+};
+
+} // namespace quillnest

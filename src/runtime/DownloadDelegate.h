@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/Tasks.h"
+
+#include <functional>
+#include <memory>
+
+namespace quillnest
+{
+
+/// One download into a file. Make it, run it once. Main thread.
+class DownloadDelegate
+{
+public:
+    using Progress = std::function<void(qint64 written, qint64 expected)>;
+
+    /// `destination` is the absolute path of the finished file, which a file of that name gives way to.
+    DownloadDelegate(const Platform &platform, QString destination, Progress progress);
+    ~DownloadDelegate();
+    DownloadDelegate(const DownloadDelegate &) = delete;
+    DownloadDelegate &operator=(const DownloadDelegate &) = delete;
+
+    /// Ends when the file is there; throws RuntimeProvisionError (download), or std::runtime_error if it can't be put
+    /// in its place. The object outlives the task.
+    Task<> run(QUrl url);
+
+private:
+    class Waiter;
+
+    void finished(int status, const QString &temporaryFile);
+
+    const Platform &m_platform;
+    const QString m_destination;
+    const Progress m_progress;
+    const std::shared_ptr<Waiter> m_waiter;
+};
+
+} // namespace quillnest
