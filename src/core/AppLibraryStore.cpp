@@ -140,6 +140,16 @@ void AppLibraryStore::setSearch(const QString &text)
 
 std::vector<MobileApp> AppLibraryStore::orderedApps() const
 {
+    return sortedApps(true);
+}
+
+std::vector<MobileApp> AppLibraryStore::appsByName() const
+{
+    return sortedApps(false);
+}
+
+std::vector<MobileApp> AppLibraryStore::sortedApps(bool favouritesFirst) const
+{
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     // A locale without rules of its own doesn't know what a collator's case sensitivity means, so case goes first.
@@ -152,8 +162,8 @@ std::vector<MobileApp> AppLibraryStore::orderedApps() const
     keyed.reserve(m_apps.size());
     for (const auto &app : m_apps)
         keyed.push_back({collator.sortKey(app.displayName().toCaseFolded()), &app});
-    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed &a, const Keyed &b) {
-        if (a.app->isFavorite != b.app->isFavorite)
+    std::stable_sort(keyed.begin(), keyed.end(), [favouritesFirst](const Keyed &a, const Keyed &b) {
+        if (favouritesFirst && a.app->isFavorite != b.app->isFavorite)
             return a.app->isFavorite;
         return a.key < b.key;
     });
@@ -164,13 +174,18 @@ std::vector<MobileApp> AppLibraryStore::orderedApps() const
     return result;
 }
 
+bool AppLibraryStore::matchesSearch(const MobileApp &app) const
+{
+    return m_search.isEmpty() || contains(app.name, m_search);
+}
+
 std::vector<MobileApp> AppLibraryStore::filteredApps() const
 {
     if (m_search.isEmpty())
         return m_apps;
     std::vector<MobileApp> result;
     std::copy_if(m_apps.begin(), m_apps.end(), std::back_inserter(result), [this](const MobileApp &app) {
-        return contains(app.name, m_search);
+        return matchesSearch(app);
     });
     return result;
 }

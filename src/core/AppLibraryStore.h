@@ -7,6 +7,7 @@
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
 #include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
 #include "windows/AndroidWindowRegistry.h"
 
 #include <QImage>
@@ -38,6 +39,7 @@ public:
         std::shared_ptr<ChangeNotifications> notifications;
         AndroidRuntimeCLI &runtime;
         AndroidWindowRegistry &windows;
+        AndroidRuntimeProvisioner &provisioner;
         std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
         /// While this is true a device that an earlier run left is being cleaned: an app that was opened meanwhile
         /// would be stopped with the rest, so launches wait.
@@ -63,7 +65,11 @@ public:
 
     /// Favourites and then the others, each sorted by display name.
     std::vector<MobileApp> orderedApps() const;
-    /// In stored order, the apps whose name contains the search text.
+    /// All of them, sorted by display name alone.
+    std::vector<MobileApp> appsByName() const;
+    /// Whether the app's name contains the search text; an empty one is contained in every name.
+    bool matchesSearch(const MobileApp &app) const;
+    /// In stored order, the apps that match the search.
     std::vector<MobileApp> filteredApps() const;
     /// The first entry whose name contains the text; an empty text is contained in none.
     std::optional<MobileApp> firstMatch(const QString &query) const;
@@ -91,6 +97,12 @@ public:
     /// Writes the panel and the glyph as PNG files into the folder "snapshots" beside the log.
     void writeMenuSnapshot() const;
 
+    /// Makes another Android version the one that apps run on: closes all windows and lets the device go down in the
+    /// background. The library stays; what isn't installed there is installed by its next launch.
+    void switchAndroidVersion(int api);
+    /// Removes the files of a version other than the selected one, in the background. Shared tools stay.
+    void deleteAndroidVersion(int api);
+
     /// Asks the device and sets `androidState`; never overrides a start in progress.
     void refreshAndroidState();
 
@@ -108,11 +120,15 @@ private:
     bool erase(QUuid id);
     const MobileApp *find(QUuid id) const;
     bool hasSource(const QString &path) const;
+    std::vector<MobileApp> sortedApps(bool favouritesFirst) const;
     void setStatus(const QString &message);
     void setAndroidState(AndroidState state);
     Task<> addAll(QList<QUrl> urls);
     Task<> addPackage(QString path, MobilePlatform platform);
     Task<> uninstall(MobileApp app, QString package);
+
+    // AndroidVersionSwitch.cpp
+    Task<> removeVersion(int api);
 
     // AndroidLaunch.cpp
     void launchAndroid(const MobileApp &app);

@@ -17,6 +17,7 @@ const CommandDispatcher::Command CommandDispatcher::table[] = {
     {"adblock-off", &CommandDispatcher::adBlockOff},
     {"wallpaper:", &CommandDispatcher::wallpaper},
     {"theme:", &CommandDispatcher::theme},
+    {"android-version:", &CommandDispatcher::androidVersion},
     {"home", &CommandDispatcher::home},
     {"hide", &CommandDispatcher::hide},
     {"open:", &CommandDispatcher::open},
@@ -107,6 +108,14 @@ void CommandDispatcher::wallpaper(const QString &argument)
 void CommandDispatcher::theme(const QString &argument)
 {
     m_services.platform.settings->setValue(QStringLiteral("QuillnestTheme"), argument);
+}
+
+void CommandDispatcher::androidVersion(const QString &argument)
+{
+    bool isNumber = false;
+    const int api = argument.toInt(&isNumber);
+    if (isNumber)
+        m_store.switchAndroidVersion(api);
 }
 
 void CommandDispatcher::home(const QString &)

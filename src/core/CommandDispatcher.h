@@ -36,6 +36,7 @@ private:
     void adBlockOff(const QString &argument);
     void wallpaper(const QString &argument);
     void theme(const QString &argument);
+    void androidVersion(const QString &argument);
     void home(const QString &argument);
     void hide(const QString &argument);
     void open(const QString &argument);

@@ -41,10 +41,11 @@ QuillnestApp::QuillnestApp(Platform platform)
     , m_icons(m_platform, m_log)
     , m_notifications(std::make_shared<ChangeNotifications>())
     , m_runtime(m_platform, m_log)
+    , m_provisioner(m_platform)
     , m_locks(std::make_shared<NoAppLocking>())
     , m_windowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks}
     , m_windows(m_windowServices)
-    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_locks}
+    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_provisioner, m_locks}
 {
 }
 
@@ -61,6 +62,10 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     m_store = std::make_unique<AppLibraryStore>(m_services);
     m_store->paintPanel = m_interface.paintPanel;
     m_store->paintGlyph = m_interface.paintGlyph;
+    connect(&m_provisioner, &AndroidRuntimeProvisioner::changed, m_store.get(), [this] {
+        if (std::holds_alternative<AndroidRuntimeProvisioner::Ready>(m_provisioner.phase()))
+            m_store->refreshAndroidState();
+    });
     m_commands = std::make_unique<CommandDispatcher>(m_services, *m_store);
     endHostSideServers();
     fireAndForget(m_log, cleanDevice());

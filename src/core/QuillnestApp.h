@@ -7,6 +7,7 @@
 #include "package/AppIconStore.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
 #include "windows/AndroidAppPanel.h"
 #include "windows/AndroidWindowRegistry.h"
 
@@ -45,6 +46,7 @@ public:
     AppLibraryStore &store() { return *m_store; }
     AppIconStore &icons() { return m_icons; }
     AndroidWindowRegistry &windows() { return m_windows; }
+    AndroidRuntimeProvisioner &provisioner() { return m_provisioner; }
     const Platform &platform() const { return m_platform; }
 
     /// The steps from here until the status item stands, with the process's arguments.
@@ -75,6 +77,7 @@ private:
     AppIconStore m_icons;
     const std::shared_ptr<ChangeNotifications> m_notifications;
     AndroidRuntimeCLI m_runtime;
+    AndroidRuntimeProvisioner m_provisioner;
     const std::shared_ptr<AppLocking> m_locks;
     const WindowServices m_windowServices;
     AndroidWindowRegistry m_windows;

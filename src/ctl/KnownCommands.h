@@ -12,7 +12,7 @@ struct KnownCommand {
 };
 
 /// What the program of this version knows, in the order of its own table.
-inline constexpr std::array<KnownCommand, 14> knownCommands{{
+inline constexpr std::array<KnownCommand, 15> knownCommands{{
     {"back", "presses Android's back key in the first window"},
     {"snapshot-menu", "writes a picture of the panel"},
     {"add:", "adds the package file at the path that follows"},
@@ -24,6 +24,7 @@ inline constexpr std::array<KnownCommand, 14> knownCommands{{
     {"adblock-off", "switches the ad block off"},
     {"wallpaper:", "chooses the wallpaper that follows"},
     {"theme:", "chooses the theme that follows"},
+    {"android-version:", "switches to the Android version of the API level that follows"},
     {"home", "shows the panel"},
     {"hide", "hides the first window"},
     {"open:", "opens the first app whose name contains what follows"},

@@ -28,8 +28,7 @@ template <typename... Functions> Overloaded(Functions...) -> Overloaded<Function
 
 } // namespace
 
-RuntimeSetupView::RuntimeSetupView(
-    const Platform &platform, AndroidRuntimeProvisioner &provisioner, QWidget *parent)
+RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvisioner &provisioner, QWidget *parent)
     : QWidget(parent), m_platform(platform), m_provisioner(provisioner), m_content(new QWidget(this))
 {
     setAccessibleName(QStringLiteral("Set up Android"));
@@ -45,6 +44,14 @@ RuntimeSetupView::RuntimeSetupView(
     whole->addWidget(m_content);
 
     connect(&m_provisioner, &AndroidRuntimeProvisioner::changed, this, &RuntimeSetupView::refresh);
+    // A version was switched while this is on screen. Queued: whoever switches isn't done yet.
+    connect(
+        &m_provisioner, &AndroidRuntimeProvisioner::changed, this,
+        [this] {
+            if (isVisible() && std::holds_alternative<AndroidRuntimeProvisioner::Idle>(m_provisioner.phase()))
+                m_provisioner.prepare();
+        },
+        Qt::QueuedConnection);
     if (platform.appearance) {
         connect(platform.appearance.get(), &Appearance::changed, this, [this] {
             m_component.clear();
@@ -71,9 +78,6 @@ QString RuntimeSetupView::consentText(const Platform &platform, const RuntimePla
 void RuntimeSetupView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    if (m_prepared)
-        return;
-    m_prepared = true;
     m_provisioner.prepare();
 }
 
@@ -197,8 +201,8 @@ void RuntimeSetupView::showReady()
     clear()->addLayout(row);
     row->setSpacing(8);
     auto *mark = new QLabel(m_content);
-    mark->setPixmap(m_platform.symbols->pixmap(
-        QStringLiteral("checkmark.circle.fill"), 18, QColor(0x2FA84F), devicePixelRatioF()));
+    mark->setPixmap(
+        m_platform.symbols->pixmap(QStringLiteral("checkmark.circle.fill"), 18, QColor(0x2FA84F), devicePixelRatioF()));
     row->addWidget(mark);
     row->addWidget(text(QStringLiteral("Android is ready"), 13), 1);
 }

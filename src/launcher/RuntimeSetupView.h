@@ -51,7 +51,6 @@ private:
     QPointer<QLabel> m_percentage;
     QString m_component;
     QPointer<LicenceSheet> m_sheet;
-    bool m_prepared = false;
 };
 
 } // namespace quillnest

@@ -2,10 +2,10 @@
 
 #include "base/FireAndForget.h"
 #include "runtime/AVDDefinition.h"
+#include "runtime/AndroidRuntimeError.h"
 #include "runtime/AndroidRuntimePaths.h"
 #include "runtime/AndroidVersions.h"
 #include "runtime/DownloadDelegate.h"
-#include "runtime/AndroidRuntimeError.h"
 #include "runtime/RuntimeProvisionError.h"
 #include "runtime/RuntimeRepository.h"
 #include "runtime/Sha1.h"
@@ -71,12 +71,11 @@ QByteArray manifestOf(const RuntimePlan &plan, const QStringList &acceptedLicens
 {
     QJsonArray packages;
     for (const auto &archive : plan.archives) {
-        packages.append(
-            QJsonObject{
-                {QStringLiteral("path"), archive.packagePath},
-                {QStringLiteral("revision"), archive.revision},
-                {QStringLiteral("sha1"), archive.sha1},
-                {QStringLiteral("url"), archive.url.toString(QUrl::FullyEncoded)}});
+        packages.append(QJsonObject{
+            {QStringLiteral("path"), archive.packagePath},
+            {QStringLiteral("revision"), archive.revision},
+            {QStringLiteral("sha1"), archive.sha1},
+            {QStringLiteral("url"), archive.url.toString(QUrl::FullyEncoded)}});
     }
     const QJsonObject manifest{
         {QStringLiteral("installedAt"), now.toUTC().toString(Qt::ISODate)},
@@ -166,8 +165,15 @@ Task<> AndroidRuntimeProvisioner::acceptedInstall(RuntimePlan plan, QStringList 
         co_await install(plan, acceptedLicenses);
         if (!self)
             co_return;
-        setPhase(Ready{});
         m_log->write(QStringLiteral("runtime ready at ") + AndroidRuntimePaths::managedRoot(m_platform));
+        if (selectedPaths().isComplete()) {
+            setPhase(Ready{});
+        } else {
+            // Another version was selected meanwhile; what it needs is to be asked for now.
+            m_plan.reset();
+            setPhase(Idle{});
+            prepare();
+        }
         co_return;
     } catch (const std::exception &error) {
         failureWords = description(error);
@@ -208,8 +214,7 @@ Task<> AndroidRuntimeProvisioner::install(const RuntimePlan &plan, const QString
             throw RuntimeProvisionError::manifest(QStringLiteral("a licence has no usable name"));
         const auto licenses = paths.sdkRoot + QStringLiteral("/licenses");
         makeFolder(licenses);
-        writeAtomically(
-            licenses + QLatin1Char('/') + license.id + QStringLiteral(".txt"), license.text.toUtf8());
+        writeAtomically(licenses + QLatin1Char('/') + license.id + QStringLiteral(".txt"), license.text.toUtf8());
     }
     QDir(downloads).removeRecursively();
 }
@@ -230,8 +235,8 @@ Task<> AndroidRuntimeProvisioner::fetch(const RuntimeArchive &archive, const QSt
     const auto started = m_platform.clock->monotonic();
     DownloadDelegate delegate(m_platform, file, [self, label](qint64 written, qint64 expected) {
         if (self)
-            self->setPhase(Downloading{
-                label, expected < 1 ? 0 : static_cast<double>(written) / static_cast<double>(expected)});
+            self->setPhase(
+                Downloading{label, expected < 1 ? 0 : static_cast<double>(written) / static_cast<double>(expected)});
     });
     co_await delegate.run(archive.url);
     if (!self)
@@ -253,8 +258,7 @@ Task<> AndroidRuntimeProvisioner::verify(const RuntimeArchive &archive, const QS
         throw RuntimeProvisionError::checksum(archive.label());
 }
 
-Task<> AndroidRuntimeProvisioner::unpack(
-    const RuntimeArchive &archive, const QString &file, const QString &destination)
+Task<> AndroidRuntimeProvisioner::unpack(const RuntimeArchive &archive, const QString &file, const QString &destination)
 {
     const QPointer<AndroidRuntimeProvisioner> self(this);
     setPhase(Installing{QStringLiteral("Unpacking %1…").arg(archive.label())});
@@ -265,8 +269,7 @@ Task<> AndroidRuntimeProvisioner::unpack(
         throw AndroidRuntimeCancelled();
     if (!unpacked)
         throw RuntimeProvisionError::extract(archive.label());
-    m_log->write(
-        QStringLiteral("installed %1 %2 into %3").arg(archive.packagePath, archive.revision, destination));
+    m_log->write(QStringLiteral("installed %1 %2 into %3").arg(archive.packagePath, archive.revision, destination));
 }
 
 void AndroidRuntimeProvisioner::reset()

@@ -79,8 +79,7 @@ void DownloadDelegate::finished(int status, const QString &temporaryFile)
 {
     const auto waiter = m_waiter;
     if (status != 200) {
-        waiter->resume(
-            std::make_exception_ptr(RuntimeProvisionError::download(QStringLiteral("HTTP %1").arg(status))));
+        waiter->resume(std::make_exception_ptr(RuntimeProvisionError::download(QStringLiteral("HTTP %1").arg(status))));
         return;
     }
     // In one step: a file of that name is replaced or stays.

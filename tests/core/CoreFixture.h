@@ -2,6 +2,7 @@
 
 #include "core/AppLibraryStore.h"
 #include "fakes/FakeLocks.h"
+#include "fakes/FakeNetwork.h"
 #include "package/PackageBuilder.h"
 #include "runtime/RuntimeFixture.h"
 
@@ -33,7 +34,7 @@ protected:
 
     AppLibraryStore::Services services()
     {
-        return {fakes.platform, log, notifications, *runtime, *registry, locks, cleaning};
+        return {fakes.platform, log, notifications, *runtime, *registry, *provisioner, locks, cleaning};
     }
 
     /// A store as a new process would have it, on the same settings.
@@ -41,6 +42,8 @@ protected:
     {
         store.reset();
         registry.reset();
+        fakes.platform.network = network;
+        provisioner = std::make_unique<AndroidRuntimeProvisioner>(fakes.platform);
         runtime = std::make_unique<AndroidRuntimeCLI>(fakes.platform, log);
         registry = std::make_unique<AndroidWindowRegistry>(
             WindowServices{fakes.platform, log, notifications, runtime->commands(), locks, nullptr});
@@ -95,6 +98,8 @@ protected:
     std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
     std::shared_ptr<FakeLocks> locks = std::make_shared<FakeLocks>();
     std::shared_ptr<bool> cleaning = std::make_shared<bool>(false);
+    std::shared_ptr<FakeNetwork> network = std::make_shared<FakeNetwork>();
+    std::unique_ptr<AndroidRuntimeProvisioner> provisioner;
     std::unique_ptr<AndroidRuntimeCLI> runtime;
     std::unique_ptr<AndroidWindowRegistry> registry;
     std::unique_ptr<AppLibraryStore> store;

@@ -45,13 +45,12 @@ QByteArray sum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Sha1).toHex();
 }
 
-QByteArray package(
-    const QByteArray &path, const QByteArray &name, const QByteArray &content, const QByteArray &license)
+QByteArray package(const QByteArray &path, const QByteArray &name, const QByteArray &content, const QByteArray &license)
 {
     return "<remotePackage path='" + path + "'><revision><major>3</major></revision><display-name>" + name
         + "</display-name><uses-license ref='" + license + "'/><archives><archive><complete><size>"
-        + QByteArray::number(content.size()) + "</size><checksum>" + sum(content).toUpper() + "</checksum><url>" + content
-        + ".zip</url></complete></archive></archives></remotePackage>";
+        + QByteArray::number(content.size()) + "</size><checksum>" + sum(content).toUpper() + "</checksum><url>"
+        + content + ".zip</url></complete></archive></archives></remotePackage>";
 }
 
 class ProvisionerTest : public ::testing::Test
@@ -82,8 +81,7 @@ protected:
     {
         network->answers[tools]
             = {200,
-               "<r><license id='a'>Terms A</license>"
-                   + package("platform-tools", "Platform Tools", "tools", "a")
+               "<r><license id='a'>Terms A</license>" + package("platform-tools", "Platform Tools", "tools", "a")
                    + package("emulator", emulatorName, "emulator", "a") + "</r>"};
         network->answers[images]
             = {200,
@@ -188,8 +186,7 @@ TEST_F(ProvisionerTest, theLogTellsThePlanTheConsentAndEachStep)
                          "license=a")
               .arg(QString::fromLatin1(sum("emulator"))),
           QStringLiteral("user accepted licences a,b"), QStringLiteral("downloaded tools.zip in 0.0s"),
-          QStringLiteral("installed platform-tools 3.0.0 into ") + sdk(),
-          QStringLiteral("runtime ready at ") + root()})
+          QStringLiteral("installed platform-tools 3.0.0 into ") + sdk(), QStringLiteral("runtime ready at ") + root()})
         EXPECT_TRUE(text.contains(line)) << line.toStdString() << "\n" << text.toStdString();
 }
 
@@ -199,8 +196,11 @@ TEST_F(ProvisionerTest, whatWasInstalledAndAcceptedIsOnRecord)
     const auto file = fakes.readFile(root() + QStringLiteral("/runtime-manifest.json"));
     ASSERT_TRUE(file);
     const auto manifest = QJsonDocument::fromJson(*file).object();
-    EXPECT_EQ(manifest.keys(), (QStringList{QStringLiteral("acceptedLicenses"), QStringLiteral("installedAt"), QStringLiteral("packages")}));
-    EXPECT_EQ(manifest[QStringLiteral("acceptedLicenses")].toArray(), (QJsonArray{QStringLiteral("a"), QStringLiteral("b")}));
+    EXPECT_EQ(
+        manifest.keys(),
+        (QStringList{QStringLiteral("acceptedLicenses"), QStringLiteral("installedAt"), QStringLiteral("packages")}));
+    EXPECT_EQ(
+        manifest[QStringLiteral("acceptedLicenses")].toArray(), (QJsonArray{QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_EQ(
         QDateTime::fromString(manifest[QStringLiteral("installedAt")].toString(), Qt::ISODate),
         QDateTime::fromSecsSinceEpoch(fakes.clock->wallTime().toSecsSinceEpoch()));
@@ -239,7 +239,8 @@ TEST_F(ProvisionerTest, progressIsTheShareOfTheWhole)
     const auto running = network->downloads.at(0);
     EXPECT_EQ(running->url, QUrl(QStringLiteral("https://dl.google.com/android/repository/tools.zip")));
     running->events.onWrite(25, 100);
-    EXPECT_EQ(provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0.25}));
+    EXPECT_EQ(
+        provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0.25}));
     running->events.onWrite(50, -1);
     EXPECT_EQ(provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0}));
     running->events.onWrite(50, 0);
@@ -251,7 +252,8 @@ TEST_F(ProvisionerTest, archivesThatAreThereAreNotFetchedAgainAndVerifiedAllTheS
     offer();
     for (const auto *content : {"tools", "emulator", "image"})
         fakes.writeFile(
-            (root() + QStringLiteral("/downloads/%1.zip").arg(QLatin1String(content))).mid(fakes.home->path().size() + 1),
+            (root() + QStringLiteral("/downloads/%1.zip").arg(QLatin1String(content)))
+                .mid(fakes.home->path().size() + 1),
             content);
     provisioner->acceptAndInstall();
     settle();
@@ -413,11 +415,32 @@ TEST_F(ProvisionerTest, whatAKilledRunLeftHalfFetchedGoes)
 
 TEST_F(ProvisionerTest, aLicenceThatWouldLeaveItsFolderIsRefused)
 {
-    network->answers[tools].body.replace("license id='a'", "license id='../../evil'").replace("ref='a'", "ref='../../evil'");
+    network->answers[tools]
+        .body.replace("license id='a'", "license id='../../evil'")
+        .replace("ref='a'", "ref='../../evil'");
     installAll();
     EXPECT_FALSE(is<Provisioner::Ready>());
     EXPECT_FALSE(QFile::exists(sdk() + QStringLiteral("/../evil.txt")));
     EXPECT_FALSE(QFile::exists(root() + QStringLiteral("/evil.txt")));
+}
+
+TEST_F(ProvisionerTest, aVersionSelectedDuringTheInstallIsPlannedForAtItsEnd)
+{
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), 33);
+    for (const auto *content : {"tools", "emulator", "image"})
+        deliver(content);
+    EXPECT_TRUE(AndroidRuntimePaths::managed(fakes.platform, 35).isComplete());
+    // Its list doesn't hold that image.
+    EXPECT_EQ(
+        failure(),
+        QStringLiteral(
+            "Google's package list has no download for system-images;android-33;default;x86_64 on 64-bit Linux"));
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), 35);
+    provisioner->prepare();
+    EXPECT_TRUE(is<Provisioner::Ready>());
 }
 
 TEST_F(ProvisionerTest, theProgramMayEndInTheMiddle)
@@ -434,8 +457,12 @@ TEST_F(ProvisionerTest, theProgramMayEndInTheMiddle)
 TEST(Sha1, isThatOfTheWholeFile)
 {
     const auto fakes = fakePlatform();
-    EXPECT_EQ(sha1OfFile(fakes.writeFile(QStringLiteral("abc"), "abc")), QStringLiteral("a9993e364706816aba3e25717850c26c9cd0d89d"));
-    EXPECT_EQ(sha1OfFile(fakes.writeFile(QStringLiteral("empty"), "")), QStringLiteral("da39a3ee5e6b4b0d3255bfef95601890afd80709"));
+    EXPECT_EQ(
+        sha1OfFile(fakes.writeFile(QStringLiteral("abc"), "abc")),
+        QStringLiteral("a9993e364706816aba3e25717850c26c9cd0d89d"));
+    EXPECT_EQ(
+        sha1OfFile(fakes.writeFile(QStringLiteral("empty"), "")),
+        QStringLiteral("da39a3ee5e6b4b0d3255bfef95601890afd80709"));
     const QByteArray large(9 * 1024 * 1024 + 5, 'x');
     EXPECT_EQ(
         sha1OfFile(fakes.writeFile(QStringLiteral("large"), large)),

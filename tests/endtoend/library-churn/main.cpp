@@ -140,9 +140,15 @@ int main(int argc, char **argv)
         = std::make_shared<QuillnestLog>(platform.clock, platform.folders.logs, QStringLiteral("churn.log"), false);
     const auto notifications = std::make_shared<ChangeNotifications>();
     AndroidRuntimeCLI runtime(platform, log);
+    AndroidRuntimeProvisioner provisioner(platform);
     AndroidWindowRegistry windows(WindowServices{platform, log, notifications, runtime.commands()});
     AppLibraryStore store(AppLibraryStore::Services{
-        .platform = platform, .log = log, .notifications = notifications, .runtime = runtime, .windows = windows});
+        .platform = platform,
+        .log = log,
+        .notifications = notifications,
+        .runtime = runtime,
+        .windows = windows,
+        .provisioner = provisioner});
 
     say("loaded", store.apps());
     for (Churn churn(store, folder, arguments[3].toUInt());;)

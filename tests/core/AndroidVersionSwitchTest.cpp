@@ -1,0 +1,137 @@
+#include "LaunchFixture.h"
+#include "core/CommandDispatcher.h"
+#include "runtime/AndroidVersions.h"
+
+#include <QDir>
+
+using namespace quillnest;
+
+namespace
+{
+
+using State = AppLibraryStore::AndroidState;
+
+class AndroidVersionSwitch : public LaunchFixture
+{
+protected:
+    AndroidRuntimePaths version(int api) const { return AndroidRuntimePaths::managed(fakes.platform, api); }
+    int stored() const { return fakes.settings->value(QStringLiteral("QuillnestAndroidAPI")).toInt(); }
+    QString logText() const { return QString::fromUtf8(fakes.readFile(log->path()).value_or(QByteArray())); }
+};
+
+} // namespace
+
+TEST_F(AndroidVersionSwitch, theSelectedCompleteVersionIsLeftAloneWithItsWindows)
+{
+    deviceIsUp();
+    const auto app = addApp(QStringLiteral("Tide"));
+    open(app);
+    const auto status = store->statusMessage();
+    store->switchAndroidVersion(35);
+    fakes.settle();
+    EXPECT_NE(registry->session(app.id), nullptr);
+    EXPECT_EQ(store->statusMessage(), status);
+    EXPECT_FALSE(fakes.settings->value(QStringLiteral("QuillnestAndroidAPI")).isValid());
+    EXPECT_FALSE(logText().contains(QStringLiteral("android version")));
+}
+
+TEST_F(AndroidVersionSwitch, aVersionThatIsThereTakesOver)
+{
+    install(33);
+    deviceIsUp();
+    const auto app = addApp(QStringLiteral("Tide"));
+    open(app);
+    store->switchAndroidVersion(33);
+    EXPECT_EQ(store->androidState(), State::sleeping);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 13"));
+    EXPECT_EQ(stored(), 33);
+    EXPECT_TRUE(logText().contains(QStringLiteral("android version: switching to API 33")));
+    EXPECT_TRUE(logText().contains(QStringLiteral("stopping Android runtime (Android version changed)")));
+    EXPECT_EQ(store->apps().size(), 1U);
+    ASSERT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    EXPECT_GE(fakes.processes->count(QStringLiteral("emu kill")), 1);
+}
+
+TEST_F(AndroidVersionSwitch, aVersionThatIsNotDownloadedClosesAllAndAsksForItsDownload)
+{
+    deviceIsUp();
+    open(addApp(QStringLiteral("Tide")));
+    store->switchAndroidVersion(36);
+    EXPECT_EQ(store->androidState(), State::notSetUp);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Android 16 needs a one-time download"));
+    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+    EXPECT_GE(fakes.processes->count(QStringLiteral("emu kill")), 1);
+}
+
+TEST_F(AndroidVersionSwitch, aPlanForTheOldVersionIsForgotten)
+{
+    QDir(version(35).sdkRoot).removeRecursively();
+    provisioner->prepare();
+    fakes.settle();
+    EXPECT_TRUE(std::holds_alternative<AndroidRuntimeProvisioner::Failed>(provisioner->phase()));
+    store->switchAndroidVersion(36);
+    EXPECT_TRUE(std::holds_alternative<AndroidRuntimeProvisioner::Idle>(provisioner->phase()));
+}
+
+TEST_F(AndroidVersionSwitch, theSelectedVersionIsRepairedIfItIsNotComplete)
+{
+    QFile::remove(version(35).systemImage());
+    store->switchAndroidVersion(35);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Android 15 needs a one-time download"));
+    EXPECT_EQ(stored(), 35);
+}
+
+TEST_F(AndroidVersionSwitch, thereAndBackAgain)
+{
+    install(33);
+    store->switchAndroidVersion(33);
+    store->switchAndroidVersion(35);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 15"));
+    EXPECT_EQ(AndroidRuntimePaths::current(fakes.platform), version(35));
+}
+
+TEST_F(AndroidVersionSwitch, theCommandTakesAnyNumberAndAnUnknownOneCountsAsTheDefault)
+{
+    CommandDispatcher commands(services(), *store);
+    install(33);
+    commands.run(QStringLiteral("android-version:33"));
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 13"));
+    commands.run(QStringLiteral("android-version:99"));
+    EXPECT_EQ(stored(), 99);
+    EXPECT_EQ(AndroidVersions::selected(*fakes.settings), 35);
+    EXPECT_EQ(store->androidState(), State::sleeping);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android (API 99)"));
+    commands.run(QStringLiteral("android-version:abc"));
+    EXPECT_EQ(stored(), 99);
+}
+
+TEST_F(AndroidVersionSwitch, deletingTheSelectedVersionDoesNothing)
+{
+    store->deleteAndroidVersion(35);
+    fakes.settle();
+    EXPECT_TRUE(version(35).isComplete());
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Ready"));
+}
+
+TEST_F(AndroidVersionSwitch, aDeletedVersionIsNoLongerInstalledAndTheOthersAre)
+{
+    install(33);
+    EXPECT_EQ(AndroidVersions::installed(fakes.platform), (std::vector{33, 35}));
+    store->deleteAndroidVersion(33);
+    fakes.settle();
+    EXPECT_EQ(AndroidVersions::installed(fakes.platform), std::vector{35});
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Deleted Android 13"));
+    EXPECT_TRUE(logText().contains(QStringLiteral("android version: deleted API 33")));
+    const auto stem = *version(33).avdHome + QLatin1Char('/') + version(33).avdName;
+    EXPECT_FALSE(QFile::exists(stem + QStringLiteral(".ini")));
+    EXPECT_FALSE(QFile::exists(stem + QStringLiteral(".avd")));
+    EXPECT_FALSE(QFile::exists(version(33).systemImage()));
+    EXPECT_TRUE(QFile::exists(version(33).emulator()));
+}
+
+TEST_F(AndroidVersionSwitch, deletingWhatIsNotThereSaysTheSame)
+{
+    store->deleteAndroidVersion(30);
+    fakes.settle();
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Deleted Android 11"));
+}
