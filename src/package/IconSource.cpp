@@ -18,10 +18,16 @@ constexpr std::size_t maximumDrawing = 400 * 1000;
 } // namespace
 
 IconSource::IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table)
+    : IconSource(tools, std::move(packagePath), table, WorkBudget(table.size()))
+{
+}
+
+IconSource::IconSource(
+    const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table, WorkBudget reading)
     : m_tools(tools)
     , m_packagePath(std::move(packagePath))
     , m_table(table)
-    , m_reading(table.size())
+    , m_reading(reading)
     , m_drawing(WorkBudget::ofAmount(maximumDrawing))
     , m_filesLeft(maximumFiles)
     , m_bytesLeft(maximumBytes)

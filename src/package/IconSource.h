@@ -15,8 +15,10 @@ class IconSource
 public:
     using Blob = std::vector<std::uint8_t>;
 
-    /// `table` is the package's resource table and outlives this.
+    /// `table` is the package's resource table and outlives this. What may be spent on reading follows from its size
+    /// unless it is given.
     IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table);
+    IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table, WorkBudget reading);
 
     Drawing &drawing() { return m_tools.drawing; }
     /// Writes a line to the log, made fit for it: one line, printable, of bounded length.
