@@ -12,6 +12,7 @@
 #include "benchmarks/MachineFacts.h"
 #include "benchmarks/OpeningsBench.h"
 #include "benchmarks/PanelIconsBench.h"
+#include "benchmarks/ReadersBench.h"
 #include "benchmarks/StartBench.h"
 #include "benchmarks/VideoPathBench.h"
 #include "benchmarks/WindowsBench.h"
@@ -27,10 +28,10 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
-    const std::vector<Benchmark> benchmarks{libraryBench(),  iconBench(),     vectorIconBench(), panelIconsBench(),
-                                            startBench(),    idleBench(),     adbBench(),        launchBench(),
-                                            frameAgeBench(), inputBench(),    videoPathBench(),  largeVideoPathBench(),
-                                            windowsBench(),  openingsBench(), longStreamBench()};
+    const std::vector<Benchmark> benchmarks{
+        libraryBench(),        iconBench(),    vectorIconBench(), readersBench(),   panelIconsBench(), startBench(),
+        idleBench(),           adbBench(),     launchBench(),     frameAgeBench(),  inputBench(),      videoPathBench(),
+        largeVideoPathBench(), windowsBench(), openingsBench(),   longStreamBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {

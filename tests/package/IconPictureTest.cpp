@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 using namespace quillnest;
 using namespace quillnest::build;
@@ -225,6 +226,45 @@ TEST_F(IconPicture, withoutABackgroundTheGroundIsTransparent)
     EXPECT_EQ(at(image, 0, 0), 0U);
     EXPECT_EQ(at(image, 96, 96), red);
     EXPECT_EQ(log.size(), 1U);
+}
+
+TEST_F(IconPicture, pathsThatMisleadTheUnpackerOrAShellLeadToNoIcon)
+{
+    const QTemporaryDir folder;
+    const QDir content(folder.filePath(QStringLiteral("content")));
+    ASSERT_TRUE(QDir().mkpath(content.filePath(QStringLiteral("res"))));
+    const auto write = [&content](const QString &name, const Blob &bytes) {
+        QFile file(content.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(reinterpret_cast<const char *>(bytes.data()), static_cast<qint64>(bytes.size()));
+    };
+    write(QStringLiteral("res/icon.xml"), compile({"color", {{"color", argb(red)}}}));
+    const auto mark = folder.filePath(QStringLiteral("shell-was-here"));
+    PosixChildProcesses real;
+    const APKIconExtractor::IconTools realTools{real, drawing, tools.log};
+    const auto apk = folder.filePath(QStringLiteral("app.apk"));
+    const auto iconAt = [&](const std::string &path) {
+        const auto resources = build::table({pool({path}), package(0x7F, {typeChunk(1, 0, {fullEntry(3, 0)})})});
+        write(
+            QStringLiteral("AndroidManifest.xml"),
+            compile({"manifest", {}, {{"application", {{"icon", reference(0x7F010000)}}}}}));
+        write(QStringLiteral("resources.arsc"), resources);
+        QFile::remove(apk);
+        QProcess zip;
+        zip.setWorkingDirectory(content.path());
+        zip.start(QStringLiteral("zip"), {QStringLiteral("-qr"), apk, QStringLiteral(".")});
+        EXPECT_TRUE(zip.waitForFinished() && zip.exitCode() == 0);
+        return APKIconExtractor::iconPNG(realTools, apk.toStdString());
+    };
+    EXPECT_TRUE(iconAt("res/icon.xml"));
+    for (const std::string &path :
+         {std::string("res/*.xml"), std::string("res/icon.?ml"), std::string("res/[i]con.xml"), std::string("*"),
+          std::string("-x"), std::string("-d/tmp"), std::string("../content/res/icon.xml"), std::string("/etc/passwd"),
+          std::string("res/icon.xml\0x", 14), std::string("$(touch " + mark.toStdString() + ")"),
+          std::string("`touch " + mark.toStdString() + "`"), std::string("; touch " + mark.toStdString()),
+          std::string("res/icon.xml\nres/icon.xml"), std::string("\\res/icon.xml"), std::string()})
+        EXPECT_FALSE(iconAt(path)) << path;
+    EXPECT_FALSE(QFile::exists(mark));
 }
 
 /// Drawables of the platform's own package as they have looked since they were first drawn and looked at. A rasterizer
