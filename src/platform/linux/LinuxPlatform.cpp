@@ -8,6 +8,7 @@
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtDrawing.h"
 #include "platform/desktop/QtExecutor.h"
+#include "platform/desktop/QtNetwork.h"
 #include "platform/desktop/ThemeSymbols.h"
 #include "platform/desktop/TrayStatusItems.h"
 #include "platform/linux/DBusCommandChannel.h"
@@ -16,6 +17,7 @@
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
+#include "platform/linux/UnzipArchives.h"
 #include "platform/linux/XdgLoginItems.h"
 
 #include <QCoreApplication>
@@ -38,6 +40,19 @@ QString baseFolder(const char *variable, const QString &fallback)
 QString configFolder()
 {
     return baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config"));
+}
+
+/// Another place for the package lists than Google's, for tests and demonstrations.
+std::optional<QUrl> repositoryFromEnvironment()
+{
+    auto text = qEnvironmentVariable("QUILLNEST_SDK_REPOSITORY");
+    if (text.isEmpty())
+        return std::nullopt;
+    // Addresses in a list are relative to a folder.
+    if (!text.endsWith(u'/'))
+        text += u'/';
+    const QUrl url(text, QUrl::StrictMode);
+    return url.isValid() && !url.isRelative() ? std::optional(url) : std::nullopt;
 }
 
 } // namespace
@@ -72,11 +87,15 @@ Platform linuxPlatform()
 {
     Platform platform;
     platform.profile = HostProfile::linuxX86_64();
+    if (const auto repository = repositoryFromEnvironment())
+        platform.profile.sdkRepository = *repository;
     platform.folders = linuxFolders();
     platform.clock = std::make_shared<QtClock>();
     platform.executor = std::make_shared<QtExecutor>();
     platform.settings = linuxSettings();
     platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.network = std::make_shared<QtNetwork>(platform.executor);
+    platform.archives = std::make_shared<UnzipArchives>(platform.processes);
     platform.commands = linuxCommandChannel();
     platform.pasteboard = std::make_shared<DesktopPasteboard>();
     platform.screens = std::make_shared<DesktopScreens>();

@@ -1,0 +1,407 @@
+#include "platform/linux/UnzipArchives.h"
+
+#include "packages/ZipWriter.h"
+#include "platform/linux/PosixChildProcesses.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <utime.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+using namespace quillnest;
+using standin::ZipWriter;
+
+namespace
+{
+
+class UnzipArchivesTest : public ::testing::Test
+{
+protected:
+    UnzipArchivesTest() { QDir().mkpath(target); }
+
+    bool unpack(const QByteArray &bytes) { return unpackFile(write(QStringLiteral("a.zip"), bytes)); }
+    bool unpack(const ZipWriter &zip) { return unpack(zip.archive()); }
+    bool unpackFile(const QString &file) { return archives.unpack(file, target); }
+
+    /// Refused, with nothing changed anywhere.
+    void expectRefused(const ZipWriter &zip)
+    {
+        const auto before = everything();
+        EXPECT_FALSE(unpack(zip));
+        EXPECT_TRUE(everything() == before) << qPrintable(everything().join(u'\n'));
+        EXPECT_FALSE(QFileInfo::exists(QStringLiteral("/escaped")));
+    }
+
+    QString write(const QString &name, const QByteArray &bytes) const
+    {
+        const auto path = QFileInfo(name).isAbsolute() ? name : outside.filePath(name);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return path;
+    }
+    QByteArray read(const QString &name) const
+    {
+        QFile file(target + QLatin1Char('/') + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+    }
+    mode_t mode(const QString &name) const
+    {
+        struct stat facts = {};
+        ::lstat(QFile::encodeName(target + QLatin1Char('/') + name).constData(), &facts);
+        return facts.st_mode;
+    }
+    QString link(const QString &name) const
+    {
+        return QFile::decodeName(
+            QByteArray::fromStdString(std::filesystem::read_symlink((target + QLatin1Char('/') + name).toStdString())));
+    }
+
+    /// Every path around and in the target but the archive's own, with what is in it.
+    QStringList everything() const
+    {
+        QStringList result;
+        for (const auto &entry : std::filesystem::recursive_directory_iterator(around.path().toStdString())) {
+            auto line = QString::fromStdString(entry.path().string());
+            QFile file(line);
+            if (entry.is_symlink())
+                line += QStringLiteral(" -> ") + QString::fromStdString(std::filesystem::read_symlink(entry.path()));
+            else if (file.open(QIODevice::ReadOnly))
+                line += QStringLiteral(": ") + QString::fromLatin1(file.readAll().toHex());
+            result.append(line);
+        }
+        result.sort();
+        return result;
+    }
+
+    const QTemporaryDir around;
+    const QTemporaryDir outside;
+    const QString target = around.filePath(QStringLiteral("sdk"));
+    UnzipArchives archives{std::make_shared<PosixChildProcesses>()};
+};
+
+} // namespace
+
+TEST_F(UnzipArchivesTest, filesFoldersLinksAndPermissions)
+{
+    ZipWriter zip;
+    zip.addFolder("tools");
+    zip.addFile("tools/adb", "program", 0755);
+    zip.addFile("tools/notes with spaces \xC3\xBC.txt", QByteArray(100'000, 'x'), 0640);
+    zip.addFolder("tools/empty");
+    zip.addFile("tools/lib/deep/er/file", "deep");
+    zip.addLink("tools/current", "lib/deep");
+    zip.addLink("tools/lib/deep/up", "../../adb");
+    zip.addFile("top", "alone");
+    ASSERT_TRUE(unpack(zip));
+    EXPECT_EQ(read(QStringLiteral("tools/adb")), "program");
+    EXPECT_EQ(mode(QStringLiteral("tools/adb")), S_IFREG | 0755U);
+    EXPECT_EQ(mode(QStringLiteral("tools/notes with spaces ü.txt")), S_IFREG | 0640U);
+    EXPECT_EQ(read(QStringLiteral("tools/notes with spaces ü.txt")), QByteArray(100'000, 'x'));
+    EXPECT_TRUE(S_ISDIR(mode(QStringLiteral("tools/empty"))));
+    EXPECT_EQ(link(QStringLiteral("tools/current")), QStringLiteral("lib/deep"));
+    EXPECT_EQ(read(QStringLiteral("tools/current/up")), "program");
+    EXPECT_EQ(read(QStringLiteral("top")), "alone");
+    EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+}
+
+TEST_F(UnzipArchivesTest, whatIsThereIsOverwrittenAndTheRestStays)
+{
+    write(target + QStringLiteral("/tools/adb"), "old");
+    write(target + QStringLiteral("/tools/plugin/own"), "own");
+    write(target + QStringLiteral("/tools/becomes-folder"), "file");
+    write(target + QStringLiteral("/tools/becomes-file/inside"), "inside");
+    write(target + QStringLiteral("/other/kept"), "kept");
+    QFile::link(QStringLiteral("plugin/own"), target + QStringLiteral("/tools/link"));
+    ZipWriter zip;
+    zip.addFile("tools/adb", "new", 0755);
+    zip.addFile("tools/plugin/theirs", "theirs");
+    zip.addFile("tools/becomes-folder/inside", "1");
+    zip.addFile("tools/becomes-file", "2");
+    ASSERT_TRUE(unpack(zip));
+    EXPECT_EQ(read(QStringLiteral("tools/adb")), "new");
+    EXPECT_EQ(mode(QStringLiteral("tools/adb")), S_IFREG | 0755U);
+    EXPECT_EQ(read(QStringLiteral("tools/plugin/own")), "own");
+    EXPECT_EQ(read(QStringLiteral("tools/plugin/theirs")), "theirs");
+    EXPECT_EQ(read(QStringLiteral("tools/becomes-folder/inside")), "1");
+    EXPECT_EQ(read(QStringLiteral("tools/becomes-file")), "2");
+    EXPECT_EQ(read(QStringLiteral("other/kept")), "kept");
+    EXPECT_EQ(link(QStringLiteral("tools/link")), QStringLiteral("plugin/own"));
+    EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+}
+
+TEST_F(UnzipArchivesTest, theSameTwiceIsTheSame)
+{
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program", 0755);
+    zip.addFolder("tools/closed", 0555);
+    zip.addFile("tools/closed/file", "closed");
+    ASSERT_TRUE(unpack(zip));
+    const auto once = everything();
+    ASSERT_TRUE(unpack(zip));
+    EXPECT_TRUE(everything() == once) << qPrintable(everything().join(u'\n'));
+}
+
+TEST_F(UnzipArchivesTest, linksInTheTargetAreReplacedAndNotFollowed)
+{
+    const auto elsewhere = outside.filePath(QStringLiteral("elsewhere"));
+    QDir().mkpath(elsewhere);
+    const auto victim = write(QStringLiteral("victim"), "untouched");
+    QFile::link(elsewhere, target + QStringLiteral("/tools"));
+    QDir().mkpath(target + QStringLiteral("/inner"));
+    QFile::link(elsewhere, target + QStringLiteral("/inner/folder"));
+    QFile::link(victim, target + QStringLiteral("/inner/file"));
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    zip.addFile("inner/folder/x", "x");
+    zip.addFile("inner/file", "file");
+    ASSERT_TRUE(unpack(zip));
+    EXPECT_TRUE(QDir(elsewhere).isEmpty());
+    EXPECT_TRUE(S_ISDIR(mode(QStringLiteral("tools"))));
+    EXPECT_TRUE(S_ISDIR(mode(QStringLiteral("inner/folder"))));
+    EXPECT_TRUE(S_ISREG(mode(QStringLiteral("inner/file"))));
+    QFile file(victim);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "untouched");
+}
+
+TEST_F(UnzipArchivesTest, aTargetThatIsALinkIsUnpackedIntoWhereItLeads)
+{
+    const auto real = around.filePath(QStringLiteral("big/disk"));
+    QDir().mkpath(real);
+    const auto named = around.filePath(QStringLiteral("named"));
+    QFile::link(real, named);
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    ASSERT_TRUE(archives.unpack(write(QStringLiteral("a.zip"), zip.archive()), named));
+    EXPECT_TRUE(QFileInfo(named).isSymLink());
+    EXPECT_TRUE(QFileInfo::exists(real + QStringLiteral("/tools/adb")));
+}
+
+TEST_F(UnzipArchivesTest, namesThatLeadOutAreRefused)
+{
+    for (const QByteArray name :
+         {"../escaped", "tools/../../escaped", "tools/../../../../../../../../escaped", "/escaped", "//escaped", "..",
+          "tools/..", "../", "..\\escaped", "tools/../escaped"}) {
+        SCOPED_TRACE(name.constData());
+        ZipWriter zip;
+        zip.addFile("tools/adb", "program");
+        zip.addFile(name, "bad");
+        expectRefused(zip);
+    }
+}
+
+TEST_F(UnzipArchivesTest, namesWithControlCharactersAreRefused)
+{
+    for (const QByteArray name : {"tools/a\nb", "tools/\x1b[2J", "a\x01/b", "tools/\x7f", "tools/a\tb"}) {
+        SCOPED_TRACE(name.toHex().constData());
+        ZipWriter zip;
+        zip.addFile(name, "bad");
+        expectRefused(zip);
+    }
+}
+
+TEST_F(UnzipArchivesTest, linksThatLeadOutAreRefused)
+{
+    for (const QByteArray aim :
+         {"/etc/passwd", "..", "../..", "../../etc/passwd", "x/../../../etc", "/", "plugin/../../..", "a\nb"}) {
+        SCOPED_TRACE(aim.constData());
+        ZipWriter zip;
+        zip.addFile("tools/adb", "program");
+        zip.addLink("tools/link", aim);
+        // From one folder down, a single step up stays inside.
+        if (aim == "..") {
+            EXPECT_TRUE(unpack(zip));
+            QDir(target + QStringLiteral("/tools")).removeRecursively();
+            ZipWriter top;
+            top.addLink("link", aim);
+            expectRefused(top);
+        } else {
+            expectRefused(zip);
+        }
+    }
+}
+
+TEST_F(UnzipArchivesTest, linksThatLeadOutByWayOfOthersAreRefused)
+{
+    ZipWriter chain;
+    chain.addFolder("a/b/c");
+    chain.addLink("short", "a/b/c");
+    // Inside as it is spelled, outside as it is followed.
+    chain.addLink("out", "short/../../../../x");
+    expectRefused(chain);
+    ZipWriter mixed;
+    mixed.addFile("a/b/c/file", "x");
+    mixed.addLink("a/b/c/top", "../../..");
+    mixed.addLink("sly", "a/b/c/top/..");
+    expectRefused(mixed);
+}
+
+TEST_F(UnzipArchivesTest, filesBelowALinkAreRefused)
+{
+    const auto elsewhere = outside.filePath(QStringLiteral("elsewhere"));
+    QDir().mkpath(elsewhere);
+    ZipWriter absolute;
+    absolute.addLink("tools", QFile::encodeName(elsewhere));
+    absolute.addFile("tools/escaped", "bad");
+    expectRefused(absolute);
+    ZipWriter inside;
+    inside.addFolder("real");
+    inside.addLink("tools", "real");
+    inside.addFile("tools/file", "bad");
+    expectRefused(inside);
+    ZipWriter twice;
+    twice.addLink("tools", QFile::encodeName(elsewhere + QStringLiteral("/escaped")));
+    twice.addFile("tools", "bad");
+    unpack(twice);
+    EXPECT_TRUE(QDir(elsewhere).isEmpty());
+    EXPECT_FALSE(QFileInfo(target + QStringLiteral("/tools")).isSymLink());
+}
+
+TEST_F(UnzipArchivesTest, specialFilesComeAsNothingSpecial)
+{
+    ZipWriter zip;
+    zip.add("tools/pipe", "x", S_IFIFO | 0644);
+    zip.add("tools/setuid", "x", S_IFREG | 04755);
+    unpack(zip);
+    EXPECT_FALSE(S_ISFIFO(mode(QStringLiteral("tools/pipe"))));
+    EXPECT_EQ(mode(QStringLiteral("tools/setuid")) & (S_ISUID | S_ISGID), 0U);
+}
+
+TEST_F(UnzipArchivesTest, brokenArchivesAreRefused)
+{
+    ZipWriter zip;
+    zip.addFile("tools/adb", QByteArray(5000, 'a') + "middle" + QByteArray(5000, 'b'), 0755);
+    const auto good = zip.archive();
+    for (const auto size : {qsizetype(0), qsizetype(10), good.size() / 2, good.size() - 1}) {
+        EXPECT_FALSE(unpack(good.first(size))) << size;
+    }
+    auto changed = good;
+    // In the packed content, behind the header and the name.
+    changed[50] = static_cast<char>(changed[50] ^ 0x55);
+    EXPECT_FALSE(unpack(changed));
+    EXPECT_FALSE(unpack("no archive at all"));
+    EXPECT_FALSE(archives.unpack(outside.filePath(QStringLiteral("none.zip")), target));
+    EXPECT_FALSE(archives.unpack(write(QStringLiteral("good.zip"), good), around.filePath(QStringLiteral("none"))));
+    EXPECT_TRUE(QDir(target).isEmpty());
+    EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+}
+
+TEST_F(UnzipArchivesTest, anEncryptedArchiveAsksNobody)
+{
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    auto bytes = zip.archive();
+    // The bit of encryption, in the entry's header and in the directory.
+    bytes[6] = static_cast<char>(bytes[6] | 1);
+    const auto line = bytes.indexOf("PK\x01\x02");
+    bytes[line + 8] = static_cast<char>(bytes[line + 8] | 1);
+    EXPECT_FALSE(unpack(bytes));
+    EXPECT_TRUE(QDir(target).isEmpty());
+}
+
+TEST_F(UnzipArchivesTest, theToolsOwnVariablesChangeNothing)
+{
+    ::setenv("UNZIP", "-j", 1);
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    EXPECT_TRUE(unpack(zip));
+    ::unsetenv("UNZIP");
+    EXPECT_EQ(read(QStringLiteral("tools/adb")), "program");
+}
+
+TEST_F(UnzipArchivesTest, whatAKilledRunLeftGoesWithTheNext)
+{
+    const auto left = around.filePath(QStringLiteral(".quillnest-unpack-killed"));
+    write(left + QStringLiteral("/lock"), {});
+    write(left + QStringLiteral("/tree/tools/adb"), "half");
+    ::chmod(QFile::encodeName(left + QStringLiteral("/tree/tools")).constData(), 0500);
+    const auto early = around.filePath(QStringLiteral(".quillnest-unpack-early"));
+    QDir().mkpath(early);
+    const utimbuf longAgo{1'000'000'000, 1'000'000'000};
+    ::utime(QFile::encodeName(early).constData(), &longAgo);
+    const auto strange = around.filePath(QStringLiteral(".quillnest-other"));
+    QDir().mkpath(strange);
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    ASSERT_TRUE(unpack(zip));
+    EXPECT_FALSE(QFileInfo::exists(left));
+    EXPECT_FALSE(QFileInfo::exists(early));
+    EXPECT_TRUE(QFileInfo::exists(strange));
+}
+
+TEST_F(UnzipArchivesTest, whatSomebodyWorksInStays)
+{
+    const auto busy = around.filePath(QStringLiteral(".quillnest-unpack-busy"));
+    const auto lock = write(busy + QStringLiteral("/lock"), {});
+    const int descriptor = ::open(QFile::encodeName(lock).constData(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(descriptor, LOCK_EX | LOCK_NB), 0);
+    const auto begun = around.filePath(QStringLiteral(".quillnest-unpack-begun"));
+    QDir().mkpath(begun);
+    ZipWriter zip;
+    zip.addFile("tools/adb", "program");
+    EXPECT_TRUE(unpack(zip));
+    EXPECT_TRUE(QFileInfo::exists(lock));
+    EXPECT_TRUE(QFileInfo::exists(begun));
+    ::close(descriptor);
+}
+
+TEST_F(UnzipArchivesTest, whoeverLooksFindsATopLevelFolderWhole)
+{
+    // Two versions of a tool of two files that only work together.
+    const auto version = [](char letter) {
+        ZipWriter zip;
+        for (int i = 0; i < 40; ++i)
+            zip.addFile("tools/part" + QByteArray::number(i), QByteArray(2000, letter));
+        return zip.archive();
+    };
+    const auto first = write(QStringLiteral("first.zip"), version('a'));
+    const auto second = write(QStringLiteral("second.zip"), version('b'));
+    ASSERT_TRUE(unpackFile(first));
+    std::atomic<bool> ended = false;
+    int looks = 0;
+    int mixed = 0;
+    std::thread looking([&] {
+        while (!ended) {
+            // By a descriptor: what is read belongs to one and the same folder.
+            const auto path = QFile::encodeName(target + QStringLiteral("/tools"));
+            const int folder = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            if (folder < 0) {
+                ++mixed;
+                continue;
+            }
+            QByteArray letters;
+            for (const auto *name : {"part0", "part39"}) {
+                const int part = ::openat(folder, name, O_RDONLY | O_CLOEXEC);
+                char letter = '?';
+                if (part >= 0 && ::read(part, &letter, 1) == 1)
+                    letters += letter;
+                ::close(part);
+            }
+            ::close(folder);
+            // A folder that is on its way out may have lost its files, but never has another's.
+            if (letters == "ab" || letters == "ba")
+                ++mixed;
+            ++looks;
+        }
+    });
+    for (int i = 0; i < 10; ++i)
+        EXPECT_TRUE(unpackFile(i % 2 == 0 ? second : first));
+    ended = true;
+    looking.join();
+    EXPECT_EQ(mixed, 0);
+    EXPECT_GT(looks, 10);
+}
