@@ -1,0 +1,272 @@
+#include "launcher/RuntimeSetupView.h"
+
+#include "fakes/FakeNetwork.h"
+#include "fakes/FakePlatform.h"
+#include "launcher/LicenceSheet.h"
+#include "launcher/ProgressBar.h"
+#include "launcher/PushButton.h"
+#include "launcher/Spinner.h"
+#include "platform/desktop/ThemeSymbols.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+using namespace quillnest;
+
+namespace
+{
+
+using Provisioner = AndroidRuntimeProvisioner;
+
+const QUrl tools(QStringLiteral("https://dl.google.com/android/repository/repository2-3.xml"));
+const QUrl images(QStringLiteral("https://dl.google.com/android/repository/sys-img/android/sys-img2-3.xml"));
+
+QByteArray package(const QByteArray &path, const QByteArray &size)
+{
+    return "<remotePackage path='" + path + "'><revision><major>3</major></revision><display-name>The " + path.left(8)
+        + "</display-name><uses-license ref='android-sdk-license'/><archives><archive><complete><size>" + size
+        + "</size><checksum>00</checksum><url>a.zip</url></complete></archive></archives></remotePackage>";
+}
+
+class RuntimeSetupViewTest : public ::testing::Test
+{
+protected:
+    RuntimeSetupViewTest()
+    {
+        fakes.platform.network = network;
+        fakes.platform.symbols = std::make_shared<ThemeSymbols>();
+        network->answers[tools]
+            = {200,
+               "<r><license id='android-sdk-license'>Terms\n  &lt;b&gt;as written&lt;/b&gt;</license>"
+                   + package("platform-tools", "6500000") + package("emulator", "300000000") + "</r>"};
+        network->answers[images]
+            = {200, "<r>" + package("system-images;android-35;default;x86_64", "1200000000") + "</r>"};
+        provisioner = std::make_unique<Provisioner>(fakes.platform);
+        panel.resize(390, 760);
+        auto *layout = new QVBoxLayout(&panel);
+        view = new RuntimeSetupView(fakes.platform, *provisioner, &panel);
+        layout->addWidget(view);
+        layout->addStretch(1);
+    }
+
+    void settle()
+    {
+        fakes.settle();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    /// On screen, as far as the question.
+    void offer()
+    {
+        panel.show();
+        settle();
+    }
+
+    bool shows(const QString &text) const
+    {
+        for (const auto *label : panel.findChildren<QLabel *>()) {
+            if (label->isVisible() && label->text() == text)
+                return true;
+        }
+        return false;
+    }
+    PushButton *button(const char *name) const
+    {
+        for (auto *candidate : panel.findChildren<PushButton *>()) {
+            if (candidate->isVisible() && candidate->accessibleName() == QString::fromUtf8(name))
+                return candidate;
+        }
+        return nullptr;
+    }
+    /// The button on the licence sheet, which lies over the others.
+    PushButton *sheetButton(const char *name) const
+    {
+        for (auto *candidate : sheet()->findChildren<PushButton *>()) {
+            if (candidate->accessibleName() == QString::fromUtf8(name))
+                return candidate;
+        }
+        return nullptr;
+    }
+    LicenceSheet *sheet() const { return panel.findChild<LicenceSheet *>(); }
+    template <typename Phase> bool is() const { return std::holds_alternative<Phase>(provisioner->phase()); }
+
+    FakePlatform fakes = fakePlatform();
+    std::shared_ptr<FakeNetwork> network = std::make_shared<FakeNetwork>();
+    std::unique_ptr<Provisioner> provisioner;
+    QWidget panel;
+    RuntimeSetupView *view = nullptr;
+};
+
+} // namespace
+
+TEST_F(RuntimeSetupViewTest, itPreparesWhenItComesOnScreen)
+{
+    EXPECT_TRUE(is<Provisioner::Idle>());
+    panel.show();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(is<Provisioner::Checking>());
+    EXPECT_TRUE(shows(QStringLiteral("Set up Android")));
+    EXPECT_TRUE(shows(QStringLiteral("One-time download from Google")));
+    EXPECT_TRUE(shows(QStringLiteral("Checking Google's Android packages…")));
+    EXPECT_TRUE(panel.findChild<Spinner *>());
+}
+
+TEST_F(RuntimeSetupViewTest, theConsentNamesWhatIsDownloadedAndItsSize)
+{
+    QLocale::setDefault(QLocale::c());
+    offer();
+    EXPECT_TRUE(shows(QStringLiteral(
+        "Quillnest runs Android apps on Google's Android Emulator. It downloads the emulator, platform-tools and the "
+        "Android 15 system image (1.5 GB) directly from Google after you accept Google's licence.")));
+    EXPECT_TRUE(button("Read licence…"));
+    EXPECT_TRUE(button("Accept & Download"));
+    EXPECT_FALSE(sheet());
+}
+
+TEST_F(RuntimeSetupViewTest, aVersionSwitchDoesNotSpeakOfTheTools)
+{
+    QLocale::setDefault(QLocale::c());
+    RuntimeArchive image;
+    image.size = 1200000000;
+    const RuntimePlan plan{{image}, {}};
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), 36);
+    EXPECT_EQ(
+        RuntimeSetupView::consentText(fakes.platform, plan),
+        QStringLiteral("Quillnest runs Android apps on Google's Android Emulator. It downloads the Android 16 system image "
+                       "(1.2 GB) directly from Google after you accept Google's licence."));
+}
+
+TEST_F(RuntimeSetupViewTest, bothButtonsOpenTheLicencesAndNothingMore)
+{
+    for (const auto *name : {"Read licence…", "Accept & Download"}) {
+        offer();
+        QTest::mouseClick(button(name), Qt::LeftButton);
+        ASSERT_TRUE(sheet()) << name;
+        EXPECT_TRUE(shows(QStringLiteral("Google Android SDK licence")));
+        EXPECT_TRUE(shows(QStringLiteral(
+            "You are accepting this licence with Google. Quillnest only downloads the packages for you.")));
+        const auto text = sheet()->findChild<QTextBrowser *>()->toPlainText();
+        EXPECT_TRUE(text.startsWith(QStringLiteral("android-sdk-license\n\nTerms\n  <b>as written</b>")))
+            << text.toStdString();
+        EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+        QTest::mouseClick(sheetButton("Decline"), Qt::LeftButton);
+        settle();
+        EXPECT_FALSE(sheet());
+    }
+}
+
+TEST_F(RuntimeSetupViewTest, whoDeclinesCanLookAgain)
+{
+    offer();
+    QTest::mouseClick(button("Accept & Download"), Qt::LeftButton);
+    QTest::mouseClick(sheetButton("Decline"), Qt::LeftButton);
+    settle();
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+    EXPECT_TRUE(network->downloads.empty());
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    QTest::mouseClick(sheetButton("Accept & Download"), Qt::LeftButton);
+    settle();
+    EXPECT_TRUE(is<Provisioner::Downloading>());
+    EXPECT_FALSE(sheet());
+}
+
+TEST_F(RuntimeSetupViewTest, escapeDeclines)
+{
+    offer();
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    QTest::keyClick(sheet()->findChild<QTextBrowser *>(), Qt::Key_Escape);
+    settle();
+    EXPECT_FALSE(sheet());
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+}
+
+TEST_F(RuntimeSetupViewTest, theKeyboardStaysOnTheSheet)
+{
+    offer();
+    QApplication::setActiveWindow(&panel);
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    QStringList visited;
+    for (int i = 0; i < 4; ++i) {
+        auto *const focused = panel.focusWidget();
+        ASSERT_TRUE(focused && sheet()->isAncestorOf(focused));
+        visited.append(focused->accessibleName());
+        QTest::keyClick(focused, Qt::Key_Tab);
+    }
+    EXPECT_EQ(
+        visited,
+        (QStringList{
+            QStringLiteral("Licence text"), QStringLiteral("Decline"), QStringLiteral("Accept & Download"),
+            QStringLiteral("Licence text")}));
+}
+
+TEST_F(RuntimeSetupViewTest, progressIsNamedWithItsShare)
+{
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    EXPECT_TRUE(shows(QStringLiteral("Downloading The platform…")));
+    EXPECT_TRUE(shows(QStringLiteral("0%")));
+    const auto *bar = panel.findChild<ProgressBar *>();
+    ASSERT_TRUE(bar);
+    network->downloads.at(0)->events.onWrite(2999, 10000);
+    EXPECT_TRUE(shows(QStringLiteral("29%")));
+    EXPECT_EQ(bar->value(), 300);
+    EXPECT_EQ(panel.findChild<ProgressBar *>(), bar);
+}
+
+TEST_F(RuntimeSetupViewTest, aFailureIsToldAndTriedAgainWithANewConsent)
+{
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    network->downloads.at(0)->events.onCompleted(QStringLiteral("Connection closed"));
+    settle();
+    EXPECT_TRUE(shows(QStringLiteral("Download failed: Connection closed")));
+    ASSERT_TRUE(button("Try again"));
+    QTest::mouseClick(button("Try again"), Qt::LeftButton);
+    EXPECT_TRUE(is<Provisioner::Checking>());
+    settle();
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+    EXPECT_TRUE(button("Accept & Download"));
+}
+
+TEST_F(RuntimeSetupViewTest, aCompleteRuntimeIsReadyAtOnce)
+{
+    const auto paths = AndroidRuntimePaths::managed(fakes.platform, 35);
+    const auto place = [this](const QString &path, bool executable) {
+        fakes.writeFile(path.mid(fakes.home->path().size() + 1), "x", executable);
+    };
+    place(paths.adb(), true);
+    place(paths.emulator(), true);
+    place(paths.systemImage(), false);
+    place(*paths.avdHome + QLatin1Char('/') + paths.avdName + QStringLiteral(".ini"), false);
+    place(*paths.avdHome + QLatin1Char('/') + paths.avdName + QStringLiteral(".avd/config.ini"), false);
+    panel.show();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(shows(QStringLiteral("Android is ready")));
+    EXPECT_TRUE(network->fetched.isEmpty());
+}
+
+TEST_F(RuntimeSetupViewTest, aSwitchWhileItIsOnScreenMakesANewPlan)
+{
+    offer();
+    provisioner->reset();
+    settle();
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+    EXPECT_EQ(network->fetched.size(), 4);
+}
+
+TEST_F(RuntimeSetupViewTest, nothingTurnsWhileNothingIsSeen)
+{
+    panel.show();
+    QCoreApplication::processEvents();
+    EXPECT_GT(fakes.clock->pending(), 0U);
+    panel.hide();
+    EXPECT_EQ(fakes.clock->pending(), 0U);
+}
