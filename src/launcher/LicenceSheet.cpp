@@ -79,8 +79,8 @@ LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLi
 
     auto *ground = new QFrame(m_card);
     ground->setObjectName(QStringLiteral("licences"));
-    ground->setStyleSheet(QStringLiteral("#licences { background: %1; border-radius: 8px; }")
-                              .arg(colors.field.name(QColor::HexArgb)));
+    ground->setStyleSheet(
+        QStringLiteral("#licences { background: %1; border-radius: 8px; }").arg(colors.field.name(QColor::HexArgb)));
     ground->setMaximumHeight(textHeight);
     auto *inside = new QVBoxLayout(ground);
     inside->setContentsMargins(2, 2, 2, 2);
@@ -175,8 +175,9 @@ void LicenceSheet::paintEvent(QPaintEvent *)
         painter.setBrush(QColor(0, 0, 0, 9));
         painter.drawRoundedRect(card.adjusted(-i, -i + 2, i, i + 2), 12 + i, 12 + i);
     }
+    painter.setPen(QPen(colors.separator, 1));
     painter.setBrush(colors.windowBackground);
-    painter.drawRoundedRect(card, 12, 12);
+    painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), 12, 12);
 }
 
 } // namespace quillnest

@@ -38,8 +38,10 @@ RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvi
     auto *header = new QVBoxLayout;
     header->setContentsMargins(symbolSize + 12, 0, 0, 0);
     header->setSpacing(1);
-    header->addWidget(text(QStringLiteral("Set up Android"), 15));
-    header->addWidget(text(QStringLiteral("One-time download from Google"), 12));
+    m_title = text(QStringLiteral("Set up Android"), 15);
+    m_subtitle = text(QStringLiteral("One-time download from Google"), 12);
+    header->addWidget(m_title);
+    header->addWidget(m_subtitle);
     whole->addLayout(header);
     whole->addWidget(m_content);
 
@@ -55,6 +57,8 @@ RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvi
     if (platform.appearance) {
         connect(platform.appearance.get(), &Appearance::changed, this, [this] {
             m_component.clear();
+            setColor(m_title, true);
+            setColor(m_subtitle, false);
             refresh();
         });
     }
@@ -130,15 +134,20 @@ QVBoxLayout *RuntimeSetupView::clear()
 
 QLabel *RuntimeSetupView::text(const QString &words, int points)
 {
-    const auto colors = Palette::current(m_platform);
     auto *label = new QLabel(words, this);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setFont(interfaceFont(points, points > 13 ? QFont::DemiBold : QFont::Normal));
-    auto palette = label->palette();
-    palette.setColor(QPalette::WindowText, points > 12 ? colors.label : colors.secondaryLabel);
-    label->setPalette(palette);
+    setColor(label, points > 12);
     return label;
+}
+
+void RuntimeSetupView::setColor(QLabel *label, bool isPrimary)
+{
+    const auto colors = Palette::current(m_platform);
+    auto palette = label->palette();
+    palette.setColor(QPalette::WindowText, isPrimary ? colors.label : colors.secondaryLabel);
+    label->setPalette(palette);
 }
 
 void RuntimeSetupView::showBusy(const QString &words)

@@ -41,10 +41,13 @@ private:
     void showReady();
     void showFailure(const QString &text);
     QLabel *text(const QString &words, int points);
+    void setColor(QLabel *label, bool isPrimary);
     void openLicences();
 
     const Platform &m_platform;
     AndroidRuntimeProvisioner &m_provisioner;
+    QLabel *m_title = nullptr;
+    QLabel *m_subtitle = nullptr;
     QWidget *m_content = nullptr;
     /// While a download's progress is on screen, so that it moves in place of being built anew.
     QPointer<ProgressBar> m_progress;

@@ -137,8 +137,9 @@ TEST_F(RuntimeSetupViewTest, aVersionSwitchDoesNotSpeakOfTheTools)
     fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), 36);
     EXPECT_EQ(
         RuntimeSetupView::consentText(fakes.platform, plan),
-        QStringLiteral("Quillnest runs Android apps on Google's Android Emulator. It downloads the Android 16 system image "
-                       "(1.2 GB) directly from Google after you accept Google's licence."));
+        QStringLiteral(
+            "Quillnest runs Android apps on Google's Android Emulator. It downloads the Android 16 system image "
+            "(1.2 GB) directly from Google after you accept Google's licence."));
 }
 
 TEST_F(RuntimeSetupViewTest, bothButtonsOpenTheLicencesAndNothingMore)
@@ -260,6 +261,22 @@ TEST_F(RuntimeSetupViewTest, aSwitchWhileItIsOnScreenMakesANewPlan)
     settle();
     EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
     EXPECT_EQ(network->fetched.size(), 4);
+}
+
+TEST_F(RuntimeSetupViewTest, theHeaderFollowsTheAppearance)
+{
+    panel.show();
+    const auto color = [this] {
+        for (const auto *label : panel.findChildren<QLabel *>()) {
+            if (label->text() == u"Set up Android")
+                return label->palette().color(QPalette::WindowText);
+        }
+        return QColor();
+    };
+    const auto light = color();
+    fakes.appearance->setDark(true);
+    EXPECT_LT(light.lightness(), 100);
+    EXPECT_GT(color().lightness(), 200);
 }
 
 TEST_F(RuntimeSetupViewTest, nothingTurnsWhileNothingIsSeen)
