@@ -53,7 +53,9 @@ double since(const QElapsedTimer &timer)
 
 /// From the panel's making until all pictures are there. A turn is what the main thread does between two looks at its
 /// events; making and showing the panel is the first.
-Filling fill(const Platform &platform, AppLibraryStore &store, const std::shared_ptr<QuillnestLog> &log)
+Filling fill(
+    const Platform &platform, AppLibraryStore &store, AndroidWindowRegistry &windows,
+    const std::shared_ptr<QuillnestLog> &log)
 {
     Filling result;
     QElapsedTimer whole;
@@ -61,7 +63,8 @@ Filling fill(const Platform &platform, AppLibraryStore &store, const std::shared
     QElapsedTimer turn;
     turn.start();
     AppIconStore icons(platform, log);
-    MenuPanel panel(platform, store, icons);
+    const PanelServices services{.platform = platform, .store = store, .icons = icons, .windows = windows};
+    MenuPanel panel(services);
     panel.resize(390, 760);
     panel.show();
     result.worstTurn = since(turn);
@@ -102,10 +105,10 @@ void run(BenchReport &report)
         Samples warmWhole;
         for (int round = 0; round < rounds; ++round) {
             QDir(QuillnestFolders::icons(platform.folders)).removeRecursively();
-            const auto cold = fill(platform, store, log);
+            const auto cold = fill(platform, store, windows, log);
             coldTurn.add(cold.worstTurn);
             coldWhole.add(cold.whole);
-            const auto warm = fill(platform, store, log);
+            const auto warm = fill(platform, store, windows, log);
             warmTurn.add(warm.worstTurn);
             warmWhole.add(warm.whole);
         }

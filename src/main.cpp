@@ -3,12 +3,17 @@
 #include "core/QuillnestApp.h"
 #include "launcher/Glyph.h"
 #include "launcher/MenuPanel.h"
+#include "launcher/RuntimeSetupView.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/TerminationSignals.h"
+#include "runtime/AndroidAdBlock.h"
 #include "windows/InterfaceStyle.h"
 #include "windows/Palette.h"
 
 #include <QApplication>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QPointer>
 #include <QWindow>
 
 int main(int argc, char **argv)
@@ -37,13 +42,50 @@ int main(int argc, char **argv)
         quillnest.terminate();
         QCoreApplication::exit(0);
     };
+    // The store comes with the start and the panels after it.
+    std::optional<PanelServices> panels;
+    const auto services = [&]() -> const PanelServices & {
+        if (!panels)
+            panels.emplace(PanelServices{
+                .platform = quillnest.platform(),
+                .store = quillnest.store(),
+                .icons = quillnest.icons(),
+                .windows = quillnest.windows(),
+                .locks = quillnest.locks(),
+                .makeSetupView =
+                    [&quillnest](QWidget *parent) {
+                        return new RuntimeSetupView(quillnest.platform(), quillnest.provisioner(), parent);
+                    },
+                .applyAdBlock =
+                    [&quillnest] {
+                        quillnest.platform().executor->inBackground(
+                            [commands = quillnest.commands()] { AndroidAdBlock::apply(*commands); });
+                    },
+                .quit = quit});
+        return *panels;
+    };
+    QPointer<MenuPanel> panel;
+    const auto reportTiles = [&panel] {
+        QJsonArray tiles;
+        if (!panel)
+            return tiles;
+        for (const auto &tile : panel->placedTiles()) {
+            tiles.append(QJsonObject{
+                {QStringLiteral("id"), uuidText(tile.id)},
+                {QStringLiteral("name"), tile.name},
+                {QStringLiteral("x"), tile.area.x()},
+                {QStringLiteral("y"), tile.area.y()},
+                {QStringLiteral("width"), tile.area.width()},
+                {QStringLiteral("height"), tile.area.height()}});
+        }
+        return tiles;
+    };
     quillnest.start(
         QApplication::arguments(),
-        {.makePanel
-         = [&quillnest] { return new MenuPanel(quillnest.platform(), quillnest.store(), quillnest.icons()); },
-         .paintPanel
-         = [&quillnest] { return MenuPanel::snapshot(quillnest.platform(), quillnest.store(), quillnest.icons()); },
+        {.makePanel = [&] { return panel = new MenuPanel(services()); },
+         .paintPanel = [&] { return MenuPanel::snapshot(services()); },
          .paintGlyph = [] { return glyphImage(128); },
+         .reportTiles = reportTiles,
          .quit = quit});
     QObject::connect(&termination, &TerminationSignals::requested, &quillnest, quit);
     // The session manager's way to the end.

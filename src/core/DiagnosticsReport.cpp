@@ -80,9 +80,32 @@ QJsonObject window(const AndroidWindowSession &session)
     };
 }
 
+QJsonObject setup(const AndroidRuntimeProvisioner::Phase &phase)
+{
+    using Provisioner = AndroidRuntimeProvisioner;
+    const auto named = [](const QString &name, const QString &text = {}) {
+        return QJsonObject{{QStringLiteral("phase"), name}, {QStringLiteral("text"), text}};
+    };
+    if (const auto *download = std::get_if<Provisioner::Downloading>(&phase)) {
+        auto result = named(QStringLiteral("downloading"), download->component);
+        result.insert(QStringLiteral("fraction"), download->fraction);
+        return result;
+    }
+    if (const auto *step = std::get_if<Provisioner::Installing>(&phase))
+        return named(QStringLiteral("installing"), step->text);
+    if (const auto *failure = std::get_if<Provisioner::Failed>(&phase))
+        return named(QStringLiteral("failed"), failure->text);
+    if (std::holds_alternative<Provisioner::Checking>(phase))
+        return named(QStringLiteral("checking"));
+    if (std::holds_alternative<Provisioner::NeedsAcceptance>(phase))
+        return named(QStringLiteral("needsAcceptance"));
+    return named(std::holds_alternative<Provisioner::Ready>(phase) ? QStringLiteral("ready") : QStringLiteral("idle"));
+}
+
 } // namespace
 
-QJsonObject diagnosticsReport(const AppLibraryStore &store, const AndroidWindowRegistry &windows)
+QJsonObject diagnosticsReport(
+    const AppLibraryStore &store, const AndroidWindowRegistry &windows, const AndroidRuntimeProvisioner &provisioner)
 {
     QJsonArray apps;
     for (const auto &app : store.apps()) {
@@ -99,6 +122,7 @@ QJsonObject diagnosticsReport(const AppLibraryStore &store, const AndroidWindowR
     return {
         {QStringLiteral("androidState"), stateText(store.androidState())},
         {QStringLiteral("statusMessage"), store.statusMessage()},
+        {QStringLiteral("setup"), setup(provisioner.phase())},
         {QStringLiteral("launchingAppID"), launching ? QJsonValue(uuidText(*launching)) : QJsonValue()},
         {QStringLiteral("apps"), apps},
         {QStringLiteral("windows"), sessions},

@@ -74,7 +74,11 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     });
     if (!m_platform.commands->listen())
         m_log->write(QStringLiteral("command channel unavailable"));
-    m_platform.diagnostics->serve([this] { return QJsonDocument(diagnosticsReport(*m_store, m_windows)).toJson(); });
+    m_platform.diagnostics->serve([this] {
+        auto report = diagnosticsReport(*m_store, m_windows, m_provisioner);
+        report.insert(QStringLiteral("tiles"), m_interface.reportTiles ? m_interface.reportTiles() : QJsonArray());
+        return QJsonDocument(report).toJson();
+    });
     if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestSnapshots"), false))
         later(snapshotDelay, [this] { m_store->writeMenuSnapshot(); });
     AndroidDarkMode::startObserving(m_runtime.commands());

@@ -11,6 +11,7 @@
 #include "windows/AndroidAppPanel.h"
 #include "windows/AndroidWindowRegistry.h"
 
+#include <QJsonArray>
 #include <QObject>
 #include <QStringList>
 
@@ -36,6 +37,8 @@ public:
         /// The diagnostic pictures.
         std::function<QImage()> paintPanel;
         std::function<QImage()> paintGlyph;
+        /// The tiles of the launcher that are on the screen, for the diagnostic report.
+        std::function<QJsonArray()> reportTiles;
         /// Ends the program by way of `terminate`.
         std::function<void()> quit;
     };
@@ -48,6 +51,8 @@ public:
     AndroidWindowRegistry &windows() { return m_windows; }
     AndroidRuntimeProvisioner &provisioner() { return m_provisioner; }
     const Platform &platform() const { return m_platform; }
+    const std::shared_ptr<AppLocking> &locks() const { return m_locks; }
+    std::shared_ptr<const AndroidCommands> commands() const { return m_runtime.commands(); }
 
     /// The steps from here until the status item stands, with the process's arguments.
     void start(const QStringList &arguments, Interface interface);

@@ -1,13 +1,12 @@
 #include "launcher/AppTile.h"
 
-#include "windows/Palette.h"
+#include "base/QuillnestSettings.h"
+#include "launcher/AppIcon.h"
+#include "launcher/ContinuousCorners.h"
 
-#include <QKeyEvent>
-#include <QLinearGradient>
-#include <QPainter>
-#include <QTextBoundaryFinder>
+#include <QTextLayout>
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 
 namespace quillnest
@@ -16,134 +15,183 @@ namespace quillnest
 namespace
 {
 
-constexpr int iconSide = 56;
-constexpr double iconRadius = 13;
+constexpr double topMargin = 8;
+constexpr double labelGap = 4;
+constexpr double labelHeight = 16;
+constexpr double dotSize = 4;
+constexpr double unreadSize = 10;
+constexpr double unreadStroke = 2;
+constexpr double widestGround = 104;
+constexpr int shortcutCount = 9;
 
-/// A colour that stays with a name.
-QColor colorFor(const QString &name)
+int labelLines(ThemeStyle style)
 {
-    constexpr std::array<QRgb, 8> colors{0x4C6FFF, 0x00A37A, 0xE5653A, 0xB455D9,
-                                         0xD9457E, 0x2597C9, 0x9A7B1F, 0x5E6472};
-    return QColor(colors[qHash(name, 0) % colors.size()]);
+    return style == ThemeStyle::oneui ? 2 : 1;
 }
 
-QString firstGrapheme(const QString &text)
+QFont labelFont(ThemeStyle style)
 {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    const auto end = finder.toNextBoundary();
-    return end > 0 ? text.left(end).toUpper() : QString();
+    if (style == ThemeStyle::classic) {
+        auto font = interfaceFont(11, QFont::Medium);
+        // Fonts are set in whole pixels; a touch of narrowness makes 11 look the 10.5 that are wanted.
+        font.setStretch(96);
+        return font;
+    }
+    return style == ThemeStyle::pixel ? roundedFont(11) : interfaceFont(11);
+}
+
+/// On the outline of an icon, where its corner's diagonal meets it.
+double cornerInset(double size, ThemeStyle style)
+{
+    return AppIcon::radius(size, style) * (1 - std::sqrt(0.5));
+}
+
+/// A word in its own direction, whatever the interface's is.
+QTextOption centered(QTextOption::WrapMode wrap)
+{
+    QTextOption option(Qt::AlignHCenter);
+    option.setWrapMode(wrap);
+    option.setTextDirection(Qt::LayoutDirectionAuto);
+    return option;
 }
 
 } // namespace
 
-AppTile::AppTile(const Platform &platform, const MobileApp &app, QWidget *parent)
-    : QAbstractButton(parent), m_platform(platform), m_name(app.displayName()), m_color(colorFor(m_name))
+QRectF AppTile::iconArea(const QRectF &tile)
 {
-    setFixedSize(sizeHint());
-    setAccessibleName(m_name);
-    setToolTip(app.name);
-    setFocusPolicy(Qt::StrongFocus);
+    return {std::round(tile.center().x() - iconSize / 2), tile.top() + topMargin, iconSize, iconSize};
 }
 
-void AppTile::setMarks(Marks marks)
+AppTile::Marks AppTile::marks(const PanelServices &services, QUuid id)
 {
-    m_marks = marks;
-    update();
+    return {
+        .launching = services.store.launchingAppID() == id,
+        .running = services.store.runningAppIDs().contains(id),
+        .unread = services.store.unreadAppIDs().contains(id),
+        .locked = services.locks->isLocked(id)};
 }
 
-void AppTile::setImage(const QImage &image)
+QString AppTile::toolTip(const PanelServices &services) const
 {
-    m_image = image;
-    m_icon = {};
-    update();
+    const bool running = services.store.runningAppIDs().contains(m_app.id);
+    return QStringLiteral("%1 %2%3").arg(
+        running ? QStringLiteral("Show") : QStringLiteral("Open"), m_name, shortcutHint(services, m_app.id));
 }
 
-const QPixmap &AppTile::roundedIcon(double pixelRatio)
+QString AppTile::shortcutHint(const PanelServices &services, QUuid id)
 {
-    if (!m_icon.isNull() && m_icon.devicePixelRatio() == pixelRatio)
-        return m_icon;
-    const int side = static_cast<int>(std::lround(iconSide * pixelRatio));
-    const auto scaled = m_image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    m_icon = QPixmap(side, side);
-    m_icon.fill(Qt::transparent);
-    QPainter painter(&m_icon);
+    if (!QuillnestSettings::flag(*services.platform.settings, QStringLiteral("QuillnestAppShortcuts"), true))
+        return {};
+    const auto apps = services.store.orderedApps();
+    const auto found = std::find_if(apps.begin(), apps.end(), [id](const MobileApp &app) { return app.id == id; });
+    const auto place = found - apps.begin();
+    if (found == apps.end() || place >= shortcutCount)
+        return {};
+    return QStringLiteral("  (⌥%1)").arg(place + 1);
+}
+
+QString AppTile::spoken(const Marks &marks)
+{
+    QStringList words;
+    if (marks.launching)
+        words.append(QStringLiteral("Opening"));
+    else if (marks.running)
+        words.append(QStringLiteral("Running"));
+    if (marks.unread)
+        words.append(QStringLiteral("Unread notifications"));
+    if (marks.locked)
+        words.append(QStringLiteral("Locked"));
+    return words.join(QStringLiteral(", "));
+}
+
+void AppTile::paint(
+    QPainter &painter, const QRectF &tile, const QImage &image, const Marks &marks, const Attention &attention,
+    const PanelLook &look, const Symbols &symbols) const
+{
     painter.setRenderHint(QPainter::Antialiasing);
-    QBrush brush(scaled);
-    const QPointF offset((side - scaled.width()) / 2, (side - scaled.height()) / 2);
-    brush.setTransform(QTransform::fromTranslate(offset.x(), offset.y()));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(brush);
-    // A brush repeats its picture, so it is held to the place of that.
-    painter.setClipRect(QRectF(offset, scaled.size()));
-    painter.drawRoundedRect(QRectF(0, 0, side, side), iconRadius * pixelRatio, iconRadius * pixelRatio);
-    painter.end();
-    m_icon.setDevicePixelRatio(pixelRatio);
-    return m_icon;
-}
-
-void AppTile::paintEvent(QPaintEvent *)
-{
-    const auto palette = Palette::current(m_platform);
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (isDown() || m_hovered || hasFocus()) {
-        painter.setPen(hasFocus() ? QPen(palette.controlAccent, 2) : QPen(Qt::NoPen));
-        painter.setBrush(isDown() ? palette.pressed : m_hovered ? palette.hover : QColor(Qt::transparent));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 10, 10);
+    // In a wide panel tiles stand far apart, and the ground is still about the size of what is on it.
+    const double reach = std::min(tile.width() / 2 - 2, widestGround / 2);
+    const QRectF ground(tile.center().x() - reach, tile.top(), 2 * reach, tile.height());
+    if (attention.hovered || attention.pressed)
+        painter.fillPath(continuousRectangle(ground, 14), attention.pressed ? look.colors.pressed : look.colors.hover);
+    if (attention.focused) {
+        painter.setPen(QPen(look.colors.controlAccent, 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(continuousRectangle(ground.adjusted(1, 1, -1, -1), 13));
     }
-
-    const QRectF icon((width() - iconSide) / 2.0, 10, iconSide, iconSide);
-    if (m_image.isNull()) {
-        QLinearGradient fill(icon.topLeft(), icon.bottomLeft());
-        fill.setColorAt(0, m_color.lighter(118));
-        fill.setColorAt(1, m_color);
+    const auto icon = iconArea(tile);
+    AppIcon::paint(painter, icon, m_name, image, look.style);
+    paintMarks(painter, icon, marks, look, symbols);
+    const double lines = labelLines(look.style) * (labelHeight - (labelLines(look.style) > 1 ? 2 : 0));
+    paintLabel(painter, QRectF(tile.left() + 4, icon.bottom() + labelGap, tile.width() - 8, lines), look);
+    if (marks.running) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(fill);
-        painter.drawRoundedRect(icon, iconRadius, iconRadius);
-        painter.setPen(Qt::white);
-        painter.setFont(interfaceFont(26, QFont::DemiBold));
-        painter.drawText(icon, Qt::AlignCenter, firstGrapheme(m_name));
-    } else {
-        painter.drawPixmap(icon.topLeft(), roundedIcon(painter.deviceTransform().m11()));
+        painter.setBrush(QuillnestTheme::jade());
+        painter.drawEllipse(QRectF(icon.center().x() - dotSize / 2, tile.bottom() - dotSize - 3, dotSize, dotSize));
     }
-    if (m_marks.isLaunching) {
+}
+
+void AppTile::paintMarks(
+    QPainter &painter, const QRectF &icon, const Marks &marks, const PanelLook &look, const Symbols &symbols) const
+{
+    if (marks.launching)
+        painter.fillPath(
+            continuousRectangle(icon, AppIcon::radius(icon.width(), look.style)), QColor::fromRgbF(0, 0, 0, 0.35F));
+    const double inset = cornerInset(icon.width(), look.style);
+    if (marks.unread) {
+        painter.setPen(QPen(look.hasWallpaper ? QColor(Qt::white) : look.colors.windowBackground, unreadStroke));
+        painter.setBrush(QuillnestTheme::ember());
+        const double radius = unreadSize / 2;
+        painter.drawEllipse(QPointF(icon.right() - inset, icon.top() + inset), radius, radius);
+    }
+    const auto badge = [&](const QPointF &center, double width) {
+        constexpr double height = 14;
+        const QRectF area(center.x() - width / 2, center.y() - height / 2, width, height);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(0, 0, 0, 110));
-        painter.drawRoundedRect(icon, iconRadius, iconRadius);
+        painter.setBrush(QColor(20, 20, 24, 200));
+        painter.drawRoundedRect(area, height / 2, height / 2);
+        return area;
+    };
+    if (m_app.platform == MobilePlatform::ios) {
+        const auto area = badge(QPointF(icon.right() - inset - 4, icon.bottom() - inset), 24);
         painter.setPen(Qt::white);
-        painter.setFont(interfaceFont(18, QFont::Bold));
-        painter.drawText(icon, Qt::AlignCenter, QStringLiteral("…"));
-    } else if (m_marks.isRunning) {
-        painter.setPen(QPen(palette.windowBackground, 2));
-        painter.setBrush(QColor(0x30B858));
-        painter.drawEllipse(QRectF(icon.right() - 9, icon.bottom() - 9, 12, 12));
+        painter.setFont(interfaceFont(8, QFont::Bold));
+        painter.drawText(area, Qt::AlignCenter, QStringLiteral("iOS"));
     }
-
-    painter.setPen(palette.label);
-    painter.setFont(interfaceFont(12));
-    const QRectF text(4, 72, width() - 8, 18);
-    painter.drawText(
-        text, Qt::AlignCenter, QFontMetrics(painter.font()).elidedText(m_name, Qt::ElideRight, width() - 8));
+    if (marks.locked) {
+        constexpr int side = 8;
+        const auto area = badge(QPointF(icon.left() + inset, icon.bottom() - inset), 14);
+        painter.drawPixmap(
+            area.center() - QPointF(side / 2.0, side / 2.0),
+            symbols.pixmap(QStringLiteral("lock.fill"), side, Qt::white, painter.device()->devicePixelRatioF()));
+    }
 }
 
-void AppTile::enterEvent(QEnterEvent *)
+void AppTile::paintLabel(QPainter &painter, const QRectF &area, const PanelLook &look) const
 {
-    m_hovered = true;
-    update();
-}
-
-void AppTile::leaveEvent(QEvent *)
-{
-    m_hovered = false;
-    update();
-}
-
-void AppTile::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
-        QAbstractButton::keyPressEvent(event);
+    const auto font = labelFont(look.style);
+    const QFontMetricsF metrics(font);
+    painter.setFont(font);
+    painter.setPen(look.colors.label);
+    if (labelLines(look.style) == 1) {
+        painter.drawText(area, metrics.elidedText(m_name, Qt::ElideRight, area.width()), centered(QTextOption::NoWrap));
+        return;
+    }
+    // What doesn't fit two lines ends the second with an ellipsis.
+    QTextLayout layout(m_name, font);
+    layout.setTextOption(centered(QTextOption::WrapAtWordBoundaryOrAnywhere));
+    layout.beginLayout();
+    auto first = layout.createLine();
+    first.setLineWidth(area.width());
+    const auto rest = m_name.mid(first.textLength());
+    layout.endLayout();
+    const double line = area.height() / 2;
+    const QRectF top(area.left(), area.top(), area.width(), line);
+    painter.drawText(top, m_name.left(first.textLength()).trimmed(), centered(QTextOption::NoWrap));
+    if (!rest.isEmpty())
+        painter.drawText(
+            top.translated(0, line), metrics.elidedText(rest.trimmed(), Qt::ElideRight, area.width()),
+            centered(QTextOption::NoWrap));
 }
 
 } // namespace quillnest

@@ -1,50 +1,66 @@
 #pragma once
 
-#include "base/MobileApp.h"
-#include "platform/Platform.h"
+#include "launcher/PanelLook.h"
+#include "launcher/PanelServices.h"
 
-#include <QAbstractButton>
-#include <QImage>
-#include <QPixmap>
+#include <QPainter>
+#include <QRectF>
 
 namespace quillnest
 {
 
-/// One app in the panel: its icon, or its initial in a coloured square as long as there is none, and its name below.
-class AppTile : public QAbstractButton
+/// One app in the panel's grid: what it says of itself and how it is painted. The grid lays tiles out and gives them
+/// the user's attention.
+class AppTile
 {
-    Q_OBJECT
-
 public:
+    /// What an app's being in use shows on its tile.
     struct Marks {
-        bool isLaunching = false;
-        bool isRunning = false;
+        bool launching = false;
+        bool running = false;
+        bool unread = false;
+        bool locked = false;
+
+        bool operator==(const Marks &) const = default;
+    };
+    struct Attention {
+        bool hovered = false;
+        bool pressed = false;
+        /// It has the keyboard.
+        bool focused = false;
     };
 
-    AppTile(const Platform &platform, const MobileApp &app, QWidget *parent = nullptr);
+    static constexpr double iconSize = 54;
+    /// Of a whole tile, in points.
+    static int height(ThemeStyle style) { return style == ThemeStyle::oneui ? 104 : 92; }
+    /// Where the icon stands in a tile.
+    static QRectF iconArea(const QRectF &tile);
 
-    void setMarks(Marks marks);
-    /// The app's icon; a null one means that there is none.
-    void setImage(const QImage &image);
-    QSize sizeHint() const override { return {84, 100}; }
+    explicit AppTile(MobileApp app) : m_app(std::move(app)), m_name(m_app.displayName()) { }
 
-protected:
-    void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    const MobileApp &app() const { return m_app; }
+    const QString &name() const { return m_name; }
+
+    static Marks marks(const PanelServices &services, QUuid id);
+
+    /// "Open" or "Show", the name, and the key that does the same.
+    QString toolTip(const PanelServices &services) const;
+    /// The key of one of the first nine apps, behind two spaces; empty for the others, or if there are no such keys.
+    static QString shortcutHint(const PanelServices &services, QUuid id);
+    /// The marks in words, for those who don't see them.
+    static QString spoken(const Marks &marks);
+
+    void paint(
+        QPainter &painter, const QRectF &tile, const QImage &image, const Marks &marks, const Attention &attention,
+        const PanelLook &look, const Symbols &symbols) const;
 
 private:
-    /// The icon with its corners cut, in the pixels of a display with that many to a point.
-    const QPixmap &roundedIcon(double pixelRatio);
+    void paintMarks(
+        QPainter &painter, const QRectF &icon, const Marks &marks, const PanelLook &look, const Symbols &symbols) const;
+    void paintLabel(QPainter &painter, const QRectF &area, const PanelLook &look) const;
 
-    const Platform &m_platform;
-    const QString m_name;
-    const QColor m_color;
-    Marks m_marks;
-    QImage m_image;
-    QPixmap m_icon;
-    bool m_hovered = false;
+    MobileApp m_app;
+    QString m_name;
 };
 
 } // namespace quillnest

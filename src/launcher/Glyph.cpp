@@ -7,22 +7,34 @@ namespace quillnest
 
 void drawGlyph(QPainter &painter, QRectF area, const QColor &color)
 {
-    // Drawn on a field of 18 by 18.
+    // The strokes are laid out on a field of 1024 units; their middle comes to the area's.
+    const double scale = area.width() * 0.86 / 471;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(area.topLeft());
-    painter.scale(area.width() / 18, area.height() / 18);
-    painter.setPen(QPen(color, 1.6, Qt::SolidLine, Qt::RoundCap));
+    painter.translate(area.center() - scale * QPointF(511.5, 504.5));
+    painter.scale(scale, scale);
     painter.setBrush(Qt::NoBrush);
-    for (const double inset : {0.0, 2.6, 5.2}) {
-        QPainterPath arc;
-        arc.arcMoveTo(QRectF(1.5 + inset, 9 - 6.5 + inset, 15 - 2 * inset, 13 - 2 * inset), 180);
-        arc.arcTo(QRectF(1.5 + inset, 9 - 6.5 + inset, 15 - 2 * inset, 13 - 2 * inset), 180, 180);
-        painter.drawPath(arc);
-    }
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawEllipse(QRectF(6.4, 1.4, 5.2, 6.6));
+
+    QPainterPath cup(QPointF(309.5, 570));
+    cup.lineTo(309.5, 309.5);
+    cup.lineTo(713.5, 309.5);
+    cup.lineTo(713.5, 570);
+    cup.cubicTo(713.5, 642, 622, 699.5, 511.5, 699.5);
+    cup.cubicTo(401, 699.5, 309.5, 642, 309.5, 570);
+    cup.closeSubpath();
+    // With bevels the toolkit would cut corners that are meant to be sharp.
+    QPen pen(color, 67, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
+    pen.setMiterLimit(10);
+    painter.setPen(pen);
+    painter.drawPath(cup);
+
+    QPainterPath chevron(QPointF(397, 483));
+    chevron.lineTo(512, 569);
+    chevron.lineTo(627, 483);
+    pen.setWidthF(62);
+    pen.setCapStyle(Qt::RoundCap);
+    painter.setPen(pen);
+    painter.drawPath(chevron);
     painter.restore();
 }
 

@@ -9,7 +9,7 @@
 namespace quillnest
 {
 
-/// The program's sign: a nest of three arcs with an egg in it.
+/// The program's sign, a cup with a chevron in it, in the middle of an area whose width alone gives its size.
 void drawGlyph(QPainter &painter, QRectF area, const QColor &color);
 
 /// The sign in black on nothing, `points` wide and high.

@@ -1,56 +1,128 @@
 #pragma once
 
-#include "core/AppLibraryStore.h"
-#include "package/AppIconStore.h"
+#include "launcher/AppGrid.h"
+#include "launcher/PanelBackground.h"
+#include "launcher/PanelLook.h"
+#include "launcher/PanelServices.h"
 
 #include <QImage>
 #include <QWidget>
 
-class QGridLayout;
 class QLabel;
+class QScrollArea;
+class QSpacerItem;
+class QVBoxLayout;
 
 namespace quillnest
 {
 
-class AppTile;
+class DropOverlay;
+class ElidedLabel;
+class EmptyState;
+class GreetingHeader;
+class HeaderIconButton;
+class PanelSettingsPage;
+class QuillDock;
+class SearchField;
+class StatusPill;
 
-/// The launcher: the library as a grid of tiles with the status line below. A click on a tile opens its app; package
-/// files dropped on it join the library.
+/// The launcher: a greeting, the search, what Android is doing, and the library as grids of tiles. Takes dropped files
+/// and makes room for the settings. One type for the popup, the home panel and the diagnostic picture.
 class MenuPanel : public QWidget
 {
     Q_OBJECT
 
 public:
-    MenuPanel(const Platform &platform, AppLibraryStore &store, AppIconStore &icons, QWidget *parent = nullptr);
+    enum class Mode {
+        live,
+        /// For the diagnostic picture: shows the apps whatever Android lacks.
+        snapshot,
+    };
+
+    /// `services` must outlive the panel.
+    explicit MenuPanel(const PanelServices &services, Mode mode = Mode::live, QWidget *parent = nullptr);
+    ~MenuPanel() override;
 
     /// A picture of the panel as it would open now, dark and with two pixels to a point.
-    static QImage snapshot(Platform platform, AppLibraryStore &store, AppIconStore &icons);
+    static QImage snapshot(PanelServices services);
+
+    /// Whether the setup stands in place of the apps.
+    bool showSetup() const;
+    bool showsSettings() const { return m_showSettings; }
+    void setShowSettings(bool on);
+
+    /// Asks for packages and adds them.
+    void importFiles();
+
+    struct PlacedTile {
+        QUuid id;
+        QString name;
+        /// On the screen, in points.
+        QRect area;
+    };
+    /// The tiles that are in view, in reading order.
+    std::vector<PlacedTile> placedTiles() const;
+
+    QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
-    void rebuild();
-    void refresh();
-    int columns() const;
-    void showContextMenu(QUuid id, QPoint at);
+    // Building, once.
+    QWidget *makeTitleBar();
+    QWidget *makeSettingsHeader();
+    void makeApps(QVBoxLayout *column);
+    QWidget *makeFooter();
+    void wire();
 
-    const Platform &m_platform;
-    AppLibraryStore &m_store;
-    AppIconStore &m_icons;
-    QGridLayout *m_grid = nullptr;
-    QWidget *m_gridArea = nullptr;
+    // Following the store and the settings.
+    void storeChanged();
+    void settingChanged(const QString &key);
+    void lookChanged();
+    void refreshApps(bool evenIfUnchanged);
+    void refreshParts();
+    void takeFocus();
+    void showContextMenu(const MobileApp &app, QPoint at);
+    void showMoreMenu();
+    void dropped(const QList<QUrl> &urls);
+
+    const PanelServices &m_services;
+    const Mode m_mode;
+    PanelLook m_look;
+    PanelBackground m_background;
+    bool m_showSettings = false;
+    /// The library and the search as they are shown.
+    std::vector<MobileApp> m_apps;
+    std::vector<MobileApp> m_sortedApps;
+    QString m_search;
+
+    QWidget *m_launcher = nullptr;
+    QWidget *m_settings = nullptr;
+    PanelSettingsPage *m_settingsPage = nullptr;
     QLabel *m_title = nullptr;
-    QLabel *m_state = nullptr;
-    QLabel *m_status = nullptr;
-    QLabel *m_empty = nullptr;
-    std::vector<MobileApp> m_shown;
-    std::map<QUuid, AppTile *> m_tiles;
-    int m_shownColumns = 0;
+    QLabel *m_settingsTitle = nullptr;
+    HeaderIconButton *m_more = nullptr;
+    GreetingHeader *m_header = nullptr;
+    SearchField *m_searchField = nullptr;
+    QWidget *m_setup = nullptr;
+    QVBoxLayout *m_setupPlace = nullptr;
+    QSpacerItem *m_fill = nullptr;
+    QuillDock *m_dock = nullptr;
+    QWidget *m_appArea = nullptr;
+    EmptyState *m_empty = nullptr;
+    QScrollArea *m_scroll = nullptr;
+    AppGrid *m_grid = nullptr;
+    QLabel *m_nothing = nullptr;
+    ElidedLabel *m_status = nullptr;
+    StatusPill *m_pill = nullptr;
+    DropOverlay *m_overlay = nullptr;
 };
 
 } // namespace quillnest

@@ -10,6 +10,8 @@
 #include "platform/CommandChannel.h"
 #include "platform/DiagnosticsPort.h"
 #include "platform/Executor.h"
+#include "platform/FileManager.h"
+#include "platform/FilePanels.h"
 #include "platform/Folders.h"
 #include "platform/ForeignWindows.h"
 #include "platform/HostProfile.h"
@@ -47,6 +49,8 @@ struct Platform {
     std::shared_ptr<Symbols> symbols;
     std::shared_ptr<Drawing> drawing;
     std::shared_ptr<Alerts> alerts;
+    std::shared_ptr<FilePanels> filePanels;
+    std::shared_ptr<FileManager> fileManager;
     std::shared_ptr<LoginItems> loginItems;
     std::shared_ptr<ForeignWindows> foreignWindows;
     /// Null on a host that has none: light.

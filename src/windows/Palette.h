@@ -38,6 +38,12 @@ struct Palette {
 /// The interface font, `points` high in points of the screen.
 QFont interfaceFont(int points, QFont::Weight weight = QFont::Normal);
 
+/// The same for large sizes, where there is a cut for them.
+QFont displayFont(int points, QFont::Weight weight = QFont::Normal);
+
+/// The interface font with round ends, as near as an installed family comes. `points` may be a fraction.
+QFont roundedFont(double points, QFont::Weight weight = QFont::Normal);
+
 /// How rounded windows are where the desktop can show that, in points.
 constexpr int windowCornerRadius = 12;
 

@@ -20,11 +20,13 @@ namespace
 constexpr quint16 consolePort = 5556;
 }
 
-ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop) : m_desktop(desktop)
+ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop, Runtime runtime) : m_desktop(desktop)
 {
     if (isDeviceRunning())
         TestDesktop::endDevicesLeftBehind();
     waitFor(QStringLiteral("the port %1 to be free").arg(consolePort), 10, [this] { return !isDeviceRunning(); });
+    if (runtime == Runtime::None)
+        return;
     m_desktop.run(program(QStringLiteral("standin-sdk")), {dataFolder() + QStringLiteral("/Runtime/sdk")});
     const auto written = m_desktop.run(program(QStringLiteral("quillnest-avd")), {QStringLiteral("35")});
     if (!written.contains("Quillnest complete"))
@@ -282,6 +284,19 @@ void ProgramUnderTest::addApps(const QStringList &paths)
             });
         });
     }
+}
+
+QRectF ProgramUnderTest::waitForTile(const QString &name, double seconds) const
+{
+    QRectF area;
+    waitForState(QStringLiteral("the tile of %1").arg(name), seconds, [&](const QJsonObject &report) {
+        for (const auto &tile : report.value(QStringLiteral("tiles")).toArray()) {
+            if (tile[QStringLiteral("name")].toString() == name)
+                area = rectangle(tile.toObject());
+        }
+        return !area.isEmpty();
+    });
+    return area;
 }
 
 QJsonObject ProgramUnderTest::waitForPicture(double seconds) const

@@ -7,13 +7,19 @@
 namespace quillnest::driver
 {
 
-/// Quillnest on a test desktop with a complete managed runtime whose device is the stand-in. Ends the program and the
-/// device with the object.
+/// Quillnest on a test desktop. Ends the program and the device with the object.
 class ProgramUnderTest
 {
 public:
-    /// Lays the runtime out; starts nothing.
-    explicit ProgramUnderTest(TestDesktop &desktop);
+    enum class Runtime {
+        /// A complete managed runtime whose device is the stand-in.
+        Complete,
+        /// Nothing yet: the program has to download it.
+        None,
+    };
+
+    /// Lays the runtime out, if there is to be one; starts nothing.
+    explicit ProgramUnderTest(TestDesktop &desktop, Runtime runtime = Runtime::Complete);
     ~ProgramUnderTest();
     ProgramUnderTest(const ProgramUnderTest &) = delete;
     ProgramUnderTest &operator=(const ProgramUnderTest &) = delete;
@@ -62,6 +68,8 @@ public:
     void addApps(const QStringList &paths);
     /// Waits until the window of the first app shows pictures.
     QJsonObject waitForPicture(double seconds = 30) const;
+    /// Where the tile of an app stands on the screen, once the panel shows it.
+    QRectF waitForTile(const QString &name, double seconds = 10) const;
     void waitForState(const QString &what, double seconds, const std::function<bool(const QJsonObject &)> &test) const;
 
     /// The stand-in's state; empty while it doesn't run.

@@ -1,5 +1,8 @@
 #include "driver/Road.h"
 
+#include "driver/PackageServer.h"
+#include "driver/SetupScreen.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
@@ -54,11 +57,18 @@ double pitch(const std::vector<std::int16_t> &samples)
 class Road
 {
 public:
-    explicit Road(QString folder) : m_folder(std::move(folder)), m_program(m_desktop) { QDir().mkpath(m_folder); }
+    explicit Road(QString folder)
+        : m_folder(std::move(folder))
+        , m_server(m_desktop, {QStringLiteral("--api"), QStringLiteral("35")})
+        , m_program(m_desktop, ProgramUnderTest::Runtime::None)
+    {
+        QDir().mkpath(m_folder);
+    }
 
     QJsonObject go()
     {
         try {
+            provision();
             boot();
             showPanel();
             openByClick();
@@ -84,12 +94,65 @@ public:
 private:
     void report(const char *key, const QJsonValue &value) { m_report.insert(QLatin1String(key), value); }
 
+    /// From nothing to a complete runtime, by the user's consent on the screen.
+    void provision()
+    {
+        SetupScreen setup(m_program);
+        m_program.start();
+        setup.open();
+        setup.waitForPhase(QStringLiteral("needsAcceptance"));
+        if (!setup.picture().save(m_folder + QStringLiteral("/setup.png")))
+            throw DriverError(QStringLiteral("setup.png can't be written"));
+        QElapsedTimer timer;
+        timer.start();
+        setup.consent();
+        setup.waitForPhase(QStringLiteral("ready"), 300);
+        report("provisionSeconds", seconds(timer));
+        reportArchives(setup.log());
+    }
+
+    void reportArchives(const QString &log)
+    {
+        static const QRegularExpression planned(
+            QStringLiteral("plan (\\S+) \\S+ (\\d+) bytes sha1=(\\S+) (\\S+) license="));
+        QFile file(m_program.dataFolder() + QStringLiteral("/Runtime/runtime-manifest.json"));
+        if (!file.open(QIODevice::ReadOnly))
+            throw DriverError(QStringLiteral("nothing records what was installed"));
+        const auto record = QJsonDocument::fromJson(file.readAll()).object();
+        QJsonArray archives;
+        for (auto found = planned.globalMatch(log); found.hasNext();) {
+            const auto plan = found.next();
+            const auto name = plan.captured(4).section(QLatin1Char('/'), -1);
+            const QRegularExpression downloaded(
+                QStringLiteral("downloaded %1 in ([0-9.]+)s").arg(QRegularExpression::escape(name)));
+            const auto download = downloaded.match(log);
+            if (!download.hasMatch() || !m_server.requests().contains(name))
+                throw DriverError(QStringLiteral("%1 was not downloaded").arg(name));
+            // It is unpacked only after its sum was found to be the list's.
+            if (!log.contains(QStringLiteral("installed %1 ").arg(plan.captured(1))))
+                throw DriverError(QStringLiteral("%1 was not installed").arg(name));
+            archives.append(QJsonObject{
+                {QStringLiteral("name"), name},
+                {QStringLiteral("bytes"), plan.captured(2).toLongLong()},
+                {QStringLiteral("seconds"), download.captured(1).toDouble()},
+                {QStringLiteral("checksum"), QStringLiteral("matched")}});
+        }
+        if (archives.size() != 3 || record.value(QStringLiteral("packages")).toArray().size() != 3)
+            throw DriverError(QStringLiteral("not everything was installed"));
+        report("archives", archives);
+        report("licencesAccepted", record.value(QStringLiteral("acceptedLicenses")));
+    }
+
     void boot()
     {
         m_program.noteAdbCalls();
         QElapsedTimer timer;
         timer.start();
-        m_program.start();
+        // The panel that comes up is what starts Android ahead of the first click.
+        m_program.post(QStringLiteral("hide"));
+        m_program.waitForState(QStringLiteral("the panel to close"), 20, [](const QJsonObject &state) {
+            return state.value(QStringLiteral("panel")).isNull();
+        });
         m_program.post(QStringLiteral("home"));
         m_program.waitForState(QStringLiteral("Android to be ready"), 120, [](const QJsonObject &state) {
             return text(state, "androidState") == QStringLiteral("ready");
@@ -110,9 +173,7 @@ private:
 
     void openByClick()
     {
-        const auto panel = rectangle(m_program.state().value(QStringLiteral("panel")).toObject());
-        // The third tile of the first row, by name.
-        m_desktop.click(panel.topLeft() + QPointF(240, 110));
+        m_desktop.click(m_program.waitForTile(QStringLiteral("Tide")).center());
         const auto window = m_program.waitForPicture(60);
         report("package", window.value(QStringLiteral("package")));
         report("firstFrameSeconds", window.value(QStringLiteral("firstFrameSeconds")));
@@ -279,6 +340,7 @@ private:
 
     const QString m_folder;
     TestDesktop m_desktop;
+    PackageServer m_server;
     ProgramUnderTest m_program;
     QJsonObject m_report;
 };

@@ -14,11 +14,12 @@ protected:
         program.waitForState(QStringLiteral("the panel"), 10, [](const QJsonObject &state) {
             return !rectangle(state[QStringLiteral("panel")].toObject()).isEmpty();
         });
-        const auto panel = rectangle(program.state().value(QStringLiteral("panel")).toObject());
-        const auto tile = panel.topLeft() + QPointF(56, 110);
+        const auto tile = program.waitForTile(QStringLiteral("Tide")).center();
         desktop.click(tile, 3);
         waitFor(QStringLiteral("the menu"), 10, [this] { return isShown(QStringLiteral("OVERRIDE")); });
-        desktop.click(tile + QPointF(60, 130));
+        // Upwards from nowhere is the last one.
+        desktop.key(QStringLiteral("Up"));
+        desktop.key(QStringLiteral("Return"));
     }
 
     /// Whether the program has a visible window of this type of the window manager's.

@@ -3,6 +3,8 @@
 #include "platform/Alerts.h"
 #include "platform/Appearance.h"
 #include "platform/CommandChannel.h"
+#include "platform/FileManager.h"
+#include "platform/FilePanels.h"
 #include "platform/ForeignWindows.h"
 #include "platform/LoginItems.h"
 #include "platform/Pasteboard.h"
@@ -111,6 +113,28 @@ public:
 
     std::vector<Alert> asked;
     std::optional<int> button;
+};
+
+/// A user who chooses the same files at every open panel.
+class FakeFilePanels : public FilePanels
+{
+public:
+    void open(const OpenPanel &panel, std::function<void(const QList<QUrl> &)> answer) override
+    {
+        opened.push_back(panel);
+        answer(chosen);
+    }
+
+    std::vector<OpenPanel> opened;
+    QList<QUrl> chosen;
+};
+
+class FakeFileManager : public FileManager
+{
+public:
+    void reveal(const QString &path) override { revealed.append(path); }
+
+    QStringList revealed;
 };
 
 class FakeLoginItems : public LoginItems

@@ -63,6 +63,8 @@ FakePlatform fakePlatform(HostProfile profile)
     fakes.screens = std::make_shared<FakeScreens>();
     fakes.appearance = std::make_shared<FakeAppearance>();
     fakes.alerts = std::make_shared<FakeAlerts>();
+    fakes.filePanels = std::make_shared<FakeFilePanels>();
+    fakes.fileManager = std::make_shared<FakeFileManager>();
     fakes.loginItems = std::make_shared<FakeLoginItems>();
     fakes.foreignWindows = std::make_shared<FakeForeignWindows>();
 
@@ -88,6 +90,8 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.appearance = fakes.appearance;
     platform.drawing = std::make_shared<QtDrawing>();
     platform.alerts = fakes.alerts;
+    platform.filePanels = fakes.filePanels;
+    platform.fileManager = fakes.fileManager;
     platform.loginItems = fakes.loginItems;
     platform.foreignWindows = fakes.foreignWindows;
     return fakes;

@@ -31,6 +31,8 @@ struct FakePlatform {
     std::shared_ptr<FakeScreens> screens;
     std::shared_ptr<FakeAppearance> appearance;
     std::shared_ptr<FakeAlerts> alerts;
+    std::shared_ptr<FakeFilePanels> filePanels;
+    std::shared_ptr<FakeFileManager> fileManager;
     std::shared_ptr<FakeLoginItems> loginItems;
     std::shared_ptr<FakeForeignWindows> foreignWindows;
 

@@ -1,180 +1,172 @@
 #include "launcher/MenuPanel.h"
 
-#include "LaunchFixture.h"
-#include "launcher/AppTile.h"
-#include "launcher/Glyph.h"
+#include "PanelFixture.h"
+#include "launcher/DropOverlay.h"
+#include "launcher/EmptyState.h"
+#include "launcher/GreetingHeader.h"
+#include "launcher/QuillDock.h"
+#include "launcher/SearchField.h"
+#include "launcher/StatusPill.h"
 #include "windows/Palette.h"
 
-#include <QApplication>
-#include <QBuffer>
 #include <QDropEvent>
-#include <QFileInfo>
-#include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
-#include <QTest>
+#include <QScrollArea>
 
 using namespace quillnest;
 using namespace std::chrono_literals;
 
 namespace
 {
-
-/// The panel on a store whose launches wait, so that what a click begins stays on show.
-class MenuPanelTest : public LaunchFixture
+class MenuPanelTest : public PanelFixture
 {
 protected:
-    MenuPanelTest()
-    {
-        *cleaning = true;
-        panel = std::make_unique<MenuPanel>(fakes.platform, *store, icons);
-        panel->setWindowFlag(Qt::FramelessWindowHint);
-        panel->setGeometry(100, 100, 390, 760);
-        panel->show();
-    }
-    ~MenuPanelTest() override { panel.reset(); }
-
-    /// The tiles as they stand, row by row.
-    std::vector<AppTile *> tiles()
-    {
-        fakes.settle();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        const auto found = panel->findChildren<AppTile *>();
-        std::vector<AppTile *> result(found.begin(), found.end());
-        std::sort(result.begin(), result.end(), [](const AppTile *a, const AppTile *b) {
-            return std::pair(a->y(), a->x()) < std::pair(b->y(), b->x());
-        });
-        return result;
-    }
-    QStringList tileNames()
-    {
-        QStringList result;
-        for (const auto *tile : tiles())
-            result.append(tile->accessibleName());
-        return result;
-    }
-    bool shows(const QString &text) const
+    QString status() const
     {
         for (const auto *label : panel->findChildren<QLabel *>()) {
-            if (label->text() == text && label->isVisibleTo(panel.get()))
-                return true;
+            if (label->toolTip() == store->statusMessage().toHtmlEscaped() && label->isVisibleTo(panel.get()))
+                return label->text();
         }
-        return false;
+        return {};
     }
-    /// How the tile of an app looks.
-    QImage look(const QString &name)
+    void drop(const QList<QUrl> &urls)
     {
-        for (auto *tile : tiles()) {
-            if (tile->accessibleName() == name)
-                return tile->grab().toImage();
-        }
-        throw std::runtime_error("no such tile");
-    }
-
-    /// The icons that packages have, by the name of their app; what reading them out costs isn't this test's concern.
-    std::map<std::string, QImage> packageIcons;
-    AppIconStore icons{fakes.platform, log, [this](const APKIconExtractor::IconTools &, const std::string &path) {
-                           return iconOf(path);
-                       }};
-    std::unique_ptr<MenuPanel> panel;
-
-private:
-    std::optional<std::vector<std::uint8_t>> iconOf(const std::string &path) const
-    {
-        const auto found = packageIcons.find(QFileInfo(QString::fromStdString(path)).baseName().toStdString());
-        if (found == packageIcons.end())
-            return std::nullopt;
-        QByteArray png;
-        QBuffer buffer(&png);
-        buffer.open(QIODevice::WriteOnly);
-        found->second.save(&buffer, "PNG");
-        return std::vector<std::uint8_t>(png.begin(), png.end());
+        QMimeData data;
+        data.setUrls(urls);
+        // The toolkit lets nothing drop that has not come in.
+        QDragEnterEvent enter(QPoint(50, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel.get(), &enter);
+        QDropEvent event(QPointF(50, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(panel.get(), &event);
+        fakes.settle();
     }
 };
-
 } // namespace
 
-TEST_F(MenuPanelTest, tilesStandInTheLibrarysOrderUnderTheNamesThatAreShown)
+TEST_F(MenuPanelTest, allAppsStandByTheNamesThatAreShownAndFavouritesAboveThemAsWell)
 {
-    for (const auto *label : {"Moon 2.1", "apple", "Zebra", "Banana", "Cherry"})
+    for (const auto *label : {"Moon 2.1", "apple", "Zebra", "Banana"})
         addApp(QString::fromUtf8(label));
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[All apps] apple Banana Moon Zebra"));
     store->toggleFavorite(*store->firstMatch(QStringLiteral("zebra")));
-    EXPECT_EQ(tileNames().join(QLatin1Char(' ')), QStringLiteral("Zebra apple Banana Cherry Moon"));
-    EXPECT_EQ(tiles().back()->toolTip(), QStringLiteral("Moon 2.1"));
+    store->toggleFavorite(*store->firstMatch(QStringLiteral("banana")));
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[Favourites] Banana Zebra [All apps] apple Banana Moon Zebra"));
 }
 
-TEST_F(MenuPanelTest, theRowsFollowTheWidth)
+TEST_F(MenuPanelTest, theIosStyleHasNoHeadingsButThatOfASearch)
+{
+    set("QuillnestTheme", QStringLiteral("ios"));
+    store->toggleFavorite(addApp(QStringLiteral("Moon")));
+    addApp(QStringLiteral("Star"));
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("Moon Moon Star"));
+    store->setSearch(QStringLiteral("o"));
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[Results] Moon"));
+}
+
+TEST_F(MenuPanelTest, aSearchHidesTheFavouritesAndShowsWhatMatches)
+{
+    store->toggleFavorite(addApp(QStringLiteral("Moon")));
+    addApp(QStringLiteral("Star"));
+    store->setSearch(QStringLiteral("MO"));
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[Results] Moon"));
+    store->setSearch(QStringLiteral("x"));
+    EXPECT_TRUE(shown().isEmpty());
+    EXPECT_TRUE(shows(QStringLiteral("Nothing matches “x”")));
+    store->setSearch({});
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[Favourites] Moon [All apps] Moon Star"));
+    EXPECT_FALSE(shows(QStringLiteral("Nothing matches “”")));
+}
+
+TEST_F(MenuPanelTest, anEmptyLibrarySaysHowToFillItWhateverTheSearchHolds)
+{
+    EXPECT_TRUE(part<EmptyState>()->isVisible());
+    EXPECT_TRUE(shows(QStringLiteral("Add your first app")));
+    EXPECT_TRUE(shows(QStringLiteral("Drop an APK file here, or choose one.\nIt opens in its own small window.")));
+    store->setSearch(QStringLiteral("x"));
+    EXPECT_TRUE(part<EmptyState>()->isVisible());
+    EXPECT_FALSE(shows(QStringLiteral("Nothing matches “x”")));
+    EXPECT_TRUE(shown().isEmpty());
+    store->setSearch({});
+    const auto app = addApp(QStringLiteral("Moon"));
+    EXPECT_FALSE(part<EmptyState>()->isVisible());
+    store->remove(app);
+    EXPECT_TRUE(part<EmptyState>()->isVisible());
+}
+
+TEST_F(MenuPanelTest, columnsFollowTheWidthFromThreeToSix)
+{
+    EXPECT_EQ(AppGrid::columns(100), 3);
+    EXPECT_EQ(AppGrid::columns(279), 3);
+    EXPECT_EQ(AppGrid::columns(280), 3);
+    EXPECT_EQ(AppGrid::columns(359), 3);
+    EXPECT_EQ(AppGrid::columns(360), 4);
+    EXPECT_EQ(AppGrid::columns(390), 4);
+    EXPECT_EQ(AppGrid::columns(549), 6);
+    EXPECT_EQ(AppGrid::columns(527), 5);
+    EXPECT_EQ(AppGrid::columns(528), 6);
+    EXPECT_EQ(AppGrid::columns(550), 6);
+    EXPECT_EQ(AppGrid::columns(2000), 6);
+}
+
+TEST_F(MenuPanelTest, theRowsFollowThePanelsWidthAndNoTileReachesBeyondIt)
 {
     for (int i = 0; i < 8; ++i)
         addApp(QStringLiteral("App%1").arg(QChar(u'a' + i)));
-    const auto perRow = [this] {
-        const auto all = tiles();
-        return std::count_if(
-            all.begin(), all.end(), [&all](const AppTile *tile) { return tile->y() == all.front()->y(); });
-    };
-    EXPECT_EQ(perRow(), 4);
-    panel->resize(280, 760);
-    EXPECT_EQ(perRow(), 2);
-    panel->resize(760, 760);
-    EXPECT_EQ(perRow(), 8);
-    EXPECT_EQ(tileNames().size(), 8);
-    EXPECT_EQ(tileNames().front(), QStringLiteral("Appa"));
+    for (const auto &[width, count] : {std::pair(390, 4), std::pair(280, 3), std::pair(760, 6)}) {
+        panel->resize(width, 420);
+        EXPECT_EQ(perRow(), count);
+        for (int i = 0; i < grid().count(); ++i) {
+            const auto area = grid().tileRect(i);
+            EXPECT_GE(area.left(), 0);
+            EXPECT_LE(grid().mapTo(panel.get(), area.topRight()).x(), width);
+        }
+    }
 }
 
-TEST_F(MenuPanelTest, noTileReachesBeyondThePanelAtItsLeastSize)
-{
-    for (int i = 0; i < 30; ++i)
-        addApp(QStringLiteral("App%1").arg(i));
-    panel->resize(280, 420);
-    for (const auto *tile : tiles())
-        EXPECT_LE(tile->mapTo(panel.get(), QPoint(tile->width(), 0)).x(), 280);
-}
-
-TEST_F(MenuPanelTest, aClickOrReturnOrSpaceOpensTheApp)
+TEST_F(MenuPanelTest, aClickOpensTheAppAndADragOffItsTileDoesNot)
 {
     const auto moon = addApp(QStringLiteral("Moon"));
     const auto star = addApp(QStringLiteral("Star"));
-    QTest::mouseClick(tiles().at(1), Qt::LeftButton);
+    click(1);
     EXPECT_EQ(store->launchingAppID(), star.id);
-    QTest::keyClick(tiles().at(0), Qt::Key_Return);
-    EXPECT_EQ(store->launchingAppID(), moon.id);
-    QTest::keyClick(tiles().at(1), Qt::Key_Space);
+    QTest::mousePress(&grid(), Qt::LeftButton, {}, grid().tileRect(0).center());
+    QTest::mouseRelease(&grid(), Qt::LeftButton, {}, grid().tileRect(1).center());
     EXPECT_EQ(store->launchingAppID(), star.id);
-    QTest::keyClick(tiles().at(0), Qt::Key_Enter);
+    click(0);
     EXPECT_EQ(store->launchingAppID(), moon.id);
 }
 
-TEST_F(MenuPanelTest, everyTileIsReachedByTheKeyboard)
+TEST_F(MenuPanelTest, eachDroppedFileIsAddedByItselfSoTheLastOutcomeIsTold)
 {
-    addApp(QStringLiteral("Moon"));
-    for (const auto *tile : tiles())
-        EXPECT_EQ(tile->focusPolicy(), Qt::StrongFocus);
+    const auto moon = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");
+    const auto star = putPackage(QStringLiteral("Apps/star.apk"), "org.example.star", "Star");
+    drop(
+        {QUrl::fromLocalFile(moon), QUrl::fromLocalFile(star), QUrl(),
+         QUrl::fromLocalFile(fakes.writeFile(QStringLiteral("notes.txt"), ""))});
+    EXPECT_EQ(names().join(u' '), QStringLiteral("Moon Star"));
+    EXPECT_FALSE(store->statusMessage().isEmpty());
+    drop({QUrl::fromLocalFile(moon)});
+    EXPECT_EQ(status(), QStringLiteral("Already in library: moon"));
 }
 
-TEST_F(MenuPanelTest, anEmptyLibrarySaysHowToFillIt)
+TEST_F(MenuPanelTest, filesThatAreHeldOverItBringUpTheOverlayUntilTheyGo)
 {
-    const auto hint = QStringLiteral("Drop an APK here to add it");
-    EXPECT_TRUE(shows(hint));
-    const auto app = addApp(QStringLiteral("Moon"));
-    EXPECT_FALSE(shows(hint));
-    store->remove(app);
-    EXPECT_TRUE(shows(hint));
-    EXPECT_TRUE(tiles().empty());
-}
-
-TEST_F(MenuPanelTest, filesDroppedOnItJoinTheLibrary)
-{
-    const auto path = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(path)});
-    QDragEnterEvent enter(QPoint(50, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    const auto *overlay = part<DropOverlay>();
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(QStringLiteral("/moon.apk"))});
+    QDragEnterEvent enter(QPoint(50, 300), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
     enter.ignore();
     QApplication::sendEvent(panel.get(), &enter);
     EXPECT_TRUE(enter.isAccepted());
-    QDropEvent drop(QPointF(50, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(panel.get(), &drop);
-    fakes.settle();
-    EXPECT_EQ(tileNames(), QStringList{QStringLiteral("Moon")});
-    EXPECT_TRUE(shows(QStringLiteral("Added moon.apk")));
+    EXPECT_TRUE(overlay->isVisible());
+    EXPECT_EQ(overlay->size(), panel->size());
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(panel.get(), &leave);
+    EXPECT_FALSE(overlay->isVisible());
+    QApplication::sendEvent(panel.get(), &enter);
+    drop({QUrl::fromLocalFile(QStringLiteral("/none.txt"))});
+    EXPECT_FALSE(overlay->isVisible());
 }
 
 TEST_F(MenuPanelTest, whatHoldsNoFilesIsRefused)
@@ -185,199 +177,142 @@ TEST_F(MenuPanelTest, whatHoldsNoFilesIsRefused)
     enter.ignore();
     QApplication::sendEvent(panel.get(), &enter);
     EXPECT_FALSE(enter.isAccepted());
+    EXPECT_FALSE(part<DropOverlay>()->isVisible());
 }
 
-TEST_F(MenuPanelTest, theTileOfALaunchIsMarked)
+TEST_F(MenuPanelTest, packagesAreChosenInAnOpenPanelFromThreePlaces)
 {
-    const auto moon = addApp(QStringLiteral("Moon"));
-    addApp(QStringLiteral("Star"));
-    const auto idle = look(QStringLiteral("Moon"));
-    const auto other = look(QStringLiteral("Star"));
-    store->launch(moon);
-    EXPECT_NE(look(QStringLiteral("Moon")), idle);
-    EXPECT_EQ(look(QStringLiteral("Star")), other);
-    EXPECT_TRUE(shows(QStringLiteral("Starting Moon…")));
-    EXPECT_TRUE(shows(QStringLiteral("Starting…")));
+    const auto path = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");
+    fakes.filePanels->chosen = {QUrl::fromLocalFile(path)};
+    button(QStringLiteral("Choose APK…"))->click();
+    ASSERT_EQ(fakes.filePanels->opened.size(), 1U);
+    EXPECT_TRUE(fakes.filePanels->opened[0].allowsSeveral);
+    EXPECT_EQ(fakes.filePanels->opened[0].extensions, (QStringList{QStringLiteral("apk"), QStringLiteral("ipa")}));
+    EXPECT_EQ(names(), QStringList{QStringLiteral("Moon")});
+    fakes.filePanels->chosen = {};
+    button(QStringLiteral("Add an APK"))->click();
+    EXPECT_EQ(fakes.filePanels->opened.size(), 2U);
+    button(QStringLiteral("More"))->click();
+    choose(openMenu(), QStringLiteral("Add APK…"));
+    EXPECT_EQ(fakes.filePanels->opened.size(), 3U);
+    EXPECT_EQ(status(), QStringLiteral("Added moon.apk")) << "a user who thinks better of it is told nothing";
 }
 
-TEST_F(MenuPanelTest, theTileOfAnAppIsMarkedAsLongAsItRuns)
+TEST_F(MenuPanelTest, theMoreMenuOffersWhatStands)
 {
-    deviceIsUp();
-    *cleaning = false;
-    const auto moon = addApp(QStringLiteral("Moon"));
-    // At the lower right corner of the icon.
-    const auto isMarked = [this] { return look(QStringLiteral("Moon")).pixelColor(67, 63) == QColor(0x30B858); };
-    EXPECT_FALSE(isMarked());
-    open(moon);
-    ASSERT_TRUE(waitFor([this] { return !store->launchingAppID(); }));
-    EXPECT_TRUE(isMarked());
-    registry->closeAll();
-    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
-    EXPECT_FALSE(isMarked());
+    button(QStringLiteral("More"))->click();
+    ASSERT_NE(openMenu(), nullptr);
+    EXPECT_EQ(
+        entries(openMenu()).join(u'|'), QStringLiteral("Settings|Add APK…|Window size|Close all apps|Quit Quillnest"));
+    choose(openMenu(), QStringLiteral("Quit Quillnest"));
+    EXPECT_EQ(quits, 1);
 }
 
-TEST_F(MenuPanelTest, aTileShowsWhetherItsAppRunsAndALaunchComesFirst)
+TEST_F(MenuPanelTest, aWindowSizeIsTickedWithinAPointAndSetByItsEntry)
 {
-    MobileApp app;
-    app.name = QStringLiteral("Moon");
-    AppTile tile(fakes.platform, app);
-    const auto marked = [&tile](bool launching, bool running) {
-        tile.setMarks({launching, running});
-        return tile.grab().toImage();
-    };
-    const auto idle = marked(false, false);
-    const auto running = marked(false, true);
-    const auto launching = marked(true, false);
-    EXPECT_NE(running, idle);
-    EXPECT_NE(launching, idle);
-    EXPECT_NE(launching, running);
-    EXPECT_EQ(marked(true, true), launching);
-    EXPECT_EQ(marked(false, false), idle);
+    QuillnestLayout::setSize(*fakes.settings, QSizeF(339, 600 + 36 + 1));
+    button(QStringLiteral("More"))->click();
+    auto *sizes = openMenu()->actions().at(2)->menu();
+    ASSERT_NE(sizes, nullptr);
+    const auto titles = entries(sizes);
+    ASSERT_EQ(titles.size(), 9);
+    EXPECT_EQ(titles[0], QStringLiteral("    Widget — 320 × 420"));
+    EXPECT_EQ(titles[1], QStringLiteral("✓ Small — 340 × 600"));
+    EXPECT_EQ(titles.filter(QStringLiteral("✓")).size(), 1);
+    sizes->actions().at(4)->trigger();
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(390, 876));
+    openMenu()->close();
+    QuillnestLayout::setSize(*fakes.settings, QSizeF(342, 636));
+    button(QStringLiteral("More"))->click();
+    EXPECT_TRUE(entries(openMenu()->actions().at(2)->menu()).filter(QStringLiteral("✓")).isEmpty());
+    openMenu()->close();
 }
 
-TEST_F(MenuPanelTest, aTileShowsItsFirstLetterWholeWhateverItIsMadeOf)
+TEST_F(MenuPanelTest, theSettingsTakeThePlaceOfTheAppsUntilOneGoesBack)
 {
-    const auto look = [this](const char *name) {
-        MobileApp app;
-        app.name = QString::fromUtf8(name);
-        AppTile tile(fakes.platform, app);
-        return tile.grab().toImage();
-    };
-    // Letters of two code units and of none must not break a tile.
-    EXPECT_NE(look("😀 smile"), look("😁 smile"));
-    EXPECT_FALSE(look("").isNull());
+    addApp(QStringLiteral("Moon"));
+    button(QStringLiteral("More"))->click();
+    choose(openMenu(), QStringLiteral("Settings"));
+    EXPECT_TRUE(panel->showsSettings());
+    EXPECT_TRUE(shows(QStringLiteral("Settings")));
+    EXPECT_FALSE(grid().isVisible());
+    button(QStringLiteral("Back to apps"))->click();
+    EXPECT_FALSE(panel->showsSettings());
+    EXPECT_TRUE(grid().isVisible());
+    panel->setShowSettings(true);
+    QTest::keyClick(panel.get(), Qt::Key_Escape);
+    EXPECT_FALSE(panel->showsSettings());
+    EXPECT_TRUE(panel->isVisible());
 }
 
-TEST_F(MenuPanelTest, aTileShowsItsIconAsSoonAsItIsThere)
+TEST_F(MenuPanelTest, theSetupStandsInPlaceOfDockAndAppsAndTheSearchStays)
 {
-    QImage red(96, 96, QImage::Format_RGB32);
-    red.fill(QColor(0xC01020));
-    packageIcons["Moon"] = red;
-    const auto moon = addApp(QStringLiteral("Moon"));
-    addApp(QStringLiteral("Star"));
-    EXPECT_EQ(look(QStringLiteral("Moon")).pixelColor(42, 20), QColor(0xC01020));
-    // Where the placeholder was: its corners are round as that one's were.
-    const auto star = look(QStringLiteral("Star"));
-    const auto picture = look(QStringLiteral("Moon"));
-    for (const auto corner : {QPoint(14, 10), QPoint(69, 10), QPoint(14, 65), QPoint(69, 65)}) {
-        EXPECT_EQ(picture.pixelColor(corner), star.pixelColor(corner));
-        EXPECT_NE(picture.pixelColor(corner), QColor(0xC01020));
-    }
-    EXPECT_EQ(picture.pixelColor(14, 38), QColor(0xC01020));
-    EXPECT_EQ(picture.pixelColor(69, 38), QColor(0xC01020));
-    EXPECT_NE(star.pixelColor(42, 20), QColor(0xC01020));
-    // A new panel on the same store has it at once.
-    MenuPanel second(fakes.platform, *store, icons);
-    ASSERT_EQ(second.findChildren<AppTile *>().size(), 2);
-    bool shown = false;
-    for (auto *tile : second.findChildren<AppTile *>())
-        shown = shown || tile->grab().toImage().pixelColor(42, 20) == QColor(0xC01020);
-    EXPECT_TRUE(shown);
-    store->launch(moon);
-    EXPECT_NE(look(QStringLiteral("Moon")), picture) << "the mark of a launch lies over the icon";
-}
-
-TEST_F(MenuPanelTest, onlyTheTileWhoseIconHasComeIsPainted)
-{
-    struct PaintCounter : QObject {
-        bool eventFilter(QObject *object, QEvent *event) override
-        {
-            if (event->type() == QEvent::Paint)
-                painted.insert(static_cast<QWidget *>(object)->accessibleName());
-            return false;
-        }
-        QSet<QString> painted;
-    } counter;
-    packageIcons["Moon"] = packageIcons["Star"] = QImage(8, 8, QImage::Format_RGB32);
-    const auto moon = addApp(QStringLiteral("Moon"));
-    addApp(QStringLiteral("Star"));
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel.get()));
-    for (auto *tile : tiles()) {
-        tile->installEventFilter(&counter);
-        tile->update();
-    }
-    ASSERT_TRUE(waitFor([&counter] { return counter.painted.size() == 2; }));
-    counter.painted.clear();
-    Q_EMIT icons.imageChanged(moon.id);
-    EXPECT_TRUE(waitFor([&counter] { return counter.painted.contains(QStringLiteral("Moon")); }));
-    EXPECT_FALSE(counter.painted.contains(QStringLiteral("Star")));
-}
-
-TEST_F(MenuPanelTest, anIconIsAsSharpAsTheDisplay)
-{
-    // Stripes of one of the display's pixels, which any mixing would make grey.
-    for (const double ratio : {1.0, 1.25, 1.5, 2.0, 3.0}) {
-        const int side = static_cast<int>(std::lround(56 * ratio));
-        QImage stripes(side, side, QImage::Format_RGB32);
-        for (int y = 0; y < side; ++y) {
-            for (int x = 0; x < side; ++x)
-                stripes.setPixel(x, y, x % 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
-        }
-        AppTile tile(fakes.platform, MobileApp());
-        tile.setImage(stripes);
-        QImage display(QSize(84, 100) * ratio, QImage::Format_RGB32);
-        display.setDevicePixelRatio(ratio);
-        display.fill(Qt::gray);
-        tile.render(&display, {}, {}, QWidget::DrawChildren);
-        int differing = 0;
-        const int left = static_cast<int>(std::lround(14 * ratio));
-        const int row = static_cast<int>(std::lround(38 * ratio));
-        for (int x = 0; x < side; ++x)
-            differing += display.pixel(left + x, row) != stripes.pixel(x, side / 2);
-        EXPECT_EQ(differing, 0) << ratio;
-    }
-}
-
-TEST_F(MenuPanelTest, anIconFollowsItsTileToAnotherDisplay)
-{
-    QImage checks(192, 192, QImage::Format_RGB32);
-    for (int y = 0; y < 192; ++y) {
-        for (int x = 0; x < 192; ++x)
-            checks.setPixel(x, y, (x / 5 + y / 5) % 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
-    }
-    const auto look = [](AppTile &tile, int ratio) {
-        QImage display(QSize(84, 100) * ratio, QImage::Format_RGB32);
-        display.setDevicePixelRatio(ratio);
-        display.fill(Qt::gray);
-        tile.render(&display, {}, {}, QWidget::DrawChildren);
-        return display;
-    };
-    AppTile tile(fakes.platform, MobileApp());
-    tile.setImage(checks);
-    look(tile, 1);
-    AppTile other(fakes.platform, MobileApp());
-    other.setImage(checks);
-    EXPECT_EQ(look(tile, 2), look(other, 2));
-}
-
-TEST_F(MenuPanelTest, theStateOfAndroidIsShown)
-{
-    EXPECT_TRUE(shows(QStringLiteral("Sleeping")));
-    device.listed = true;
-    device.booted = true;
-    store->refreshAndroidState();
-    fakes.settle();
-    EXPECT_FALSE(shows(QStringLiteral("Sleeping")));
+    QPointer<QWidget> setup;
+    makeSetupView = [&setup](QWidget *parent) { return setup = new QWidget(parent); };
+    addApp(QStringLiteral("Moon"));
+    makePanel();
+    EXPECT_FALSE(setup) << "made when it is needed";
+    EXPECT_TRUE(grid().isVisible());
     QFile::remove(paths.systemImage());
     store->refreshAndroidState();
-    EXPECT_TRUE(shows(QStringLiteral("Not set up")));
+    ASSERT_TRUE(setup);
+    EXPECT_TRUE(setup->isVisible());
+    EXPECT_FALSE(grid().isVisible());
+    EXPECT_FALSE(part<QuillDock>()->isVisible());
+    EXPECT_TRUE(part<SearchField>()->isVisible());
+    EXPECT_TRUE(part<StatusPill>()->isVisible());
+    EXPECT_LT(setup->mapTo(panel.get(), QPoint()).y(), 250) << "it keeps to the top";
+    install(35);
+    store->refreshAndroidState();
+    fakes.settle();
+    EXPECT_FALSE(setup->isVisible());
+    EXPECT_TRUE(grid().isVisible());
+    set("QuillnestShowRuntimeSetup", true);
+    EXPECT_TRUE(setup->isVisible());
 }
 
-TEST_F(MenuPanelTest, theStatusIsShownAsItIsWritten)
+TEST_F(MenuPanelTest, aSnapshotShowsTheAppsAlthoughAndroidIsNotSetUp)
+{
+    makeSetupView = [](QWidget *parent) { return new QWidget(parent); };
+    addApp(QStringLiteral("Moon"));
+    QFile::remove(paths.systemImage());
+    makePanel();
+    EXPECT_TRUE(panel->showSetup());
+    MenuPanel picture(*services, MenuPanel::Mode::snapshot);
+    EXPECT_FALSE(picture.showSetup());
+    const auto image = MenuPanel::snapshot(*services);
+    EXPECT_EQ(image.size(), QSize(780, 1520));
+    EXPECT_LT(image.pixelColor(390, 1300).lightness(), 80) << "dark, whatever the desktop is";
+}
+
+TEST_F(MenuPanelTest, theStatusIsShownOnOneLineAsItIsWrittenAndWholeInItsToolTip)
 {
     add({fakes.writeFile(QStringLiteral("Apps/<b>bold<b>.txt"), "")});
-    EXPECT_TRUE(shows(QStringLiteral("Skipped <b>bold<b>.txt: choose an APK or IPA")));
-    for (const auto *label : panel->findChildren<QLabel *>()) {
-        if (label->text().startsWith(QStringLiteral("Skipped"))) {
-            EXPECT_EQ(label->textFormat(), Qt::PlainText);
-        }
-    }
+    EXPECT_EQ(status(), QStringLiteral("Skipped <b>bold<b>.txt: choose an APK or IPA"));
 }
 
-TEST_F(MenuPanelTest, escapeClosesItsWindow)
+TEST_F(MenuPanelTest, aLineOfTheStatusBuildsNothingAnew)
 {
-    QTest::keyClick(panel.get(), Qt::Key_Escape);
-    EXPECT_FALSE(panel->isVisible());
+    addApp(QStringLiteral("Moon"));
+    grid().setCurrent(0);
+    const auto *before = &grid().tile(0);
+    add({fakes.writeFile(QStringLiteral("Apps/notes.txt"), "")});
+    EXPECT_EQ(&grid().tile(0), before);
+    EXPECT_EQ(grid().current(), 0);
+}
+
+TEST_F(MenuPanelTest, theTilesInViewAreTold)
+{
+    for (int i = 0; i < 60; ++i)
+        addApp(QStringLiteral("App%1").arg(i, 2, 10, QLatin1Char('0')));
+    fakes.settle();
+    const auto tiles = panel->placedTiles();
+    ASSERT_GT(tiles.size(), 10U);
+    EXPECT_LT(tiles.size(), 30U);
+    EXPECT_EQ(tiles[0].name, QStringLiteral("App00"));
+    EXPECT_EQ(tiles[0].area.topLeft(), grid().mapToGlobal(grid().tileRect(0).topLeft()));
+    panel->setShowSettings(true);
+    EXPECT_TRUE(panel->placedTiles().empty());
 }
 
 TEST_F(MenuPanelTest, itTakesTheColoursOfTheAppearance)
@@ -386,8 +321,6 @@ TEST_F(MenuPanelTest, itTakesTheColoursOfTheAppearance)
     EXPECT_EQ(background(), Palette::light().windowBackground);
     fakes.appearance->setDark(true);
     EXPECT_EQ(background(), Palette::dark().windowBackground);
-    const auto *status = panel->findChildren<QLabel *>().back();
-    EXPECT_EQ(status->palette().color(QPalette::WindowText), Palette::dark().secondaryLabel);
 }
 
 TEST_F(MenuPanelTest, aPanelMayGoBeforeItsStore)
@@ -397,30 +330,14 @@ TEST_F(MenuPanelTest, aPanelMayGoBeforeItsStore)
     fakes.appearance->setDark(true);
 }
 
-TEST(Glyph, isDrawnInOneColourInsideItsArea)
+TEST_F(MenuPanelTest, nothingRunsWhileNothingMovesButTheMinute)
 {
-    QImage image(64, 64, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    drawGlyph(painter, QRectF(16, 16, 32, 32), Qt::red);
-    painter.end();
-    int drawn = 0;
-    for (int y = 0; y < 64; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            const auto color = image.pixelColor(x, y);
-            if (color.alpha() == 0)
-                continue;
-            ++drawn;
-            EXPECT_TRUE(QRect(15, 15, 34, 34).contains(x, y)) << x << "," << y;
-            EXPECT_EQ(color.blue() + color.green(), 0);
-        }
-    }
-    EXPECT_GT(drawn, 100);
-}
-
-TEST(Glyph, anIconHasTheSizesOfStatusBars)
-{
-    const auto icon = glyphIcon(Qt::white);
-    for (const int size : {18, 22, 24, 36, 48, 64})
-        EXPECT_TRUE(icon.availableSizes().contains(QSize(size, size))) << size;
+    addApp(QStringLiteral("Moon"));
+    fakes.settle();
+    panel->hide();
+    const auto hidden = fakes.clock->pending();
+    panel->show();
+    EXPECT_EQ(fakes.clock->pending(), hidden + 1) << "the header's next minute";
+    panel->hide();
+    EXPECT_EQ(fakes.clock->pending(), hidden);
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/desktop/DesktopAlerts.h"
+#include "platform/desktop/DesktopFilePanels.h"
 #include "platform/desktop/DesktopPasteboard.h"
 #include "platform/desktop/DesktopScreens.h"
 #include "platform/desktop/FFmpegStillDecoder.h"
@@ -13,6 +14,7 @@
 #include "platform/desktop/TrayStatusItems.h"
 #include "platform/linux/DBusCommandChannel.h"
 #include "platform/linux/DBusDiagnostics.h"
+#include "platform/linux/DBusFileManager.h"
 #include "platform/linux/EwmhWindows.h"
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
@@ -107,6 +109,8 @@ Platform linuxPlatform()
     platform.symbols = std::make_shared<ThemeSymbols>();
     platform.appearance = std::make_shared<PortalAppearance>();
     platform.alerts = std::make_shared<DesktopAlerts>();
+    platform.filePanels = std::make_shared<DesktopFilePanels>();
+    platform.fileManager = std::make_shared<DBusFileManager>();
     platform.loginItems = std::make_shared<XdgLoginItems>(configFolder(), QCoreApplication::applicationFilePath());
     platform.foreignWindows = std::make_shared<EwmhWindows>(nullptr, qGuiApp->devicePixelRatio());
     return platform;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "launcher/PanelLook.h"
+
+#include <QWidget>
+
+namespace quillnest
+{
+
+/// What lies over the panel while files are held over it.
+class DropOverlay : public QWidget
+{
+    Q_OBJECT
+
+public:
+    DropOverlay(const Platform &platform, const PanelLook &look, QWidget *parent);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const Platform &m_platform;
+    const PanelLook &m_look;
+};
+
+} // namespace quillnest

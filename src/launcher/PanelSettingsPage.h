@@ -1,0 +1,47 @@
+#pragma once
+
+#include "launcher/PanelLook.h"
+#include "launcher/PanelServices.h"
+
+#include <QWidget>
+
+class QButtonGroup;
+class QLabel;
+class QVBoxLayout;
+
+namespace quillnest
+{
+
+class SettingRow;
+
+/// The settings inside the panel.
+class PanelSettingsPage : public QWidget
+{
+    Q_OBJECT
+
+public:
+    PanelSettingsPage(const PanelServices &services, const PanelLook &look, QWidget *parent = nullptr);
+
+    /// The look or a setting has changed.
+    void refresh();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void addHeading(QVBoxLayout *column, const QString &text);
+    void addFlag(QVBoxLayout *column, const QString &key, bool defaultValue, const QString &text);
+    void addThemes(QVBoxLayout *column);
+    void addWallpapers(QVBoxLayout *column);
+    void chooseWallpaper(const QString &id);
+    void choosePhoto();
+
+    const PanelServices &m_services;
+    const PanelLook &m_look;
+    SettingRow *m_openAtLogin = nullptr;
+    QLabel *m_loginError = nullptr;
+    std::vector<QLabel *> m_headings;
+    std::vector<std::function<void()>> m_readers;
+};
+
+} // namespace quillnest
