@@ -149,7 +149,7 @@ private:
         QElapsedTimer timer;
         timer.start();
         // The panel that comes up is what starts Android ahead of the first click.
-        m_program.post(QStringLiteral("hide"));
+        m_desktop.key(QStringLiteral("Escape"));
         m_program.waitForState(QStringLiteral("the panel to close"), 20, [](const QJsonObject &state) {
             return state.value(QStringLiteral("panel")).isNull();
         });

@@ -53,6 +53,8 @@ public:
     QString home() const { return m_root.filePath(QStringLiteral("home")); }
     double scale() const { return m_options.scale; }
     const QProcessEnvironment &environment() const { return m_environment; }
+    /// For whatever is started from now on.
+    void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
     qint64 xServerProcess() const { return m_xServer; }
 
     /// Runs a program on this desktop to its end and gives its standard output; throws for an exit status but 0.

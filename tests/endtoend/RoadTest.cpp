@@ -1,6 +1,8 @@
 #include "driver/Road.h"
 
+#include <QFile>
 #include <QImage>
+#include <QJsonArray>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -25,6 +27,16 @@ TEST(RoadTest, aClickOpensALiveAppAndEverythingTravelsBothWays)
     const auto report = goTheRoad(folder.path());
     const auto number = [&report](const char *key) { return report.value(QLatin1String(key)).toDouble(-1); };
 
+    const auto archives = report.value(QStringLiteral("archives")).toArray();
+    ASSERT_EQ(archives.size(), 3);
+    for (const auto &archive : archives) {
+        EXPECT_GT(archive[QStringLiteral("bytes")].toDouble(), 100'000);
+        EXPECT_EQ(archive[QStringLiteral("checksum")].toString(), QStringLiteral("matched"));
+    }
+    EXPECT_EQ(
+        report.value(QStringLiteral("licencesAccepted")).toArray(), QJsonArray{QStringLiteral("android-sdk-license")});
+    EXPECT_GT(number("provisionSeconds"), 0.0);
+    EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("setup.png"))));
     EXPECT_GT(number("bootSeconds"), 1.0) << "the stand-in takes a while to boot";
     EXPECT_EQ(report.value(QStringLiteral("package")).toString(), QStringLiteral("app.quillnest.samples.tide"));
     EXPECT_GT(number("installSeconds"), 0.0);
