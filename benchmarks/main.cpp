@@ -2,6 +2,7 @@
 // their figures, prints a table and writes FILE, "bench.json" by default. quillnest-bench --list names them.
 
 #include "benchmarks/AdbBench.h"
+#include "benchmarks/DownloadBench.h"
 #include "benchmarks/FrameAgeBench.h"
 #include "benchmarks/IconBench.h"
 #include "benchmarks/IdleBench.h"
@@ -11,8 +12,10 @@
 #include "benchmarks/LongStreamBench.h"
 #include "benchmarks/MachineFacts.h"
 #include "benchmarks/OpeningsBench.h"
+#include "benchmarks/PackageListBench.h"
 #include "benchmarks/PanelIconsBench.h"
 #include "benchmarks/ReadersBench.h"
+#include "benchmarks/Sha1Bench.h"
 #include "benchmarks/StartBench.h"
 #include "benchmarks/VideoPathBench.h"
 #include "benchmarks/WindowsBench.h"
@@ -29,9 +32,11 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
     const std::vector<Benchmark> benchmarks{
-        libraryBench(),        iconBench(),    vectorIconBench(), readersBench(),   panelIconsBench(), startBench(),
-        idleBench(),           adbBench(),     launchBench(),     frameAgeBench(),  inputBench(),      videoPathBench(),
-        largeVideoPathBench(), windowsBench(), openingsBench(),   longStreamBench()};
+        libraryBench(),        iconBench(),        vectorIconBench(), readersBench(),
+        panelIconsBench(),     startBench(),       idleBench(),       adbBench(),
+        launchBench(),         frameAgeBench(),    inputBench(),      videoPathBench(),
+        largeVideoPathBench(), windowsBench(),     openingsBench(),   longStreamBench(),
+        sha1Bench(),           packageListBench(), downloadBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {
