@@ -12,6 +12,8 @@ namespace
 {
 
 constexpr quint16 deflated = 8;
+/// What is larger is stored as it is: nobody is to wait for it.
+constexpr qsizetype largestPacked = 16 * 1024 * 1024;
 
 template <typename Number> void append(QByteArray &bytes, Number value)
 {
@@ -62,7 +64,7 @@ void ZipWriter::addLink(const QByteArray &name, const QByteArray &target)
 
 void ZipWriter::add(const QByteArray &name, const QByteArray &content, quint32 mode)
 {
-    const auto packed = deflate(content);
+    const auto packed = content.size() <= largestPacked ? deflate(content) : content;
     const bool isSmaller = packed.size() < content.size();
     const auto &stored = isSmaller ? packed : content;
     // What an entry's own header and its line in the directory have in common.

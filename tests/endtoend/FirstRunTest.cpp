@@ -31,6 +31,13 @@ const auto imagesList = QStringLiteral("sys-img2-3.xml");
 class FirstRunTest : public ::testing::Test
 {
 protected:
+    explicit FirstRunTest(int imageMegabytes = 4)
+        : server(
+            desktop,
+            {QStringLiteral("--api"), QStringLiteral("35"), QStringLiteral("--image-bytes"),
+             QString::number(imageMegabytes * 1'000'000)})
+    {
+    }
     ~FirstRunTest() override
     {
         if (HasFailure())
@@ -99,7 +106,7 @@ protected:
     }
 
     TestDesktop desktop{{.sound = false}};
-    PackageServer server{desktop, {QStringLiteral("--api"), QStringLiteral("35")}};
+    PackageServer server;
     ProgramUnderTest program{desktop, ProgramUnderTest::Runtime::None};
     SetupScreen setup{program};
 };
@@ -334,6 +341,44 @@ TEST_F(FirstRunTest, killedAtAnyMomentAToolIsWholeOrNotThere)
     EXPECT_EQ(staging(), QStringList());
     EXPECT_EQ(downloads(), QStringList());
     openTide();
+}
+
+/// With an image that takes a while at every step.
+class FirstRunOfALargeImageTest : public FirstRunTest
+{
+protected:
+    FirstRunOfALargeImageTest() : FirstRunTest(200) { }
+
+    void killWhile(const QString &step)
+    {
+        setup.consent();
+        waitFor(step, 60, [this, &step] {
+            return setup.state().value(QStringLiteral("text")).toString().startsWith(step + QStringLiteral(" Intel"));
+        });
+        program.kill();
+        EXPECT_FALSE(QFileInfo::exists(runtime() + QStringLiteral("/sdk/system-images/android-35/default/x86_64")));
+        EXPECT_FALSE(QFileInfo::exists(runtime() + QStringLiteral("/avd")));
+    }
+};
+
+TEST_F(FirstRunOfALargeImageTest, killedWhileVerifyingAndUnpackingTheNextStartFetchesNothing)
+{
+    start();
+    killWhile(QStringLiteral("Verifying"));
+    start();
+    killWhile(QStringLiteral("Unpacking"));
+    EXPECT_EQ(staging().size(), 1);
+    // The tool that unpacks is not the one that was killed, and may still be at it.
+    desktop.endAll(QByteArrayLiteral("unzip"));
+    start();
+    install();
+    EXPECT_EQ(server.requests().count(tools), 1);
+    EXPECT_EQ(server.requests().count(emulator), 1);
+    EXPECT_EQ(server.requests().count(image), 1);
+    EXPECT_EQ(staging(), QStringList());
+    EXPECT_EQ(
+        QFileInfo(runtime() + QStringLiteral("/sdk/system-images/android-35/default/x86_64/system.img")).size(),
+        200'000'000);
 }
 
 TEST_F(FirstRunTest, whatHasBeenDownloadedIsNotFetchedAgain)
