@@ -42,7 +42,8 @@ void run(BenchReport &report)
     {
         AndroidRuntimeCLI runtime(fakes.platform, log);
         AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
-        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows});
+        AndroidRuntimeProvisioner provisioner(fakes.platform);
+        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows, provisioner});
         fakes.settle();
 
         Samples ordered;

@@ -13,6 +13,7 @@
 #include "benchmarks/MachineFacts.h"
 #include "benchmarks/OpeningsBench.h"
 #include "benchmarks/PackageListBench.h"
+#include "benchmarks/PanelBench.h"
 #include "benchmarks/PanelIconsBench.h"
 #include "benchmarks/ReadersBench.h"
 #include "benchmarks/Sha1Bench.h"
@@ -32,11 +33,11 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     // Those that need a quiet machine most go first.
     const std::vector<Benchmark> benchmarks{
-        libraryBench(),        iconBench(),        vectorIconBench(), readersBench(),
-        panelIconsBench(),     startBench(),       idleBench(),       adbBench(),
-        launchBench(),         frameAgeBench(),    inputBench(),      videoPathBench(),
-        largeVideoPathBench(), windowsBench(),     openingsBench(),   longStreamBench(),
-        sha1Bench(),           packageListBench(), downloadBench()};
+        libraryBench(),    iconBench(),           vectorIconBench(),  readersBench(),
+        panelBench(),      panelIconsBench(),     startBench(),       idleBench(),
+        adbBench(),        launchBench(),         frameAgeBench(),    inputBench(),
+        videoPathBench(),  largeVideoPathBench(), windowsBench(),     openingsBench(),
+        longStreamBench(), sha1Bench(),           packageListBench(), downloadBench()};
 
     const auto arguments = QApplication::arguments().mid(1);
     if (arguments == QStringList{QStringLiteral("--list")}) {

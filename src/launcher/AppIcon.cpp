@@ -7,6 +7,7 @@
 #include <QPixmapCache>
 #include <QTextBoundaryFinder>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -91,6 +92,28 @@ QImage shadowOf(const QImage &picture, double radius)
     return shadow;
 }
 
+bool isOpaque(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        if (std::any_of(line, line + image.width(), [](QRgb pixel) { return qAlpha(pixel) < 255; }))
+            return false;
+    }
+    return true;
+}
+
+/// What the shape itself casts: the shadow of every picture that fills it, which is most of them.
+QImage shadowOfShape(const QImage &picture, int side, ThemeStyle style)
+{
+    const auto key = QStringLiteral("icon shadow %1 %2").arg(side).arg(static_cast<int>(style));
+    QPixmap pixmap;
+    if (!QPixmapCache::find(key, &pixmap)) {
+        pixmap = QPixmap::fromImage(shadowOf(picture, side * shadowRadius));
+        QPixmapCache::insert(key, pixmap);
+    }
+    return pixmap.toImage();
+}
+
 /// A picture in its shape above its shadow, `side` pixels wide with room on all sides.
 QImage composed(const QImage &image, int side, int room, ThemeStyle style)
 {
@@ -112,7 +135,9 @@ QImage composed(const QImage &image, int side, int room, ThemeStyle style)
     QImage result(whole, QImage::Format_ARGB32_Premultiplied);
     result.fill(Qt::transparent);
     painter.begin(&result);
-    painter.drawImage(QPointF(0, std::round(side * shadowOffset)), shadowOf(picture, side * shadowRadius));
+    const bool fills = scaled.size() == QSize(side, side) && isOpaque(scaled);
+    const auto shadow = fills ? shadowOfShape(picture, side, style) : shadowOf(picture, side * shadowRadius);
+    painter.drawImage(QPointF(0, std::round(side * shadowOffset)), shadow);
     painter.drawImage(0, 0, picture);
     return result;
 }

@@ -21,6 +21,8 @@ public:
     void forget() { m_picture = {}; }
 
 private:
+    void paintWallpaper(QPainter &painter, const QRect &area, const PanelLook &look, double radius);
+
     const Platform &m_platform;
     QPixmap m_picture;
     QString m_key;
