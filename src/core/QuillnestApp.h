@@ -38,7 +38,7 @@ public:
         std::function<QImage()> paintPanel;
         std::function<QImage()> paintGlyph;
         /// The tiles of the launcher that are on the screen, for the diagnostic report.
-        std::function<QJsonArray()> reportTiles;
+        std::function<QJsonArray()> reportTiles{};
         /// Ends the program by way of `terminate`.
         std::function<void()> quit;
     };
