@@ -13,7 +13,7 @@ namespace
 
 constexpr quint16 deflated = 8;
 /// What is larger is stored as it is: nobody is to wait for it.
-constexpr qsizetype largestPacked = 16 * 1024 * 1024;
+constexpr qsizetype largestPacked = 1 << 24;
 
 template <typename Number> void append(QByteArray &bytes, Number value)
 {

@@ -11,7 +11,7 @@ namespace
 {
 
 /// What may wait in memory between the network and whoever takes it.
-constexpr qint64 waitingBytes = 1024 * 1024;
+constexpr qint64 waitingBytes = 1 << 20;
 
 bool isWeb(const QUrl &url)
 {
@@ -70,7 +70,7 @@ HttpTransfer::~HttpTransfer()
 
 void HttpTransfer::takePieces()
 {
-    std::array<char, 256 * 1024> buffer;
+    std::array<char, 1 << 18> buffer;
     const auto length = announcedLength().value_or(-1);
     for (qint64 count = 0; !m_ended && (count = m_reply->read(buffer.data(), buffer.size())) > 0;) {
         m_taken += count;

@@ -176,8 +176,11 @@ bool UnzipArchives::unpack(const QString &archive, const QString &folder)
     const auto result = m_processes->run(command);
     if (result.launchError)
         throw LaunchError(*result.launchError);
-    return result.status == 0 && UnpackedTree::isHarmless(staging->tree()) && writeOut(staging->tree())
+    const bool unpacked = result.status == 0 && UnpackedTree::isHarmless(staging->tree()) && writeOut(staging->tree())
         && UnpackedTree::moveInto(staging->tree(), target);
+    // The tool of a run that was killed may have been at it until now.
+    Staging::removeLeftOvers(parent);
+    return unpacked;
 }
 
 } // namespace quillnest
