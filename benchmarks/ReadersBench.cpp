@@ -84,12 +84,14 @@ void run(BenchReport &report)
         if (APKIconExtractor::entries(*table, anIcon).empty())
             throw std::runtime_error("no entries");
     });
-    report.add(QStringLiteral("elements_mib_per_s"), elements.mebibytes, QStringLiteral("MiB a second of compiled XML"));
+    report.add(
+        QStringLiteral("elements_mib_per_s"), elements.mebibytes, QStringLiteral("MiB a second of compiled XML"));
     report.add(
         QStringLiteral("elements_read_ratio"), elements.ratio,
         QStringLiteral("of reading the same bytes once from memory"));
     report.add(
-        QStringLiteral("entries_mib_per_s"), entries.mebibytes, QStringLiteral("MiB a second of table for one resource"));
+        QStringLiteral("entries_mib_per_s"), entries.mebibytes,
+        QStringLiteral("MiB a second of table for one resource"));
     report.add(
         QStringLiteral("entries_read_ratio"), entries.ratio,
         QStringLiteral("of reading the same bytes once from memory"));
@@ -101,8 +103,8 @@ Benchmark readersBench()
 {
     return {
         QStringLiteral("readers"),
-        {QStringLiteral("elements_mib_per_s"), QStringLiteral("elements_read_ratio"), QStringLiteral("entries_mib_per_s"),
-         QStringLiteral("entries_read_ratio")},
+        {QStringLiteral("elements_mib_per_s"), QStringLiteral("elements_read_ratio"),
+         QStringLiteral("entries_mib_per_s"), QStringLiteral("entries_read_ratio")},
         run};
 }
 

@@ -29,7 +29,8 @@ void AppLibraryStore::switchAndroidVersion(int api)
     setAndroidState(complete ? AndroidState::sleeping : AndroidState::notSetUp);
     const auto name = AndroidVersions::name(api);
     setStatus(
-        complete ? QStringLiteral("Switched to %1").arg(name) : QStringLiteral("%1 needs a one-time download").arg(name));
+        complete ? QStringLiteral("Switched to %1").arg(name)
+                 : QStringLiteral("%1 needs a one-time download").arg(name));
 }
 
 void AppLibraryStore::deleteAndroidVersion(int api)
