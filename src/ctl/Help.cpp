@@ -87,7 +87,7 @@ QByteArray commandList()
 {
     QByteArray text;
     for (const auto &command : knownCommands)
-        text += QByteArray(command.text).leftJustified(16) + command.meaning + '\n';
+        text += QByteArray(command.text).leftJustified(18) + command.meaning + '\n';
     return text;
 }
 
