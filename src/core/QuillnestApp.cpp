@@ -63,8 +63,11 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     m_store->paintPanel = m_interface.paintPanel;
     m_store->paintGlyph = m_interface.paintGlyph;
     connect(&m_provisioner, &AndroidRuntimeProvisioner::changed, m_store.get(), [this] {
-        if (std::holds_alternative<AndroidRuntimeProvisioner::Ready>(m_provisioner.phase()))
-            m_store->refreshAndroidState();
+        if (!std::holds_alternative<AndroidRuntimeProvisioner::Ready>(m_provisioner.phase()))
+            return;
+        m_store->refreshAndroidState();
+        // Whoever has just waited for the download is about to open an app.
+        m_store->prewarmAndroid();
     });
     m_commands = std::make_unique<CommandDispatcher>(m_services, *m_store);
     endHostSideServers();

@@ -81,6 +81,20 @@ TEST_F(QuillnestAppTest, aDeviceThatAnEarlierRunLeftIsCleanedAndSleepsWhenNobody
     EXPECT_EQ(app->store().androidState(), State::ready);
 }
 
+TEST_F(QuillnestAppTest, androidIsStartedAsSoonAsItsDownloadIsComplete)
+{
+    const auto image = AndroidRuntimePaths::managed(fakes.platform, 35).systemImage();
+    QFile::remove(image);
+    start();
+    fakes.settle();
+    app->store().refreshAndroidState();
+    EXPECT_EQ(app->store().androidState(), State::notSetUp);
+    install(35);
+    app->provisioner().prepare();
+    fakes.settle();
+    EXPECT_TRUE(hasLogged(QStringLiteral("warm-up: starting Android in the background")));
+}
+
 TEST_F(QuillnestAppTest, withoutADeviceThereIsNothingToCleanButTheIdleTimeRuns)
 {
     start();
