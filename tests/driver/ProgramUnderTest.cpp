@@ -359,8 +359,10 @@ QString ProgramUnderTest::adbPath() const
 void ProgramUnderTest::replaceAdb(const QString &script) const
 {
     const auto real = adbPath() + QStringLiteral(".real");
-    if (!QFileInfo(real).isSymLink())
-        QFile::rename(adbPath(), real);
+    // A second name, since the program may be about to start it.
+    if (!QFileInfo::exists(real)
+        && ::link(QFile::encodeName(adbPath()).constData(), QFile::encodeName(real).constData()) != 0)
+        throw DriverError(QStringLiteral("adb can't be replaced"));
     // Renamed into its place, as a shell may be reading the one before.
     const auto fresh = adbPath() + QStringLiteral(".new");
     QFile file(fresh);

@@ -148,12 +148,7 @@ private:
         m_program.noteAdbCalls();
         QElapsedTimer timer;
         timer.start();
-        // The panel that comes up is what starts Android ahead of the first click.
-        m_desktop.key(QStringLiteral("Escape"));
-        m_program.waitForState(QStringLiteral("the panel to close"), 20, [](const QJsonObject &state) {
-            return state.value(QStringLiteral("panel")).isNull();
-        });
-        m_program.post(QStringLiteral("home"));
+        // Nobody has to ask: a device that has just come is started.
         m_program.waitForState(QStringLiteral("Android to be ready"), 120, [](const QJsonObject &state) {
             return text(state, "androidState") == QStringLiteral("ready");
         });
