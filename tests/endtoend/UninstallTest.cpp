@@ -16,8 +16,7 @@ protected:
         });
         const auto tile = program.waitForTile(QStringLiteral("Tide")).center();
         desktop.click(tile, 3);
-        // Not any window that the manager leaves alone: a tool tip is one, too.
-        waitFor(QStringLiteral("the menu"), 10, [this] { return isShown(QStringLiteral("TYPE_POPUP_MENU")); });
+        waitFor(QStringLiteral("the menu"), 10, [this] { return isMenuShown(); });
         // Upwards from nowhere is the last one.
         desktop.key(QStringLiteral("Up"));
         desktop.key(QStringLiteral("Return"));
@@ -30,6 +29,16 @@ protected:
                                            "xprop -id $window _NET_WM_WINDOW_TYPE; done | grep -c \"$1\" || true");
         return desktop.run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), type}).trimmed()
             != "0";
+    }
+
+    /// Whether a window that the manager leaves alone is shown which is higher than a tool tip, for that is one, too.
+    bool isMenuShown() const
+    {
+        const auto script = QStringLiteral(
+            "for window in $(xdotool search --onlyvisible --class quillnest); do xwininfo -id $window | "
+            "awk '/Height:/ {height = $2} /Override Redirect State: yes/ {menu = 1} "
+            "END {if (menu && height > 150) print}'; done | grep -c '' || true");
+        return desktop.run(QStringLiteral("sh"), {QStringLiteral("-c"), script}).trimmed() != "0";
     }
 
     void waitForQuestion(bool shown) const
