@@ -141,6 +141,15 @@ void prefetchLayers(IconSource &source, const std::vector<Element> &elements)
         }
     }
     source.prefetch(files);
+
+    // And then the colours that the drawables among them refer to, those of both layers in one go.
+    std::vector<std::string> colors;
+    for (const auto &file : files) {
+        const auto *bytes = file.ends_with(".xml") ? source.read(file) : nullptr;
+        if (bytes)
+            IconVector::appendPaintFiles(source, *bytes, colors);
+    }
+    source.prefetch(colors);
 }
 
 void drawLayer(Canvas &canvas, const Layer &layer)
@@ -273,7 +282,9 @@ std::optional<Image> APKIconExtractor::adaptive(IconSource &source, const std::v
             section = &ignored;
         section->push_back(element);
     }
-    prefetchLayers(source, elements);
+    auto drawn = background;
+    drawn.insert(drawn.end(), foreground.begin(), foreground.end());
+    prefetchLayers(source, drawn);
 
     const auto back = layer(source, background, depth);
     const auto front = layer(source, foreground, depth);

@@ -165,24 +165,6 @@ bool drawGroup(IconSource &source, Canvas &canvas, const Node &node)
     return drew;
 }
 
-/// Gathers what of the package the paints of these nodes will ask for, to be read side by side.
-void collectPaintFiles(
-    IconSource &source, std::span<const std::unique_ptr<Node>> nodes, std::vector<std::string> &files)
-{
-    for (const auto &node : nodes) {
-        for (const auto *name : {"fillColor", "strokeColor"}) {
-            const auto *attr = attribute(*node, name);
-            if (!attr || attr->type != APKIconExtractor::referenceType)
-                continue;
-            for (const auto &entry : source.entries(attr->data)) {
-                if (entry.file && entry.file->ends_with(".xml"))
-                    files.push_back(*entry.file);
-            }
-        }
-        collectPaintFiles(source, node->children, files);
-    }
-}
-
 std::optional<Image> drawVector(IconSource &source, const Node &root)
 {
     const double width = number(root, "viewportWidth", adaptiveUnits);
@@ -192,10 +174,6 @@ std::optional<Image> drawVector(IconSource &source, const Node &root)
     const auto canvas = iconCanvas(source);
     if (!canvas)
         return std::nullopt;
-    std::vector<std::string> files;
-    collectPaintFiles(source, root.children, files);
-    source.prefetch(files);
-
     // The viewport fills the canvas, its y axis pointing downward.
     canvas->translate(0, iconSize);
     canvas->scale(iconSize / width, -iconSize / height);
@@ -334,13 +312,32 @@ std::unique_ptr<Node> IconVector::tree(IconSource &source, ByteView bytes)
     return root;
 }
 
+void IconVector::appendPaintFiles(IconSource &source, ByteView bytes, std::vector<std::string> &files)
+{
+    for (const auto &element : source.elements(bytes)) {
+        for (const auto *name : {"fillColor", "strokeColor"}) {
+            const auto attr = element.attrs.find(name);
+            if (attr == element.attrs.end() || attr->second.type != APKIconExtractor::referenceType)
+                continue;
+            for (const auto &entry : source.entries(attr->second.data)) {
+                if (entry.file && entry.file->ends_with(".xml"))
+                    files.push_back(*entry.file);
+            }
+        }
+    }
+}
+
 std::optional<Image> IconVector::render(IconSource &source, ByteView bytes, int depth)
 {
     const auto root = tree(source, bytes);
     if (!root)
         return std::nullopt;
-    if (root->name == "vector")
+    if (root->name == "vector") {
+        std::vector<std::string> files;
+        appendPaintFiles(source, bytes, files);
+        source.prefetch(files);
         return drawVector(source, *root);
+    }
     if (root->name == "inset")
         return drawInset(source, *root, depth);
     if (root->name == "color" || root->name == "shape")

@@ -39,6 +39,9 @@ using Paint = std::variant<Color, PlacedGradient>;
 /// resources that led to this file.
 std::optional<Image> render(IconSource &source, ByteView bytes, int depth);
 
+/// Appends the files that the paints of a compiled XML file lie in, for `IconSource::prefetch`.
+void appendPaintFiles(IconSource &source, ByteView bytes, std::vector<std::string> &files);
+
 /// The element at the root with all that it holds; elements nested deeper than any real file's are left out.
 std::unique_ptr<Node> tree(IconSource &source, ByteView bytes);
 
