@@ -7,6 +7,7 @@
 #include "fakes/FakePlatform.h"
 #include "launcher/MenuPanel.h"
 #include "platform/desktop/QtExecutor.h"
+#include "platform/desktop/ThemeSymbols.h"
 #include "platform/linux/PosixChildProcesses.h"
 
 #include <QDir>
@@ -65,7 +66,8 @@ Filling fill(
     AppIconStore icons(platform, log);
     const PanelServices services{.platform = platform, .store = store, .icons = icons, .windows = windows};
     MenuPanel panel(services);
-    panel.resize(390, 760);
+    // High enough to show all of them: an icon is asked for when its tile is painted.
+    panel.resize(390, 6000);
     panel.show();
     result.worstTurn = since(turn);
     while (icons.images().size() < appCount) {
@@ -87,6 +89,7 @@ void run(BenchReport &report)
     auto platform = fakes.platform;
     platform.executor = std::make_shared<QtExecutor>();
     platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.symbols = std::make_shared<ThemeSymbols>();
     fakes.settings->setValue(
         QStringLiteral("Quillnest.apps.v1"),
         LibraryFormat::encode(libraryOfCopies(fakes.path(QStringLiteral("Packages")))));
