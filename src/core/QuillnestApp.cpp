@@ -233,8 +233,10 @@ void QuillnestApp::terminate()
     if (m_player)
         m_player->orderOut();
     m_windows.closeAll();
-    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestStopAndroidOnQuit"), true))
+    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestStopAndroidOnQuit"), true)) {
         m_windows.stopAndroid(QStringLiteral("Quillnest quit"), true);
+        m_runtime.endUnfinishedBoot();
+    }
 }
 
 } // namespace quillnest

@@ -46,6 +46,11 @@ AndroidRuntimeCLI::~AndroidRuntimeCLI()
     m_boot->cancel();
 }
 
+void AndroidRuntimeCLI::endUnfinishedBoot() const
+{
+    m_boot->endUnfinished();
+}
+
 Task<> AndroidRuntimeCLI::ensureRuntime()
 {
     return EmulatorBoot::ensure(m_boot);

@@ -52,6 +52,9 @@ public:
     /// now. All callers share the one boot in flight, and its failure: AndroidRuntimeError or LaunchError.
     Task<> ensureRuntime();
 
+    /// Ends the emulator that this process has just started, if nothing else can reach it yet. Main thread.
+    void endUnfinishedBoot() const;
+
     /// Makes sure that an APK is installed and can be launched; returns its package name. Repeats for an unchanged file
     /// cost one look at the device. Throws AndroidRuntimeError or what `ensureRuntime` throws.
     Task<QString> installAndLaunch(QString apkPath);

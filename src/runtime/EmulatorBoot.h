@@ -28,6 +28,13 @@ public:
     /// The boot in flight ends with AndroidRuntimeCancelled at its next step. The device is left as it is.
     void cancel() { m_cancelled = true; }
 
+    /// Ends the emulator of a boot in flight, which may not be far enough yet to obey adb.
+    void endUnfinished() const
+    {
+        if (m_flight && emulatorIsRunning())
+            m_emulatorProcess->terminate();
+    }
+
     /// Throws AndroidRuntimeCancelled after `cancel`.
     void throwIfCancelled() const;
 

@@ -226,6 +226,22 @@ TEST_F(QuillnestAppTest, theEndClosesAllWindowsAndWaitsUntilTheDeviceHasBeenTold
     EXPECT_EQ(count("emu kill"), 1);
 }
 
+TEST_F(QuillnestAppTest, anEmulatorThatHasJustBeenStartedIsEndedWithTheProgram)
+{
+    device.looksUntilBooted = 1000000;
+    start();
+    app->store().prewarmAndroid();
+    fakes.settle();
+    const auto children = fakes.processes->children();
+    const auto emulator = std::find_if(children.begin(), children.end(), [](const auto &child) {
+        return child->command().program.endsWith(QLatin1String("/emulator"));
+    });
+    ASSERT_NE(emulator, children.end());
+    EXPECT_EQ((*emulator)->terminations(), 0);
+    app->terminate();
+    EXPECT_EQ((*emulator)->terminations(), 1);
+}
+
 TEST_F(QuillnestAppTest, theDeviceMayStayForTheNextStartWhichStopsItsApps)
 {
     deviceIsUp();
