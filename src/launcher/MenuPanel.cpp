@@ -7,9 +7,9 @@
 #include "launcher/Glyph.h"
 #include "launcher/GreetingHeader.h"
 #include "launcher/PanelMenus.h"
-#include "launcher/PanelSettingsPage.h"
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
+#include "launcher/SettingsPane.h"
 #include "launcher/SlimScrollBar.h"
 #include "launcher/StatusPill.h"
 #include "launcher/Wallpaper.h"
@@ -138,23 +138,6 @@ QWidget *MenuPanel::makeTitleBar()
     return bar;
 }
 
-QWidget *MenuPanel::makeSettingsHeader()
-{
-    auto *bar = new QWidget(m_settings);
-    bar->setFixedHeight(titleBarHeight);
-    auto *row = new QHBoxLayout(bar);
-    row->setContentsMargins(10, 8, margin, 4);
-    row->setSpacing(8);
-    auto *back = new HeaderIconButton(
-        m_services.platform, m_look, QStringLiteral("chevron.left"), QStringLiteral("Back to apps"), bar);
-    connect(back, &QAbstractButton::clicked, this, [this] { setShowSettings(false); });
-    row->addWidget(back);
-    m_settingsTitle = new QLabel(QStringLiteral("Settings"), bar);
-    m_settingsTitle->setFont(interfaceFont(13, QFont::DemiBold));
-    row->addWidget(m_settingsTitle, 1);
-    return bar;
-}
-
 void MenuPanel::makeApps(QVBoxLayout *column)
 {
     m_appArea = new QWidget(m_launcher);
@@ -262,25 +245,9 @@ void MenuPanel::setShowSettings(bool on)
 {
     m_showSettings = on;
     if (on && !m_settings) {
-        m_settings = new QWidget(this);
-        auto *column = new QVBoxLayout(m_settings);
-        column->setContentsMargins(0, 0, 0, 0);
-        column->setSpacing(0);
-        column->addWidget(makeSettingsHeader());
-        auto *scroll = new QScrollArea(m_settings);
-        scroll->setWidgetResizable(true);
-        scroll->setFrameShape(QFrame::NoFrame);
-        scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scroll->setFocusPolicy(Qt::NoFocus);
-        scroll->viewport()->setAutoFillBackground(false);
-        m_settingsPage = new PanelSettingsPage(m_services, m_look, scroll);
-        scroll->setWidget(m_settingsPage);
-        m_settingsPage->setAutoFillBackground(false);
-        new SlimScrollBar(*scroll, m_look);
-        column->addWidget(scroll, 1);
+        m_settings = new SettingsPane(m_services, m_look, this);
+        connect(m_settings, &SettingsPane::left, this, [this] { setShowSettings(false); });
         layout()->addWidget(m_settings);
-        refreshParts();
     }
     m_launcher->setVisible(!on);
     if (m_settings)
@@ -329,8 +296,8 @@ void MenuPanel::lookChanged()
     // Headings and heights follow the style.
     refreshApps(true);
     refreshParts();
-    if (m_settingsPage)
-        m_settingsPage->refresh();
+    if (m_settings)
+        m_settings->refresh();
     const auto all = findChildren<QWidget *>();
     for (auto *child : all)
         child->update();
@@ -394,8 +361,6 @@ void MenuPanel::refreshParts()
     m_launcher->layout()->invalidate();
 
     setColor(m_title, colors.label);
-    if (m_settingsTitle)
-        setColor(m_settingsTitle, colors.label);
     setColor(m_nothing, colors.secondaryLabel);
     setColor(m_status, colors.secondaryLabel);
     m_status->setText(store.statusMessage());

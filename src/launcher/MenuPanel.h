@@ -21,9 +21,9 @@ class ElidedLabel;
 class EmptyState;
 class GreetingHeader;
 class HeaderIconButton;
-class PanelSettingsPage;
 class QuillDock;
 class SearchField;
+class SettingsPane;
 class StatusPill;
 
 /// The launcher: a greeting, the search, what Android is doing, and the library as grids of tiles. Takes dropped files
@@ -77,7 +77,6 @@ protected:
 private:
     // Building, once.
     QWidget *makeTitleBar();
-    QWidget *makeSettingsHeader();
     void makeApps(QVBoxLayout *column);
     QWidget *makeFooter();
     void wire();
@@ -104,10 +103,8 @@ private:
     QString m_search;
 
     QWidget *m_launcher = nullptr;
-    QWidget *m_settings = nullptr;
-    PanelSettingsPage *m_settingsPage = nullptr;
+    SettingsPane *m_settings = nullptr;
     QLabel *m_title = nullptr;
-    QLabel *m_settingsTitle = nullptr;
     HeaderIconButton *m_more = nullptr;
     GreetingHeader *m_header = nullptr;
     SearchField *m_searchField = nullptr;
