@@ -4,6 +4,10 @@ add_library(quillnest_options INTERFACE)
 target_compile_options(quillnest_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion
   -Wno-sign-conversion -fno-strict-aliasing)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # For the compiler's cache: the preprocessed text names the precompiled header.
+  target_compile_options(quillnest_options INTERFACE -fpch-preprocess)
+endif()
 if(QUILLNEST_WERROR)
   target_compile_options(quillnest_options INTERFACE -Werror)
 endif()
