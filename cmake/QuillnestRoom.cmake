@@ -35,18 +35,23 @@ target_precompile_headers(quillnest_pch PRIVATE
   <chrono> <coroutine> <cstdint> <functional> <map> <memory> <mutex> <optional> <span> <string> <thread> <vector>)
 
 # quillnest_room(NAME SOURCES... USES ROOMS... LIBRARIES...)
-# A room is a folder under src/ and a static library of the same name. It sees the headers of the rooms that
-# it names under USES, and of nothing else of ours: each room's include path is its own target's property.
+# A room is a folder under src/, perhaps one below another, and a static library of its own name. It sees the headers of
+# the rooms that it names under USES, and of nothing else of ours: each room's include path is its own target's property.
 function(quillnest_room name)
   cmake_parse_arguments(ROOM "" "" "SOURCES;USES;LIBRARIES" ${ARGN})
   add_library(${name} STATIC ${ROOM_SOURCES})
-  # Headers are included as "room/File.h"; the generated folder holds a link to this room alone, so an include
-  # of a room that is not linked finds nothing.
+  # Headers are included by the folder's path, "room/File.h" or "features/room/File.h"; the generated folder holds a link
+  # to this room alone, so an include of a room that is not linked finds nothing.
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_SOURCE_DIR}/src OUTPUT_VARIABLE path)
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
-  file(MAKE_DIRECTORY ${view})
-  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${name} SYMBOLIC)
+  cmake_path(GET path PARENT_PATH above)
+  file(MAKE_DIRECTORY ${view}/${above})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${path} SYMBOLIC)
   target_include_directories(${name} PUBLIC ${view})
   target_link_libraries(${name} PUBLIC ${ROOM_USES} ${ROOM_LIBRARIES} PRIVATE quillnest_qt)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   target_precompile_headers(${name} REUSE_FROM quillnest_pch)
+  if(path MATCHES "^features/")
+    target_link_libraries(quillnest_features INTERFACE ${name})
+  endif()
 endfunction()
