@@ -3,12 +3,13 @@
 #include "core/QuillnestApp.h"
 #include "launcher/Glyph.h"
 #include "launcher/MenuPanel.h"
-#include "launcher/RuntimeSetupView.h"
+#include "launcher/setup/RuntimeSetupView.h"
+#include "look/Fonts.h"
+#include "look/InterfaceStyle.h"
+#include "look/Palette.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/TerminationSignals.h"
 #include "runtime/AndroidAdBlock.h"
-#include "windows/InterfaceStyle.h"
-#include "windows/Palette.h"
 
 #include <QApplication>
 #include <QJsonArray>

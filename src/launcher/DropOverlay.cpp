@@ -1,6 +1,7 @@
 #include "launcher/DropOverlay.h"
 
-#include "launcher/ContinuousCorners.h"
+#include "look/ContinuousCorners.h"
+#include "look/Fonts.h"
 
 #include <QPainter>
 

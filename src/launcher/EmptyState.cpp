@@ -1,7 +1,8 @@
 #include "launcher/EmptyState.h"
 
-#include "launcher/ContinuousCorners.h"
-#include "launcher/PushButton.h"
+#include "look/ContinuousCorners.h"
+#include "look/Fonts.h"
+#include "look/PushButton.h"
 
 #include <QLabel>
 #include <QPainter>

@@ -1,5 +1,7 @@
 #include "launcher/GreetingHeader.h"
 
+#include "look/Fonts.h"
+
 #include <QLocale>
 #include <QPainter>
 #include <QStyle>

@@ -9,12 +9,13 @@
 #include "launcher/PanelMenus.h"
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
-#include "launcher/SettingsPane.h"
-#include "launcher/SlimScrollBar.h"
 #include "launcher/StatusPill.h"
-#include "launcher/Wallpaper.h"
+#include "launcher/settings/SettingsPane.h"
+#include "launcher/wallpaper/Wallpaper.h"
+#include "look/ElidedLabel.h"
+#include "look/Fonts.h"
+#include "look/SlimScrollBar.h"
 #include "runtime/AndroidRuntimePaths.h"
-#include "windows/ElidedLabel.h"
 
 #include <QDragEnterEvent>
 #include <QHBoxLayout>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "launcher/AppGrid.h"
-#include "launcher/PanelBackground.h"
 #include "launcher/PanelLook.h"
 #include "launcher/PanelServices.h"
+#include "launcher/grid/AppGrid.h"
+#include "launcher/wallpaper/PanelBackground.h"
 
 #include <QImage>
 #include <QWidget>

@@ -1,19 +1,14 @@
 #pragma once
 
 #include "launcher/Theme.h"
-#include "platform/Platform.h"
-#include "windows/Palette.h"
+#include "look/Look.h"
 
 namespace quillnest
 {
 
-/// How a panel looks at the moment: what its parts need to know in order to paint themselves.
-struct PanelLook {
+/// How a panel looks at the moment: its controls' look, and the style of its headers, tiles and icons.
+struct PanelLook : Look {
     ThemeStyle style = ThemeStyle::classic;
-    Palette colors;
-    bool isDark = false;
-    /// A wallpaper shines through, so what lies on it has to let it.
-    bool hasWallpaper = false;
 
     /// As settings and desktop say now.
     static PanelLook current(const Platform &platform);

@@ -1,10 +1,11 @@
 #include "launcher/QuillDock.h"
 
-#include "launcher/AppIcon.h"
-#include "launcher/ContinuousCorners.h"
-#include "launcher/Spinner.h"
 #include "launcher/StatusPill.h"
-#include "windows/ElidedLabel.h"
+#include "launcher/grid/AppIcon.h"
+#include "look/ContinuousCorners.h"
+#include "look/ElidedLabel.h"
+#include "look/Fonts.h"
+#include "look/Spinner.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "launcher/HeaderIconButton.h"
+#include "launcher/PanelLook.h"
 #include "launcher/PanelServices.h"
+#include "look/HeaderIconButton.h"
 
 #include <QWidget>
 

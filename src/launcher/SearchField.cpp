@@ -1,5 +1,7 @@
 #include "launcher/SearchField.h"
 
+#include "look/Fonts.h"
+
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "launcher/HeaderIconButton.h"
 #include "launcher/PanelLook.h"
+#include "look/HeaderIconButton.h"
 
 #include <QWidget>
 

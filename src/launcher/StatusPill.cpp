@@ -1,7 +1,8 @@
 #include "launcher/StatusPill.h"
 
 #include "launcher/Theme.h"
-#include "windows/Palette.h"
+#include "look/Fonts.h"
+#include "look/Palette.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
 #include "windows/AndroidAppPanel.h"
 
-#include "windows/Palette.h"
+#include "look/Palette.h"
 
 #include <QCloseEvent>
 #include <QMouseEvent>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "look/PanelShadow.h"
 #include "platform/Platform.h"
-#include "windows/PanelShadow.h"
 
 #include <QWidget>
 

@@ -1,10 +1,11 @@
 #include "windows/AndroidPlayerView.h"
 
 #include "base/QuillnestLayout.h"
+#include "look/ElidedLabel.h"
+#include "look/Fonts.h"
+#include "look/Palette.h"
+#include "look/SymbolButton.h"
 #include "windows/AndroidAppPanel.h"
-#include "windows/ElidedLabel.h"
-#include "windows/Palette.h"
-#include "windows/SymbolButton.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #include "windows/AndroidVideoView.h"
 
+#include "look/Palette.h"
 #include "windows/AndroidAppPanel.h"
-#include "windows/Palette.h"
 
 #include <QPaintEngine>
 #include <QPaintEvent>

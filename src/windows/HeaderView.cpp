@@ -1,9 +1,10 @@
 #include "windows/HeaderView.h"
 
 #include "base/QuillnestLayout.h"
-#include "windows/ElidedLabel.h"
-#include "windows/Palette.h"
-#include "windows/SymbolButton.h"
+#include "look/ElidedLabel.h"
+#include "look/Fonts.h"
+#include "look/Palette.h"
+#include "look/SymbolButton.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "launcher/AppTile.h"
+#include "launcher/grid/AppTile.h"
 
 #include "PanelFixture.h"
-#include "launcher/Spinner.h"
+#include "look/Spinner.h"
 
 using namespace quillnest;
 

@@ -4,10 +4,11 @@
 #include "LaunchFixture.h"
 #include "core/LibraryFormat.h"
 #include "launcher/MenuPanel.h"
-#include "launcher/Wallpaper.h"
+#include "launcher/wallpaper/Wallpaper.h"
+#include "look/Fonts.h"
+#include "look/InterfaceStyle.h"
+#include "look/Palette.h"
 #include "platform/desktop/ThemeSymbols.h"
-#include "windows/InterfaceStyle.h"
-#include "windows/Palette.h"
 
 #include <QApplication>
 #include <QDir>

@@ -7,7 +7,7 @@
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
 #include "launcher/StatusPill.h"
-#include "windows/Palette.h"
+#include "look/Palette.h"
 
 #include <QDropEvent>
 #include <QLineEdit>

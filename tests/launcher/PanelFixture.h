@@ -1,8 +1,8 @@
 #pragma once
 
 #include "LaunchFixture.h"
-#include "launcher/AppGrid.h"
 #include "launcher/MenuPanel.h"
+#include "launcher/grid/AppGrid.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,8 +1,8 @@
 #include "launcher/QuillDock.h"
 
 #include "PanelFixture.h"
-#include "launcher/Spinner.h"
 #include "launcher/StatusPill.h"
+#include "look/Spinner.h"
 
 using namespace quillnest;
 

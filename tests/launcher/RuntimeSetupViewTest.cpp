@@ -1,11 +1,11 @@
-#include "launcher/RuntimeSetupView.h"
+#include "launcher/setup/RuntimeSetupView.h"
 
 #include "fakes/FakeNetwork.h"
 #include "fakes/FakePlatform.h"
-#include "launcher/LicenceSheet.h"
-#include "launcher/ProgressBar.h"
-#include "launcher/PushButton.h"
-#include "launcher/Spinner.h"
+#include "launcher/setup/LicenceSheet.h"
+#include "look/ProgressBar.h"
+#include "look/PushButton.h"
+#include "look/Spinner.h"
 #include "platform/desktop/ThemeSymbols.h"
 
 #include <QApplication>

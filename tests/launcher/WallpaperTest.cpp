@@ -1,9 +1,9 @@
-#include "launcher/Wallpaper.h"
+#include "launcher/wallpaper/Wallpaper.h"
 
 #include "PanelFixture.h"
-#include "launcher/ChoiceButton.h"
-#include "launcher/WallpaperView.h"
-#include "windows/Palette.h"
+#include "launcher/wallpaper/WallpaperView.h"
+#include "look/ChoiceButton.h"
+#include "look/Palette.h"
 
 #include <QImageReader>
 

@@ -1,7 +1,7 @@
 #include "windows/AndroidAppPanel.h"
 
+#include "look/Palette.h"
 #include "windows/KeyboardFocus.h"
-#include "windows/Palette.h"
 
 #include <QTest>
 #include <QWindow>

@@ -1,9 +1,9 @@
 #include "windows/AndroidPlayerView.h"
 
 #include "fakes/FakePlatform.h"
+#include "look/Palette.h"
+#include "look/SymbolButton.h"
 #include "windows/AndroidAppPanel.h"
-#include "windows/Palette.h"
-#include "windows/SymbolButton.h"
 #include "windows/WindowFakes.h"
 
 #include <QBuffer>

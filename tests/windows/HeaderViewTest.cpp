@@ -1,8 +1,8 @@
 #include "windows/HeaderView.h"
 
 #include "fakes/FakePlatform.h"
-#include "windows/Palette.h"
-#include "windows/SymbolButton.h"
+#include "look/Palette.h"
+#include "look/SymbolButton.h"
 #include "windows/WindowFakes.h"
 
 #include <QLabel>

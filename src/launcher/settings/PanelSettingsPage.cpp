@@ -1,0 +1,239 @@
+#include "launcher/settings/PanelSettingsPage.h"
+
+#include "base/QuillnestSettings.h"
+#include "launcher/grid/AppIcon.h"
+#include "launcher/wallpaper/WallpaperView.h"
+#include "look/ChoiceButton.h"
+#include "look/ContinuousCorners.h"
+#include "look/Fonts.h"
+#include "look/SettingRow.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace quillnest
+{
+
+namespace
+{
+
+constexpr double sampleRadius = 9;
+
+void setColor(QLabel *label, const QColor &color)
+{
+    auto palette = label->palette();
+    palette.setColor(QPalette::WindowText, color);
+    label->setPalette(palette);
+}
+
+/// Two icons in a style's shape.
+ChoiceButton::Sample sampleOf(const PanelLook &look, ThemeStyle style)
+{
+    return [&look, style](QPainter &painter, const QRectF &area) {
+        auto ground = look.colors.label;
+        ground.setAlphaF(0.07F);
+        painter.fillPath(continuousRectangle(area, sampleRadius), ground);
+        constexpr double side = 22;
+        const auto &colors = AppIcon::palettes();
+        for (int i = 0; i < 2; ++i) {
+            const QRectF icon(area.center().x() - side - 3 + i * (side + 6), area.center().y() - side / 2, side, side);
+            QLinearGradient fill(icon.topLeft(), icon.bottomRight());
+            fill.setColorAt(0, colors[i == 0 ? 0 : 2].first);
+            fill.setColorAt(1, colors[i == 0 ? 0 : 2].second);
+            painter.fillPath(continuousRectangle(icon, AppIcon::radius(side, style)), fill);
+        }
+    };
+}
+
+} // namespace
+
+PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelLook &look, QWidget *parent)
+    : QWidget(parent), m_services(services), m_look(look)
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(16, 4, 16, 16);
+    column->setSpacing(0);
+
+    addHeading(column, QStringLiteral("General"));
+    m_openAtLogin = new SettingRow(
+        look, QStringLiteral("Open Quillnest when the %1 starts").arg(services.platform.profile.machineWord), this);
+    column->addWidget(m_openAtLogin);
+    m_loginError = new QLabel(this);
+    m_loginError->setWordWrap(true);
+    m_loginError->setTextFormat(Qt::PlainText);
+    m_loginError->setFont(interfaceFont(11));
+    m_loginError->hide();
+    column->addWidget(m_loginError);
+    connect(m_openAtLogin, &QAbstractButton::clicked, this, [this](bool on) {
+        auto &items = *m_services.platform.loginItems;
+        const auto failure = items.set(on);
+        m_loginError->setText(
+            failure ? QStringLiteral("%1 did not allow this: %2").arg(m_services.platform.profile.systemName, *failure)
+                    : QString());
+        m_loginError->setVisible(failure.has_value());
+        m_openAtLogin->setChecked(items.status() == LoginItems::Status::Enabled);
+    });
+    addFlag(column, QStringLiteral("QuillnestSingleApp"), true, QStringLiteral("One app at a time"));
+    addFlag(
+        column, QStringLiteral("QuillnestPrewarm"), true,
+        QStringLiteral("Start Android when the Quillnest popup opens (apps open faster)"));
+    addFlag(
+        column, QStringLiteral("QuillnestAdBlock"), true, QStringLiteral("Block ads and trackers in all Android apps"));
+    addHeading(column, QStringLiteral("Home screen style"));
+    addThemes(column);
+    addHeading(column, QStringLiteral("Wallpaper"));
+    addWallpapers(column);
+    column->addStretch(1);
+    connect(services.platform.settings.get(), &SettingsStore::changed, this, [this](const QString &key) {
+        if (key == QStringLiteral("QuillnestAdBlock") && m_services.applyAdBlock)
+            m_services.applyAdBlock();
+        refresh();
+    });
+    refresh();
+}
+
+void PanelSettingsPage::addHeading(QVBoxLayout *column, const QString &text)
+{
+    auto *label = new QLabel(text, this);
+    label->setFont(interfaceFont(13, QFont::DemiBold));
+    label->setFixedHeight(36);
+    label->setAlignment(Qt::AlignVCenter | Qt::AlignLeading);
+    column->addWidget(label);
+    m_headings.push_back(label);
+}
+
+void PanelSettingsPage::addFlag(QVBoxLayout *column, const QString &key, bool defaultValue, const QString &text)
+{
+    auto *row = new SettingRow(m_look, text, this);
+    column->addWidget(row);
+    connect(row, &QAbstractButton::clicked, this, [this, key](bool on) {
+        m_services.platform.settings->setValue(key, on);
+    });
+    m_readers.push_back([this, row, key, defaultValue] {
+        row->setChecked(QuillnestSettings::flag(*m_services.platform.settings, key, defaultValue));
+    });
+}
+
+void PanelSettingsPage::addThemes(QVBoxLayout *column)
+{
+    struct Entry {
+        const char *name;
+        const char *value;
+    };
+    constexpr Entry entries[]{
+        {"Classic", "classic"}, {"One UI style", "oneui"}, {"iOS style", "ios"}, {"Pixel style", "pixel"}};
+    auto *group = new QWidget(this);
+    auto *row = new QHBoxLayout(group);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(4);
+    for (const auto &entry : entries) {
+        const auto value = QString(QLatin1String(entry.value));
+        const auto style = QuillnestTheme::style(value);
+        auto *button = new ChoiceButton(m_look, QLatin1String(entry.name), sampleOf(m_look, style), group);
+        row->addWidget(button);
+        connect(button, &QAbstractButton::clicked, this, [this, value] {
+            m_services.platform.settings->setValue(QuillnestTheme::styleKey(), value);
+        });
+        m_readers.push_back([this, button, style] { button->setChecked(m_look.style == style); });
+    }
+    column->addWidget(group);
+}
+
+void PanelSettingsPage::addWallpapers(QVBoxLayout *column)
+{
+    auto *group = new QWidget(this);
+    auto *grid = new QGridLayout(group);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(4);
+    int index = 0;
+    const auto add = [&](const QString &id, const QString &name, ChoiceButton::Sample sample) {
+        auto *button = new ChoiceButton(m_look, name, std::move(sample), group);
+        grid->addWidget(button, index / 4, index % 4);
+        ++index;
+        connect(button, &QAbstractButton::clicked, this, [this, id] { chooseWallpaper(id); });
+        m_readers.push_back([this, button, id, name] {
+            const auto selected = Wallpaper::selected(m_services.platform);
+            button->setChecked(selected == id);
+            if (id == Wallpaper::customId())
+                button->setName(selected == id ? QStringLiteral("My photo") : name);
+        });
+        return button;
+    };
+    add(QStringLiteral("none"), QStringLiteral("None"), [this](QPainter &painter, const QRectF &area) {
+        painter.setPen(QPen(m_look.colors.separator, 1));
+        painter.setBrush(m_look.colors.windowBackground);
+        painter.drawPath(continuousRectangle(area.adjusted(0.5, 0.5, -0.5, -0.5), sampleRadius));
+    });
+    const auto picture = [this](const QString &id) {
+        return [this, id](QPainter &painter, const QRectF &area) {
+            const double scale = painter.deviceTransform().m11();
+            const auto pixels = (area.size() * scale).toSize();
+            QBrush brush(WallpaperView::render(m_services.platform, id, pixels));
+            brush.setTransform(
+                QTransform::fromScale(1 / scale, 1 / scale) * QTransform::fromTranslate(area.x(), area.y()));
+            painter.fillPath(continuousRectangle(area, sampleRadius), brush);
+        };
+    };
+    for (const auto &preset : Wallpaper::presets())
+        add(preset.id, preset.name, picture(preset.id));
+    auto *photo = add(
+        Wallpaper::customId(), QStringLiteral("Choose a photo…"),
+        [this, picture = picture(Wallpaper::customId())](QPainter &painter, const QRectF &area) {
+            if (Wallpaper::selected(m_services.platform) == Wallpaper::customId() && m_look.hasWallpaper) {
+                picture(painter, area);
+                return;
+            }
+            auto ground = m_look.colors.label;
+            ground.setAlphaF(0.07F);
+            painter.fillPath(continuousRectangle(area, sampleRadius), ground);
+            constexpr int side = 20;
+            painter.drawPixmap(
+                area.center() - QPointF(side / 2.0, side / 2.0),
+                m_services.platform.symbols->pixmap(
+                    QStringLiteral("photo"), side, m_look.colors.secondaryLabel, painter.deviceTransform().m11()));
+        });
+    photo->setToolTip(QStringLiteral("Change photo…"));
+    for (int i = 0; i < 4; ++i)
+        grid->setColumnStretch(i, 1);
+    column->addWidget(group);
+}
+
+void PanelSettingsPage::chooseWallpaper(const QString &id)
+{
+    if (id == Wallpaper::customId())
+        choosePhoto();
+    else
+        m_services.platform.settings->setValue(Wallpaper::key(), id);
+}
+
+void PanelSettingsPage::choosePhoto()
+{
+    // Until a photo has been chosen, the wallpaper stays as it is.
+    refresh();
+    Wallpaper::chooseCustom(m_services.platform, [settings = m_services.platform.settings](bool chosen) {
+        if (!chosen)
+            return;
+        settings->setValue(
+            Wallpaper::revisionKey(), QuillnestSettings::integer(*settings, Wallpaper::revisionKey()) + 1);
+        settings->setValue(Wallpaper::key(), Wallpaper::customId());
+    });
+}
+
+void PanelSettingsPage::refresh()
+{
+    for (auto *heading : m_headings)
+        setColor(heading, m_look.colors.secondaryLabel);
+    setColor(m_loginError, QuillnestTheme::ember());
+    for (const auto &read : m_readers)
+        read();
+    update();
+}
+
+void PanelSettingsPage::showEvent(QShowEvent *)
+{
+    m_openAtLogin->setChecked(m_services.platform.loginItems->status() == LoginItems::Status::Enabled);
+}
+
+} // namespace quillnest

@@ -1,0 +1,184 @@
+#include "launcher/setup/LicenceSheet.h"
+
+#include "look/Fonts.h"
+#include "look/Palette.h"
+#include "look/PushButton.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPointer>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace quillnest
+{
+
+namespace
+{
+
+constexpr int margin = 12;
+constexpr int textHeight = 380;
+
+void setColor(QWidget *widget, QPalette::ColorRole role, const QColor &color)
+{
+    auto palette = widget->palette();
+    palette.setColor(role, color);
+    widget->setPalette(palette);
+}
+
+QTextBrowser *licenceArea(const Palette &colors, const std::vector<RuntimeLicense> &licenses, QWidget *parent)
+{
+    auto *area = new QTextBrowser(parent);
+    area->setAccessibleName(QStringLiteral("Licence text"));
+    area->setFrameShape(QFrame::NoFrame);
+    area->setOpenLinks(false);
+    area->setFont(interfaceFont(11));
+    area->document()->setDocumentMargin(10);
+    setColor(area, QPalette::Base, Qt::transparent);
+    setColor(area, QPalette::Text, colors.label);
+    // Plain text: what a server sent is not to be read as markup.
+    QTextCursor cursor(area->document());
+    QTextCharFormat heading;
+    heading.setFont(interfaceFont(12, QFont::DemiBold));
+    QTextCharFormat body;
+    body.setFont(interfaceFont(11));
+    for (const auto &license : licenses) {
+        cursor.insertText(license.id + QStringLiteral("\n\n"), heading);
+        cursor.insertText(license.text + QStringLiteral("\n\n"), body);
+    }
+    area->moveCursor(QTextCursor::Start);
+    return area;
+}
+
+} // namespace
+
+LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLicense> &licenses, QWidget *panel)
+    : QWidget(panel), m_platform(platform), m_card(new QWidget(this)), m_previousFocus(QApplication::focusWidget())
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setAccessibleName(QStringLiteral("Google Android SDK licence"));
+    const auto colors = Palette::current(platform);
+
+    auto *content = new QVBoxLayout(m_card);
+    content->setContentsMargins(16, 16, 16, 14);
+    content->setSpacing(8);
+    auto *title = new QLabel(QStringLiteral("Google Android SDK licence"), m_card);
+    title->setFont(interfaceFont(15, QFont::Bold));
+    setColor(title, QPalette::WindowText, colors.label);
+    content->addWidget(title);
+    auto *note = new QLabel(
+        QStringLiteral("You are accepting this licence with Google. Quillnest only downloads the packages for you."),
+        m_card);
+    note->setWordWrap(true);
+    note->setFont(interfaceFont(11));
+    setColor(note, QPalette::WindowText, colors.secondaryLabel);
+    content->addWidget(note);
+
+    auto *ground = new QFrame(m_card);
+    ground->setObjectName(QStringLiteral("licences"));
+    ground->setStyleSheet(
+        QStringLiteral("#licences { background: %1; border-radius: 8px; }").arg(colors.field.name(QColor::HexArgb)));
+    ground->setMaximumHeight(textHeight);
+    auto *inside = new QVBoxLayout(ground);
+    inside->setContentsMargins(2, 2, 2, 2);
+    auto *area = licenceArea(colors, licenses, ground);
+    inside->addWidget(area);
+    content->addWidget(ground, 1);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    auto *decline = new PushButton(platform, QStringLiteral("Decline"), PushButton::Kind::plain, m_card);
+    auto *accept = new PushButton(platform, QStringLiteral("Accept & Download"), PushButton::Kind::prominent, m_card);
+    connect(decline, &QAbstractButton::clicked, this, &LicenceSheet::end);
+    connect(accept, &QAbstractButton::clicked, this, [this] {
+        const QPointer<LicenceSheet> guard(this);
+        Q_EMIT accepted();
+        if (guard)
+            end();
+    });
+    buttons->addWidget(decline);
+    buttons->addWidget(accept);
+    content->addSpacing(4);
+    content->addLayout(buttons);
+
+    auto *whole = new QVBoxLayout(this);
+    whole->setContentsMargins(margin, margin, margin, margin);
+    whole->addStretch(1);
+    whole->addWidget(m_card, 1000);
+    whole->addStretch(1);
+    m_card->setMaximumHeight(textHeight + 150);
+
+    panel->installEventFilter(this);
+    setGeometry(panel->rect());
+    show();
+    raise();
+    // Read first, decide then: the text has the keyboard, so that it can be scrolled at once.
+    area->setFocus();
+}
+
+void LicenceSheet::end()
+{
+    if (m_previousFocus)
+        m_previousFocus->setFocus();
+    close();
+}
+
+bool LicenceSheet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize)
+        setGeometry(parentWidget()->rect());
+    return QWidget::eventFilter(watched, event);
+}
+
+void LicenceSheet::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        end();
+    // Nothing goes on to what lies below.
+    event->accept();
+}
+
+void LicenceSheet::mousePressEvent(QMouseEvent *event)
+{
+    event->accept();
+}
+
+bool LicenceSheet::focusNextPrevChild(bool next)
+{
+    // Only among the sheet's own.
+    QList<QWidget *> stops;
+    for (auto *child : findChildren<QWidget *>()) {
+        if (child->isVisible() && child->isEnabled() && (child->focusPolicy() & Qt::TabFocus))
+            stops.append(child);
+    }
+    if (stops.isEmpty())
+        return false;
+    const auto now = stops.indexOf(QApplication::focusWidget());
+    const auto count = stops.size();
+    stops[(now + (next ? 1 : count - 1)) % count]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+void LicenceSheet::paintEvent(QPaintEvent *)
+{
+    const auto colors = Palette::current(m_platform);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 110));
+    painter.drawRoundedRect(rect(), windowCornerRadius, windowCornerRadius);
+    const auto card = QRectF(m_card->geometry());
+    for (int i = 6; i > 0; --i) {
+        painter.setBrush(QColor(0, 0, 0, 9));
+        painter.drawRoundedRect(card.adjusted(-i, -i + 2, i, i + 2), 12 + i, 12 + i);
+    }
+    painter.setPen(QPen(colors.separator, 1));
+    painter.setBrush(colors.windowBackground);
+    painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), 12, 12);
+}
+
+} // namespace quillnest
