@@ -68,6 +68,11 @@ public:
     /// Runs the command to its end and blocks the caller, which therefore isn't the main thread.
     virtual ChildResult run(const ChildCommand &command) = 0;
 
+    /// The same, for a command that somebody may want to end before its time: `started` gets the child on the caller's
+    /// thread before it is waited for.
+    using Started = std::function<void(const std::shared_ptr<RunningChild> &)>;
+    virtual ChildResult runEndable(const ChildCommand &command, const Started & /*started*/) { return run(command); }
+
     /// Starts the command and returns at once; throws LaunchError when it can't be started.
     virtual std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) = 0;
     std::shared_ptr<RunningChild> start(const ChildCommand &command) { return start(command, Handlers{}); }

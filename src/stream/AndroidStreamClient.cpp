@@ -7,7 +7,7 @@
 #include <QRegularExpression>
 #include <QStringDecoder>
 
-#include <thread>
+#include <utility>
 
 namespace quillnest
 {
@@ -25,27 +25,36 @@ std::optional<QString> fromWholeUtf8(const QByteArray &bytes)
     QString text = decoder(bytes);
     return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
 }
+
+/// What a tool has printed, as a part of a sentence: without the ends of its lines.
+std::string inOneLine(const QString &output)
+{
+    return output.simplified().toStdString();
+}
 } // namespace
 
 std::shared_ptr<AndroidStreamClient> AndroidStreamClient::create(
     const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
-    std::shared_ptr<QuillnestLog> log)
+    std::shared_ptr<QuillnestLog> log, std::shared_ptr<StreamThreads> threads)
 {
     return std::shared_ptr<AndroidStreamClient>(
-        new AndroidStreamClient(platform, std::move(config), std::move(renderer), std::move(log)));
+        new AndroidStreamClient(platform, std::move(config), std::move(renderer), std::move(log), std::move(threads)));
 }
 
 AndroidStreamClient::AndroidStreamClient(
     const Platform &platform, Config config, std::shared_ptr<SampleRenderer> renderer,
-    std::shared_ptr<QuillnestLog> log)
+    std::shared_ptr<QuillnestLog> log, std::shared_ptr<StreamThreads> threads)
     : m_platform(platform)
     , m_config(std::move(config))
-    , m_renderer(std::move(renderer))
     , m_log(std::move(log))
+    , m_threads(std::move(threads))
     , m_forwardAudio(QuillnestSettings::flag(*platform.settings, QStringLiteral("QuillnestForwardAudio"), true))
     , m_scid(static_cast<std::uint32_t>(QRandomGenerator::system()->bounded(1, 0x7FFFFFFF)))
-    , m_control(std::make_shared<ControlLink>())
-    , m_sendQueue(platform.executor->serialQueue("quillnest.android.control"))
+    , m_feed(platform.executor, m_log)
+    , m_videoReader(platform, std::move(renderer), m_log, m_feed)
+    , m_audioReader(platform, m_log, m_feed)
+    , m_messageReader(platform, m_log)
+    , m_control(platform.clock, *platform.executor)
 {
 }
 
@@ -56,7 +65,7 @@ AndroidStreamClient::~AndroidStreamClient()
 
 void AndroidStreamClient::start()
 {
-    std::thread([self = shared_from_this()] {
+    m_threads->run([self = shared_from_this()] {
         try {
             self->connect();
         } catch (const std::exception &error) {
@@ -64,7 +73,7 @@ void AndroidStreamClient::start()
             self->m_log->write(QStringLiteral("Quillnest: stream start failed: %1").arg(text));
             self->finish(QStringLiteral("Could not connect to Android: %1").arg(text));
         }
-    }).detach();
+    });
 }
 
 void AndroidStreamClient::connect()
@@ -75,12 +84,12 @@ void AndroidStreamClient::connect()
 
     const auto push = adb({QStringLiteral("push"), m_config.server, devicePath});
     if (push.status != 0)
-        throw SocketError::failed("push server: " + push.output.toStdString());
+        throw SocketError::failed("push server: " + inOneLine(push.output));
 
     const auto listener = std::make_shared<LocalListener>();
     const auto reverse = adb({QStringLiteral("reverse"), socketName, QStringLiteral("tcp:%1").arg(listener->port())});
     if (reverse.status != 0)
-        throw SocketError::failed("adb reverse: " + reverse.output.toStdString());
+        throw SocketError::failed("adb reverse: " + inOneLine(reverse.output));
     {
         const std::scoped_lock guard(m_lock);
         m_listener = listener;
@@ -88,38 +97,43 @@ void AndroidStreamClient::connect()
 
     launchServer(scid, displaySize(m_config.pixelSize));
 
-    const auto video = listener->accept(m_config.timeouts.firstAccept);
-    const auto audio = m_forwardAudio ? listener->accept(m_config.timeouts.nextAccept) : nullptr;
-    const auto control = listener->accept(m_config.timeouts.nextAccept);
-    {
-        const std::scoped_lock guard(m_control->lock);
-        m_control->socket = control;
-    }
-    bool stopped = false;
-    {
-        const std::scoped_lock guard(m_lock);
-        m_video = video;
-        m_audio = audio;
-        stopped = m_stopped;
-    }
-
+    const auto sockets = takeSockets(*listener);
     adb({QStringLiteral("reverse"), QStringLiteral("--remove"), socketName});
     // A stop that came before the sockets were stored has closed none of them.
-    if (stopped) {
+    if (sockets.cameTooLate) {
         stop();
         return;
     }
-
     m_log->write(QStringLiteral("Quillnest: sockets connected after %1s (port %2)")
                      .arg(secondsBetween(startedAt, m_platform.clock->monotonic()), 0, 'f', 2)
                      .arg(listener->port()));
     // Nothing else brings the app up on the virtual display.
     send(ScrcpyControl::startApp(QLatin1Char('+') + m_config.package));
 
-    std::thread([self = shared_from_this()] { self->drainDeviceMessages(); }).detach();
-    if (audio)
-        std::thread([self = shared_from_this(), audio] { self->readAudio(audio); }).detach();
-    readVideo(video, startedAt);
+    m_threads->run([self = shared_from_this()] {
+        if (const auto socket = self->m_control.socket())
+            self->m_messageReader.read(*socket);
+    });
+    if (sockets.audio)
+        m_threads->run([self = shared_from_this(), audio = sockets.audio] { self->m_audioReader.read(*audio); });
+    m_videoReader.onVideoSize = onVideoSize;
+    m_videoReader.onFirstFrame = onFirstFrame;
+    m_videoReader.onSnapshot = onSnapshot;
+    finish(m_videoReader.read(*sockets.video, startedAt));
+}
+
+AndroidStreamClient::Sockets AndroidStreamClient::takeSockets(LocalListener &listener)
+{
+    Sockets sockets;
+    sockets.video = listener.accept(m_config.timeouts.firstAccept);
+    if (m_forwardAudio)
+        sockets.audio = listener.accept(m_config.timeouts.nextAccept);
+    m_control.connect(listener.accept(m_config.timeouts.nextAccept));
+    const std::scoped_lock guard(m_lock);
+    m_video = sockets.video;
+    m_audio = sockets.audio;
+    sockets.cameTooLate = m_stopped;
+    return sockets;
 }
 
 QSize AndroidStreamClient::displaySize(QSizeF pixelSize)
@@ -197,12 +211,19 @@ void AndroidStreamClient::readServerOutput(const QByteArray &chunk)
     }
 }
 
-AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &arguments) const
+AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &arguments)
 {
     ChildCommand command{
         .program = m_config.adb, .arguments = QStringList{QStringLiteral("-s"), m_config.serial} + arguments};
     command.errors = ChildCommand::Errors::Merged;
-    const auto result = m_platform.processes->run(command);
+    const auto result = m_platform.processes->runEndable(command, [this](const std::shared_ptr<RunningChild> &child) {
+        const std::scoped_lock guard(m_lock);
+        m_adb = child;
+    });
+    {
+        const std::scoped_lock guard(m_lock);
+        m_adb.reset();
+    }
     if (result.launchError)
         return {-1, *result.launchError};
     return {result.status, fromWholeUtf8(result.output).value_or(QString())};
@@ -218,124 +239,44 @@ void AndroidStreamClient::finish(std::optional<QString> error)
     }
     stop();
     if (onEnded)
-        onMain([callback = onEnded, error = std::move(error)] { callback(error); });
+        m_platform.executor->onMain([callback = onEnded, error = std::move(error)] { callback(error); });
 }
 
 void AndroidStreamClient::stop()
 {
     std::shared_ptr<StreamSocket> video;
-    std::shared_ptr<StreamSocket> control;
     std::shared_ptr<StreamSocket> audio;
     std::shared_ptr<LocalListener> listener;
+    std::shared_ptr<RunningChild> waitedFor;
     std::shared_ptr<RunningChild> server;
-    std::shared_ptr<PCMAudioPlayer> player;
     {
         const std::scoped_lock guard(m_lock);
         m_stopped = true;
         video = std::exchange(m_video, nullptr);
         audio = std::exchange(m_audio, nullptr);
         listener = std::exchange(m_listener, nullptr);
+        waitedFor = m_adb;
         server = m_serverProcess;
-        player = std::exchange(m_audioPlayer, nullptr);
     }
-    {
-        const std::scoped_lock guard(m_control->lock);
-        control = std::exchange(m_control->socket, nullptr);
-    }
-    for (const auto &socket : {video, control, audio}) {
-        if (socket)
-            socket->shutDown();
-    }
+    if (video)
+        video->shutDown();
+    m_control.disconnect();
+    if (audio)
+        audio->shutDown();
+    m_audioReader.stop();
+    m_feed.end();
     if (listener)
         listener->wake();
-    if (player) {
-        const auto played = player->framesPlayed();
-        {
-            const std::scoped_lock guard(m_lock);
-            m_playedBeforeStop = played;
-        }
-        m_platform.executor->inBackground([player] { player->stop(); });
-    }
+    // A device that is stuck lets adb wait for ever.
+    if (waitedFor)
+        waitedFor->terminate();
     if (server && server->isRunning())
         server->terminate();
 }
 
 void AndroidStreamClient::send(const QByteArray &message, std::optional<std::chrono::nanoseconds> since)
 {
-    if (!m_control->queue.push(message, since.value_or(m_platform.clock->monotonic())))
-        return;
-    // A thread that has to be woken gets a processor when the decoder leaves one, which a finger would feel; so the
-    // message goes out here, and only what would have to wait for the device goes out there.
-    if (!m_control->empty(*m_platform.clock, ControlLink::Wait::No))
-        m_sendQueue->post(
-            [control = m_control, clock = m_platform.clock] { control->empty(*clock, ControlLink::Wait::Yes); });
-}
-
-bool AndroidStreamClient::ControlLink::empty(const Clock &clock, Wait wait)
-{
-    while (true) {
-        if (!underWay) {
-            // With nothing left the queue is anybody's to empty, and what is under way with it.
-            auto message = queue.next();
-            if (!message)
-                return true;
-            underWay = std::move(message);
-        }
-        std::shared_ptr<StreamSocket> current;
-        {
-            const std::scoped_lock guard(lock);
-            current = socket;
-        }
-        if (current && !writeUnderWay(*current, wait))
-            return false;
-        const auto since = underWay->since;
-        underWay.reset();
-        if (!current)
-            continue;
-        const std::scoped_lock guard(lock);
-        latency.add(clock.monotonic() - since);
-    }
-}
-
-bool AndroidStreamClient::ControlLink::writeUnderWay(StreamSocket &to, Wait wait)
-{
-    const std::span bytes(
-        reinterpret_cast<const std::uint8_t *>(underWay->bytes.constData()),
-        static_cast<std::size_t>(underWay->bytes.size()));
-    if (wait == Wait::Yes) {
-        to.writeAll(bytes);
-        return true;
-    }
-    const auto written = to.writeAtOnce(bytes);
-    // After an error nothing more goes out, so the rest is as good as written.
-    if (!written || *written == bytes.size())
-        return true;
-    underWay->bytes.remove(0, static_cast<qsizetype>(*written));
-    return false;
-}
-
-std::shared_ptr<StreamSocket> AndroidStreamClient::controlSocket() const
-{
-    const std::scoped_lock guard(m_control->lock);
-    return m_control->socket;
-}
-
-std::uint64_t AndroidStreamClient::nextClipboardSequence()
-{
-    const std::scoped_lock guard(m_lock);
-    return ++m_clipboardSequence;
-}
-
-void AndroidStreamClient::requestSnapshot()
-{
-    const std::scoped_lock guard(m_lock);
-    m_snapshotRequested = true;
-}
-
-QSizeF AndroidStreamClient::videoSize() const
-{
-    const std::scoped_lock guard(m_lock);
-    return m_videoSize;
+    m_control.send(message, since);
 }
 
 std::optional<int> AndroidStreamClient::displayID() const
@@ -346,30 +287,16 @@ std::optional<int> AndroidStreamClient::displayID() const
 
 StreamStatistics AndroidStreamClient::statistics() const
 {
-    StreamStatistics result;
-    std::shared_ptr<PCMAudioPlayer> player;
-    {
-        const std::scoped_lock guard(m_lock);
-        result.firstFrameSeconds = m_firstFrameSeconds;
-        result.audioFramesPlayed = m_playedBeforeStop.value_or(0);
-        player = m_audioPlayer;
-    }
-    if (player)
-        result.audioFramesPlayed = player->framesPlayed();
-    result.framesEnqueued = m_framesDecoded;
-    result.audioPackets = m_audioPackets;
-    result.controlWaiting = m_control->queue.size();
-    result.controlDropped = m_control->queue.dropped();
-    {
-        const std::scoped_lock guard(m_control->lock);
-        result.controlLatency = m_control->latency;
-    }
-    return result;
-}
-
-void AndroidStreamClient::onMain(std::function<void()> work) const
-{
-    m_platform.executor->onMain(std::move(work));
+    const auto control = m_control.counters();
+    return {
+        .framesEnqueued = m_videoReader.framesEnqueued(),
+        .audioFramesPlayed = m_audioReader.framesPlayed(),
+        .audioPackets = m_audioReader.packets(),
+        .controlWaiting = control.waiting,
+        .controlDropped = control.dropped,
+        .controlLatency = control.latency,
+        .firstFrameSeconds = m_videoReader.firstFrameSeconds(),
+    };
 }
 
 } // namespace quillnest

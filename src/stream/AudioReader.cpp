@@ -1,10 +1,8 @@
-#include "stream/AndroidStreamClient.h"
+#include "stream/AudioReader.h"
 
 #include <array>
 #include <cstdlib>
-
-// The audio socket: 4 bytes of codec id, then packets with a header of 12 bytes and PCM at 48000 Hz, two channels
-// interleaved, signed 16-bit little-endian.
+#include <utility>
 
 namespace quillnest
 {
@@ -17,9 +15,14 @@ constexpr std::uint8_t configBit = 0x40;
 constexpr int mostLevelReports = 20;
 } // namespace
 
-void AndroidStreamClient::readAudio(const std::shared_ptr<StreamSocket> &socket)
+AudioReader::AudioReader(const Platform &platform, std::shared_ptr<QuillnestLog> log, SampleFeed &feed)
+    : m_platform(platform), m_log(std::move(log)), m_feed(feed)
 {
-    const auto codec = socket->readExactly(4);
+}
+
+void AudioReader::read(StreamSocket &socket)
+{
+    const auto codec = socket.readExactly(4);
     if (!codec)
         return;
     if (readBE(*codec, 0) != rawCodec) {
@@ -32,31 +35,46 @@ void AndroidStreamClient::readAudio(const std::shared_ptr<StreamSocket> &socket)
         const std::scoped_lock guard(m_lock);
         if (m_stopped)
             return;
-        m_audioPlayer = player;
+        m_player = player;
     }
     m_log->write(QStringLiteral("Quillnest: audio forwarding on (48 kHz stereo PCM)"));
 
     std::vector<std::uint8_t> payload;
     while (true) {
         std::array<std::uint8_t, 12> header{};
-        if (!socket->readExactly(header))
+        if (!socket.readExactly(header))
             break;
         const auto size = readBE(header, 8);
         if (size == 0 || size > largestPacket)
             break;
         payload.resize(size);
-        if (!socket->readExactly(payload))
+        if (!socket.readExactly(payload))
             break;
         if (header[0] & configBit)
             continue;
-        ++m_audioPackets;
+        const auto arrival = m_platform.clock->monotonic();
+        ++m_packets;
         player->play(payload);
+        m_framesPlayed = player->framesPlayed();
+        m_feed.takeAudio(payload, arrival);
         levelCheck(payload);
     }
     player->stop();
 }
 
-void AndroidStreamClient::levelCheck(std::span<const std::uint8_t> bytes)
+void AudioReader::stop()
+{
+    std::shared_ptr<PCMAudioPlayer> player;
+    {
+        const std::scoped_lock guard(m_lock);
+        m_stopped = true;
+        player = std::exchange(m_player, nullptr);
+    }
+    if (player)
+        m_platform.executor->inBackground([player] { player->stop(); });
+}
+
+void AudioReader::levelCheck(std::span<const std::uint8_t> bytes)
 {
     if (m_levelReports >= mostLevelReports)
         return;

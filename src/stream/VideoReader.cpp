@@ -1,12 +1,10 @@
-#include "stream/AndroidStreamClient.h"
+#include "stream/VideoReader.h"
 
 #include "base/QuillnestSettings.h"
 #include "stream/H264.h"
 
 #include <array>
-
-// The video socket: 64 bytes of device name, 4 bytes of codec id, then packets with a header of 12 bytes whose first
-// byte tells what the packet is.
+#include <utility>
 
 namespace quillnest
 {
@@ -31,42 +29,39 @@ std::optional<H264::Unit> firstOfType(const std::vector<H264::Unit> &units, std:
 
 } // namespace
 
-void AndroidStreamClient::readVideo(const std::shared_ptr<StreamSocket> &socket, std::chrono::nanoseconds startedAt)
+VideoReader::VideoReader(
+    const Platform &platform, std::shared_ptr<SampleRenderer> renderer, std::shared_ptr<QuillnestLog> log,
+    SampleFeed &feed)
+    : m_platform(platform), m_renderer(std::move(renderer)), m_log(std::move(log)), m_feed(feed)
 {
-    const auto deviceName = socket->readExactly(64);
-    const auto codec = deviceName ? socket->readExactly(4) : std::nullopt;
+}
+
+std::optional<QString> VideoReader::read(StreamSocket &socket, std::chrono::nanoseconds startedAt)
+{
+    const auto deviceName = socket.readExactly(64);
+    const auto codec = deviceName ? socket.readExactly(4) : std::nullopt;
     if (!codec)
-        return finish(QStringLiteral("Video stream closed early"));
+        return QStringLiteral("Video stream closed early");
     if (readBE(*codec, 0) != h264Codec)
-        return finish(QStringLiteral("Unsupported video codec 0x%1").arg(readBE(*codec, 0), 8, 16, QLatin1Char('0')));
+        return QStringLiteral("Unsupported video codec 0x%1").arg(readBE(*codec, 0), 8, 16, QLatin1Char('0'));
 
     std::shared_ptr<const VideoFormat> format;
     std::vector<std::uint8_t> payload;
-    bool isFirstFrame = true;
     while (true) {
         std::array<std::uint8_t, 12> header{};
-        if (!socket->readExactly(header))
-            return finish(std::nullopt);
-
+        if (!socket.readExactly(header))
+            return std::nullopt;
         if (header[0] & sessionBit) {
-            const QSizeF size(readBE(header, 4), readBE(header, 8));
-            {
-                const std::scoped_lock guard(m_lock);
-                m_videoSize = size;
-            }
-            m_log->write(
-                QStringLiteral("Quillnest: video session %1x%2").arg(readBE(header, 4)).arg(readBE(header, 8)));
-            if (onVideoSize)
-                onMain([callback = onVideoSize, size] { callback(size); });
+            announce(QSizeF(readBE(header, 4), readBE(header, 8)));
             continue;
         }
 
         const auto size = readBE(header, 8);
         if (size == 0 || size > largestPayload)
-            return finish(std::nullopt);
+            return std::nullopt;
         payload.resize(size);
-        if (!socket->readExactly(payload))
-            return finish(std::nullopt);
+        if (!socket.readExactly(payload))
+            return std::nullopt;
         const auto arrival = m_platform.clock->monotonic();
 
         const auto units = H264::nalUnits(payload);
@@ -86,39 +81,45 @@ void AndroidStreamClient::readVideo(const std::shared_ptr<StreamSocket> &socket,
 
         if (sample->keyFrame)
             takeSnapshot(*sample);
-        if (m_renderer->failed() || m_renderer->requiresFlushToResumeDecoding())
-            m_renderer->flush();
-        m_renderer->enqueue(std::move(*sample));
-        countFrame();
-        if (isFirstFrame) {
-            const auto seconds = secondsBetween(startedAt, m_platform.clock->monotonic());
-            m_log->write(QStringLiteral("Quillnest: first frame after %1s").arg(seconds, 0, 'f', 2));
-            {
-                const std::scoped_lock guard(m_lock);
-                m_firstFrameSeconds = seconds;
-            }
-            if (onFirstFrame)
-                onMain(onFirstFrame);
-            isFirstFrame = false;
-        }
+        m_feed.takeVideo(*sample);
+        show(std::move(*sample));
+        if (m_framesEnqueued == 1)
+            noteFirstFrame(startedAt);
     }
 }
 
-void AndroidStreamClient::takeSnapshot(const VideoSample &sample)
+void VideoReader::announce(QSizeF size)
 {
     {
         const std::scoped_lock guard(m_lock);
-        if (!std::exchange(m_snapshotRequested, false))
-            return;
+        m_videoSize = size;
     }
-    const auto image = m_platform.video->stillDecoder()->decode(sample);
-    if (!image.isNull() && onSnapshot)
-        onMain([callback = onSnapshot, image] { callback(ImageBox{image}); });
+    m_log->write(
+        QStringLiteral("Quillnest: video session %1x%2").arg(size.width(), 0, 'f', 0).arg(size.height(), 0, 'f', 0));
+    if (onVideoSize)
+        m_platform.executor->onMain([callback = onVideoSize, size] { callback(size); });
 }
 
-void AndroidStreamClient::countFrame()
+void VideoReader::takeSnapshot(const VideoSample &sample)
 {
-    ++m_framesDecoded;
+    if (!m_snapshotRequested.exchange(false))
+        return;
+    const auto image = m_platform.video->stillDecoder()->decode(sample);
+    if (!image.isNull() && onSnapshot)
+        m_platform.executor->onMain([callback = onSnapshot, image] { callback(ImageBox{image}); });
+}
+
+void VideoReader::show(VideoSample sample)
+{
+    if (m_renderer->failed() || m_renderer->requiresFlushToResumeDecoding())
+        m_renderer->flush();
+    m_renderer->enqueue(std::move(sample));
+    countFrame();
+}
+
+void VideoReader::countFrame()
+{
+    ++m_framesEnqueued;
     ++m_fpsFrames;
     const auto now = m_platform.clock->monotonic();
     const double elapsed = secondsBetween(m_fpsWindowStart, now);
@@ -128,6 +129,30 @@ void AndroidStreamClient::countFrame()
         m_log->write(QStringLiteral("Quillnest: %1 fps").arg(m_fpsFrames / elapsed, 0, 'f', 0));
     m_fpsFrames = 0;
     m_fpsWindowStart = now;
+}
+
+void VideoReader::noteFirstFrame(std::chrono::nanoseconds startedAt)
+{
+    const auto seconds = secondsBetween(startedAt, m_platform.clock->monotonic());
+    m_log->write(QStringLiteral("Quillnest: first frame after %1s").arg(seconds, 0, 'f', 2));
+    {
+        const std::scoped_lock guard(m_lock);
+        m_firstFrameSeconds = seconds;
+    }
+    if (onFirstFrame)
+        m_platform.executor->onMain(onFirstFrame);
+}
+
+QSizeF VideoReader::videoSize() const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_videoSize;
+}
+
+std::optional<double> VideoReader::firstFrameSeconds() const
+{
+    const std::scoped_lock guard(m_lock);
+    return m_firstFrameSeconds;
 }
 
 } // namespace quillnest

@@ -220,6 +220,105 @@ TEST_F(AndroidStreamClientTest, failedPush)
         hasLogged(QStringLiteral("Quillnest: stream start failed: failed(\"push server: adb: error: no space\")")));
 }
 
+TEST_F(AndroidStreamClientTest, whatAdbPrintsStandsInTheSentenceAsOneLine)
+{
+    for (const char *command : {"push", "reverse"}) {
+        const ScriptedProcesses::Answer answer{"adb: error: no space\r\n  left on device\n", 1, {}};
+        fakes.processes->on(QString::fromLatin1(command), answer);
+        makeClient();
+        client->start();
+        const auto step = QLatin1String(command) == QLatin1String("push") ? "push server" : "adb reverse";
+        EXPECT_TRUE(endsOnceWith(
+            couldNotConnect
+            + QStringLiteral("failed(\"%1: adb: error: no space left on device\")").arg(QLatin1String(step))));
+        EXPECT_TRUE(hasLogged(
+            QStringLiteral("Quillnest: stream start failed: failed(\"%1: adb: error: no space left on device\")")
+                .arg(QLatin1String(step))));
+        fakes.processes->on(QString::fromLatin1(command), ScriptedProcesses::Answer{});
+        ends.clear();
+    }
+}
+
+TEST_F(AndroidStreamClientTest, stopEndsTheAdbThatADeviceKeepsWaiting)
+{
+    /// An adb that ends when it is told to.
+    class StuckProcesses : public ScriptedProcesses
+    {
+    public:
+        ChildResult runEndable(const ChildCommand &command, const Started &started) override
+        {
+            const auto child = std::make_shared<ScriptedChild>(command, Handlers{});
+            started(child);
+            isRunning = true;
+            if (!comesTrueWithoutMain([&child] { return !child->isRunning(); }))
+                return {};
+            return {std::nullopt, 143, {}};
+        }
+        std::atomic_bool isRunning = false;
+    };
+    const auto stuck = std::make_shared<StuckProcesses>();
+    fakes.platform.processes = stuck;
+    const auto threads = std::make_shared<StreamThreads>();
+    client = AndroidStreamClient::create(fakes.platform, config, usedRenderer, log, threads);
+    watched = client;
+    client->onEnded = [this](const std::optional<QString> &text) { ends.push_back(text); };
+    client->start();
+    ASSERT_TRUE(comesTrue([&] { return stuck->isRunning.load(); }));
+    EXPECT_FALSE(threads->waitForEnd(std::chrono::milliseconds(1)));
+    client->stop();
+    EXPECT_TRUE(threads->waitForEnd(std::chrono::seconds(30)));
+    EXPECT_TRUE(endsOnceWith(couldNotConnect + QStringLiteral("failed(\"push server: \")")));
+}
+
+TEST_F(AndroidStreamClientTest, theEndOfTheThreadsCanBeWaitedFor)
+{
+    const auto threads = std::make_shared<StreamThreads>();
+    client = AndroidStreamClient::create(fakes.platform, config, usedRenderer, log, threads);
+    watched = client;
+    client->start();
+    ASSERT_TRUE(comesTrue([this] { return server() != nullptr; }));
+    videoSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    audioSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    controlSocket = DeviceSocket(static_cast<std::uint16_t>(port));
+    ASSERT_EQ(controlSocket.receive(18), QByteArray("\x10\x10+com.example.app"));
+    client->stop();
+    client.reset();
+    EXPECT_TRUE(threads->waitForEnd(std::chrono::seconds(30)));
+    EXPECT_TRUE(watched.expired()) << "with its threads";
+}
+
+TEST_F(AndroidStreamClientTest, samplesCanBeWatchedWhileTheStreamRuns)
+{
+    /// Counts, and tells its end.
+    class Counter : public SampleConsumer
+    {
+    public:
+        void takeVideo(const VideoSample &, std::chrono::microseconds) override { ++pictures; }
+        void takeAudio(std::span<const std::uint8_t>, std::chrono::microseconds) override { ++sounds; }
+        void ended() override { hasEnded = true; }
+        std::atomic_int pictures = 0;
+        std::atomic_int sounds = 0;
+        std::atomic_bool hasEnded = false;
+    };
+    ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
+    ASSERT_TRUE(videoGoesOn());
+    const auto first = std::make_shared<Counter>();
+    const auto second = std::make_shared<Counter>();
+    client->samples().attach(first);
+    client->samples().attach(second);
+    ASSERT_TRUE(videoGoesOn());
+    audioSocket.send(packet(0, QByteArray(400, '\0')));
+    EXPECT_TRUE(comesTrue([&] { return first->pictures == 1 && first->sounds == 1; }));
+    client->samples().detach(first);
+    EXPECT_TRUE(comesTrue([&] { return first->hasEnded.load(); }));
+    ASSERT_TRUE(videoGoesOn());
+    EXPECT_TRUE(comesTrue([&] { return second->pictures == 2; }));
+    EXPECT_EQ(first->pictures, 1);
+    EXPECT_FALSE(second->hasEnded);
+    videoSocket.close();
+    EXPECT_TRUE(comesTrue([&] { return second->hasEnded.load(); })) << "the stream's end is theirs";
+}
+
 TEST_F(AndroidStreamClientTest, adbThatCannotBeLaunchedForThePush)
 {
     fakes.processes->on(QStringLiteral("push"), ScriptedProcesses::Answer{{}, 0, QStringLiteral("No such file")});

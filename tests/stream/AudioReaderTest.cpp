@@ -1,3 +1,4 @@
+#include "ConnectedSocket.h"
 #include "StreamTest.h"
 
 using namespace quillnest;
@@ -15,7 +16,7 @@ QByteArray frames(int count, std::int16_t sample = 0)
     return bytes;
 }
 
-class AudioStreamTest : public StreamTest
+class AudioReaderTest : public StreamTest
 {
 protected:
     std::shared_ptr<FakeAudioEngine> engine() const { return audio->engines().front(); }
@@ -31,7 +32,7 @@ protected:
 };
 } // namespace
 
-TEST_F(AudioStreamTest, wrongCodecIsLoggedAndTheVideoGoesOn)
+TEST_F(AudioReaderTest, wrongCodecIsLoggedAndTheVideoGoesOn)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     audioSocket.send(bigEndian(0x00616163));
@@ -42,7 +43,7 @@ TEST_F(AudioStreamTest, wrongCodecIsLoggedAndTheVideoGoesOn)
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(AudioStreamTest, socketThatClosesBeforeTheCodecIsNotWorthAWord)
+TEST_F(AudioReaderTest, socketThatClosesBeforeTheCodecIsNotWorthAWord)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -54,7 +55,7 @@ TEST_F(AudioStreamTest, socketThatClosesBeforeTheCodecIsNotWorthAWord)
     EXPECT_TRUE(logLines().filter(QStringLiteral("audio")).isEmpty());
 }
 
-TEST_F(AudioStreamTest, packetsAreScheduledOnTheEngine)
+TEST_F(AudioReaderTest, packetsAreScheduledOnTheEngine)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, frames(480, 16384)) + packet(keyFlag, frames(2400, -16384)));
@@ -67,13 +68,67 @@ TEST_F(AudioStreamTest, packetsAreScheduledOnTheEngine)
     EXPECT_EQ(engine()->buffers()[0].left, std::vector<float>(480, 0.5F));
     EXPECT_EQ(engine()->buffers()[1].right, std::vector<float>(2400, -0.5F));
     engine()->played = 77;
-    EXPECT_EQ(client->statistics().audioPackets, 2U);
-    EXPECT_EQ(client->statistics().audioFramesPlayed, 77U);
+    audioSocket.send(packet(0, frames(1)));
+    EXPECT_TRUE(comesTrue([this] { return client->statistics().audioFramesPlayed == 77U; }));
+    EXPECT_EQ(client->statistics().audioPackets, 3U);
     client->stop();
     EXPECT_EQ(client->statistics().audioFramesPlayed, 77U) << "what was heard stays known";
 }
 
-TEST_F(AudioStreamTest, configPacketsDoNotPlay)
+TEST_F(AudioReaderTest, neitherStopNorTheCountersWaitForTheSoundServer)
+{
+    ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
+    audioSocket.send(packet(0, frames(480)));
+    ASSERT_TRUE(scheduled(1));
+    // The packet's own look at the counter may still be under way.
+    ASSERT_TRUE(comesTrue([this] { return levelLines() == 1; }));
+    std::atomic_bool stopped = false;
+    {
+        const std::scoped_lock busy(engine()->life);
+        std::thread other([subject = client, &stopped] {
+            subject->statistics();
+            subject->stop();
+            stopped = true;
+        });
+        EXPECT_TRUE(comesTrueWithoutMain([&stopped] { return stopped.load(); }));
+        other.detach();
+    }
+    ASSERT_TRUE(comesTrueWithoutMain([&stopped] { return stopped.load(); }));
+    EXPECT_TRUE(soundEnds());
+}
+
+TEST_F(AudioReaderTest, readsAloneAndFeedsWhoeverIsAttached)
+{
+    /// Counts the bytes of sound.
+    class Counter : public SampleConsumer
+    {
+    public:
+        void takeVideo(const VideoSample &, std::chrono::microseconds) override { }
+        void takeAudio(std::span<const std::uint8_t> pcm, std::chrono::microseconds time) override
+        {
+            bytes += pcm.size();
+            lastTime = time;
+        }
+        void ended() override { }
+        std::atomic<std::size_t> bytes = 0;
+        std::chrono::microseconds lastTime{};
+    };
+    const auto counter = std::make_shared<Counter>();
+    SampleFeed feed(fakes.executor, log);
+    feed.attach(counter);
+    AudioReader reader(fakes.platform, log, feed);
+    ConnectedSocket connection;
+    connection.sendAndClose(
+        bigEndian(0x00726177) + packet(configFlag, frames(7)) + packet(0, frames(480)) + packet(0, frames(20)));
+    reader.read(*connection.socket);
+    fakes.settle();
+    EXPECT_EQ(counter->bytes, 2000U) << "a config packet is no sound";
+    EXPECT_EQ(counter->lastTime, std::chrono::duration_cast<std::chrono::microseconds>(fakes.clock->monotonic()));
+    EXPECT_EQ(reader.packets(), 2U);
+    EXPECT_EQ(engine()->calls().count(QStringLiteral("stop")), 1);
+}
+
+TEST_F(AudioReaderTest, configPacketsDoNotPlay)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(configFlag, frames(5000, 20000)) + packet(0, frames(480, 100)));
@@ -84,7 +139,7 @@ TEST_F(AudioStreamTest, configPacketsDoNotPlay)
         << "a config packet isn't probed either";
 }
 
-TEST_F(AudioStreamTest, packetOfThreeBytesIsProbedAndNotPlayed)
+TEST_F(AudioReaderTest, packetOfThreeBytesIsProbedAndNotPlayed)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, QByteArray("\x2c\x01\x00", 3)));
@@ -92,7 +147,7 @@ TEST_F(AudioStreamTest, packetOfThreeBytesIsProbedAndNotPlayed)
     EXPECT_TRUE(engine()->calls().isEmpty());
 }
 
-TEST_F(AudioStreamTest, packetSizeOfZeroEndsTheSoundAndNotTheVideo)
+TEST_F(AudioReaderTest, packetSizeOfZeroEndsTheSoundAndNotTheVideo)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packetHeader(0, 0));
@@ -101,7 +156,7 @@ TEST_F(AudioStreamTest, packetSizeOfZeroEndsTheSoundAndNotTheVideo)
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(AudioStreamTest, packetSizeOverTheLimitEndsTheSoundAndNotTheVideo)
+TEST_F(AudioReaderTest, packetSizeOverTheLimitEndsTheSoundAndNotTheVideo)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packetHeader(0, 0x100000));
@@ -110,7 +165,7 @@ TEST_F(AudioStreamTest, packetSizeOverTheLimitEndsTheSoundAndNotTheVideo)
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(AudioStreamTest, packetOfExactlyTheLimitIsRead)
+TEST_F(AudioReaderTest, packetOfExactlyTheLimitIsRead)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, QByteArray(0xFFFFF, '\0')));
@@ -118,7 +173,7 @@ TEST_F(AudioStreamTest, packetOfExactlyTheLimitIsRead)
     EXPECT_EQ(engine()->buffers()[0].left.size(), 0xFFFFFU / 4);
 }
 
-TEST_F(AudioStreamTest, levelProbeLooksAtEverySixteenthLeftSample)
+TEST_F(AudioReaderTest, levelProbeLooksAtEverySixteenthLeftSample)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     auto payload = frames(40, 1000);
@@ -134,14 +189,14 @@ TEST_F(AudioStreamTest, levelProbeLooksAtEverySixteenthLeftSample)
         << logLines().join(QLatin1Char('\n')).toStdString();
 }
 
-TEST_F(AudioStreamTest, lowestSampleHasAPeakOfItsOwn)
+TEST_F(AudioReaderTest, lowestSampleHasAPeakOfItsOwn)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, frames(1, -32768)));
     EXPECT_TRUE(comesTrue([this] { return hasLogged(QStringLiteral("Quillnest: audio peak 32768")); }));
 }
 
-TEST_F(AudioStreamTest, levelIsLoggedEveryThreeSecondsWithThePeakSinceThen)
+TEST_F(AudioReaderTest, levelIsLoggedEveryThreeSecondsWithThePeakSinceThen)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, frames(16, 5)));
@@ -162,7 +217,7 @@ TEST_F(AudioStreamTest, levelIsLoggedEveryThreeSecondsWithThePeakSinceThen)
     EXPECT_TRUE(hasLogged(QStringLiteral("Quillnest: audio peak 900")));
 }
 
-TEST_F(AudioStreamTest, atMostTwentyLevelsAreLogged)
+TEST_F(AudioReaderTest, atMostTwentyLevelsAreLogged)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     for (std::size_t i = 1; i <= 25; ++i) {
@@ -179,7 +234,7 @@ TEST_F(AudioStreamTest, atMostTwentyLevelsAreLogged)
     EXPECT_TRUE(hasLogged(QStringLiteral("Quillnest: audio peak 20")));
 }
 
-TEST_F(AudioStreamTest, stopEndsTheSoundOnce)
+TEST_F(AudioReaderTest, stopEndsTheSoundOnce)
 {
     ASSERT_NO_FATAL_FAILURE(openVideoAndAudio());
     audioSocket.send(packet(0, frames(480)));

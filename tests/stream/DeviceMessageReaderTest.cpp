@@ -1,3 +1,4 @@
+#include "ConnectedSocket.h"
 #include "StreamTest.h"
 
 #include "stream/ScrcpyControl.h"
@@ -11,17 +12,23 @@ QByteArray clipboard(const QByteArray &text)
     return QByteArray(1, '\0') + bigEndian(static_cast<std::uint32_t>(text.size())) + text;
 }
 
-class DeviceMessagesTest : public StreamTest
+class DeviceMessageReaderTest : public StreamTest
 {
 protected:
     /// What is on this machine's clipboard; empty when that is no text.
     QString clipboardText() const { return fakes.pasteboard->string().value_or(QString()); }
+    /// Whether a text is on the clipboard, after the pause that follows the one before it.
+    bool arrived(const QString &text) const
+    {
+        fakes.clock->advance(DeviceMessageReader::clipboardPause);
+        return clipboardText() == text;
+    }
     /// Sends a text behind what was sent before and waits for it: all before it has been handled.
     ::testing::AssertionResult readerGoesOn()
     {
         const auto text = QStringLiteral("sentinel %1").arg(++m_sentinels);
         controlSocket.send(clipboard(text.toUtf8()));
-        if (!comesTrue([&] { return clipboardText() == text; }))
+        if (!comesTrue([&] { return arrived(text); }))
             return ::testing::AssertionFailure() << "the reader has ended";
         return ::testing::AssertionSuccess();
     }
@@ -53,7 +60,7 @@ private:
 
 // From the device
 
-TEST_F(DeviceMessagesTest, clipboardOfTheDeviceIsPutOnThisMachines)
+TEST_F(DeviceMessageReaderTest, clipboardOfTheDeviceIsPutOnThisMachines)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     // Two characters, of five code units.
@@ -64,7 +71,7 @@ TEST_F(DeviceMessagesTest, clipboardOfTheDeviceIsPutOnThisMachines)
         << logLines().join(QLatin1Char('\n')).toStdString();
 }
 
-TEST_F(DeviceMessagesTest, emptyClipboardTextDoesNothing)
+TEST_F(DeviceMessageReaderTest, emptyClipboardTextDoesNothing)
 {
     fakes.pasteboard->put(std::nullopt);
     const auto changes = fakes.pasteboard->changeCount();
@@ -75,7 +82,7 @@ TEST_F(DeviceMessagesTest, emptyClipboardTextDoesNothing)
     EXPECT_FALSE(hasLogged(QStringLiteral("Quillnest: Android clipboard copied to Mac (0 chars)")));
 }
 
-TEST_F(DeviceMessagesTest, textThatIsThereAlreadyIsNeitherWrittenNorLogged)
+TEST_F(DeviceMessageReaderTest, textThatIsThereAlreadyIsNeitherWrittenNorLogged)
 {
     fakes.pasteboard->put(QStringLiteral("same"));
     const auto changes = fakes.pasteboard->changeCount();
@@ -86,7 +93,7 @@ TEST_F(DeviceMessagesTest, textThatIsThereAlreadyIsNeitherWrittenNorLogged)
     EXPECT_FALSE(hasLogged(QStringLiteral("Quillnest: Android clipboard copied to Mac (4 chars)")));
 }
 
-TEST_F(DeviceMessagesTest, badSequencesInAClipboardTextAreRepaired)
+TEST_F(DeviceMessageReaderTest, badSequencesInAClipboardTextAreRepaired)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     controlSocket.send(clipboard("a\xff"
@@ -98,15 +105,17 @@ TEST_F(DeviceMessagesTest, badSequencesInAClipboardTextAreRepaired)
     }));
 }
 
-TEST_F(DeviceMessagesTest, clipboardTextsAreHandedOverInOrder)
+TEST_F(DeviceMessageReaderTest, clipboardTextsAreHandedOverInOrder)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
-    controlSocket.send(clipboard("one") + clipboard("two") + clipboard("three"));
-    EXPECT_TRUE(comesTrue([&] { return fakes.pasteboard->changeCount() == 3; }));
-    EXPECT_EQ(clipboardText(), QStringLiteral("three"));
+    for (const char *text : {"one", "two", "three"}) {
+        controlSocket.send(clipboard(text));
+        ASSERT_TRUE(comesTrue([&] { return arrived(QString::fromLatin1(text)); }));
+    }
+    EXPECT_EQ(fakes.pasteboard->changeCount(), 3);
 }
 
-TEST_F(DeviceMessagesTest, longestClipboardTextIsTaken)
+TEST_F(DeviceMessageReaderTest, longestClipboardTextIsTaken)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     ASSERT_TRUE(controlSocket.send(clipboard(QByteArray(0x7FFFFF, 'a'))));
@@ -115,17 +124,17 @@ TEST_F(DeviceMessagesTest, longestClipboardTextIsTaken)
     EXPECT_TRUE(readerGoesOn());
 }
 
-TEST_F(DeviceMessagesTest, clipboardLengthOverTheLimitEndsTheReaderAndNotTheVideo)
+TEST_F(DeviceMessageReaderTest, clipboardLengthOverTheLimitEndsTheReaderAndNotTheVideo)
 {
     endsTheReader(QByteArray(1, '\0') + bigEndian(0x800000));
 }
 
-TEST_F(DeviceMessagesTest, unknownTypeEndsTheReaderAndNotTheVideo)
+TEST_F(DeviceMessageReaderTest, unknownTypeEndsTheReaderAndNotTheVideo)
 {
     endsTheReader("\x03");
 }
 
-TEST_F(DeviceMessagesTest, acknowledgementTakesNineBytes)
+TEST_F(DeviceMessageReaderTest, acknowledgementTakesNineBytes)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     controlSocket.send(QByteArray("\x01\x00\x00\x00\x00\x00\x00\x00\x02", 9));
@@ -133,14 +142,14 @@ TEST_F(DeviceMessagesTest, acknowledgementTakesNineBytes)
     EXPECT_EQ(fakes.pasteboard->changeCount(), 1);
 }
 
-TEST_F(DeviceMessagesTest, outputOfAnInputDeviceWithoutDataTakesFiveBytes)
+TEST_F(DeviceMessageReaderTest, outputOfAnInputDeviceWithoutDataTakesFiveBytes)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     controlSocket.send(QByteArray("\x02\xff\xff\x00\x00", 5));
     EXPECT_TRUE(readerGoesOn());
 }
 
-TEST_F(DeviceMessagesTest, outputOfAnInputDeviceIsReadAndDropped)
+TEST_F(DeviceMessageReaderTest, outputOfAnInputDeviceIsReadAndDropped)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     controlSocket.send(QByteArray("\x02\x00\x01\x01\x02", 5) + QByteArray(0x0102, '\x07'));
@@ -148,7 +157,7 @@ TEST_F(DeviceMessagesTest, outputOfAnInputDeviceIsReadAndDropped)
     EXPECT_EQ(fakes.pasteboard->changeCount(), 1);
 }
 
-TEST_F(DeviceMessagesTest, textThatArrivesAfterTheClientHasGoneIsDropped)
+TEST_F(DeviceMessageReaderTest, textThatArrivesAfterTheClientHasGoneIsDropped)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -163,9 +172,68 @@ TEST_F(DeviceMessagesTest, textThatArrivesAfterTheClientHasGoneIsDropped)
     EXPECT_EQ(fakes.pasteboard->changeCount(), 0);
 }
 
+TEST_F(DeviceMessageReaderTest, floodOfTextsCostsOneSlotAndTheNewestArrives)
+{
+    fakes.platform.executor = fakes.executor;
+    DeviceMessageReader reader(fakes.platform, log);
+    QByteArray flood;
+    for (int i = 0; i < 500; ++i)
+        flood += clipboard("text " + QByteArray::number(i));
+    ConnectedSocket connection;
+    connection.sendAndClose(flood + clipboard({}));
+    reader.read(*connection.socket);
+    // The main thread has had no turn meanwhile, and has one thing to do when it gets one.
+    EXPECT_EQ(fakes.executor->drainMain(), 1U);
+    EXPECT_EQ(fakes.pasteboard->changeCount(), 1);
+    EXPECT_EQ(clipboardText(), QStringLiteral("text 499")) << "the empty text behind it does nothing";
+}
+
+TEST_F(DeviceMessageReaderTest, clipboardChangesAtMostAFewTimesInASecondAndTheLastTextIsNotLost)
+{
+    fakes.platform.executor = fakes.executor;
+    DeviceMessageReader reader(fakes.platform, log);
+    ConnectedSocket connection;
+    std::thread thread([&] { reader.read(*connection.socket); });
+    for (int i = 0; i < 100; ++i) {
+        connection.device.send(clipboard("text " + QByteArray::number(i)));
+        fakes.executor->drainMain();
+        fakes.clock->advance(std::chrono::milliseconds(10));
+    }
+    connection.device.close();
+    thread.join();
+    fakes.executor->drainMain();
+    EXPECT_LE(fakes.pasteboard->changeCount(), 1 + 1000 / 200);
+    fakes.clock->advance(DeviceMessageReader::clipboardPause);
+    EXPECT_EQ(clipboardText(), QStringLiteral("text 99"));
+}
+
+TEST_F(DeviceMessageReaderTest, readerThatGoesTakesAlongWhatItHasNotHandedOver)
+{
+    fakes.platform.executor = fakes.executor;
+    for (const bool waits : {false, true}) {
+        ConnectedSocket connection;
+        {
+            DeviceMessageReader reader(fakes.platform, log);
+            if (waits) {
+                ConnectedSocket first;
+                first.sendAndClose(clipboard("first"));
+                reader.read(*first.socket);
+                fakes.executor->drainMain();
+            }
+            connection.sendAndClose(clipboard("late"));
+            reader.read(*connection.socket);
+            if (waits)
+                fakes.executor->drainMain();
+        }
+        fakes.executor->drainMain();
+        fakes.clock->advance(std::chrono::seconds(1));
+        EXPECT_NE(clipboardText(), QStringLiteral("late")) << waits;
+    }
+}
+
 // To the device
 
-TEST_F(DeviceMessagesTest, messagesOfSeveralThreadsKeepTheirOrderAndStayWhole)
+TEST_F(DeviceMessageReaderTest, messagesOfSeveralThreadsKeepTheirOrderAndStayWhole)
 {
     constexpr int threadCount = 4;
     constexpr int each = 1000;
@@ -191,7 +259,7 @@ TEST_F(DeviceMessagesTest, messagesOfSeveralThreadsKeepTheirOrderAndStayWhole)
         thread.join();
 }
 
-TEST_F(DeviceMessagesTest, deviceThatStopsReadingHoldsUpNeitherTheCallerNorTheVideo)
+TEST_F(DeviceMessageReaderTest, deviceThatStopsReadingHoldsUpNeitherTheCallerNorTheVideo)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     // More than the sockets' buffers hold, by far.
@@ -204,7 +272,7 @@ TEST_F(DeviceMessagesTest, deviceThatStopsReadingHoldsUpNeitherTheCallerNorTheVi
     EXPECT_TRUE(endsOnceWith(std::nullopt));
 }
 
-TEST_F(DeviceMessagesTest, deviceThatReadsAgainFindsTheFingerLifted)
+TEST_F(DeviceMessageReaderTest, deviceThatReadsAgainFindsTheFingerLifted)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     using ScrcpyControl::MotionAction;
@@ -223,7 +291,7 @@ TEST_F(DeviceMessagesTest, deviceThatReadsAgainFindsTheFingerLifted)
     EXPECT_EQ(controlSocket.receive(2), ScrcpyControl::backDown()) << "and then everything goes out again";
 }
 
-TEST_F(DeviceMessagesTest, whatDidNotFitAtOnceFollowsWhole)
+TEST_F(DeviceMessageReaderTest, whatDidNotFitAtOnceFollowsWhole)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     // More than the sockets' buffers hold, less than the queue takes.
@@ -240,7 +308,7 @@ TEST_F(DeviceMessagesTest, whatDidNotFitAtOnceFollowsWhole)
     EXPECT_TRUE(controlSocket.receive(static_cast<int>(all.size())) == all);
 }
 
-TEST_F(DeviceMessagesTest, sendAfterStopDoesNothing)
+TEST_F(DeviceMessageReaderTest, sendAfterStopDoesNothing)
 {
     ASSERT_NO_FATAL_FAILURE(connectAll());
     client->stop();
@@ -248,7 +316,7 @@ TEST_F(DeviceMessagesTest, sendAfterStopDoesNothing)
     EXPECT_EQ(controlSocket.receive(2), QByteArray());
 }
 
-TEST_F(DeviceMessagesTest, sendBeforeTheConnectionIsDropped)
+TEST_F(DeviceMessageReaderTest, sendBeforeTheConnectionIsDropped)
 {
     ASSERT_NO_FATAL_FAILURE(startUntilServerRuns());
     client->send(ScrcpyControl::backDown());
@@ -258,14 +326,14 @@ TEST_F(DeviceMessagesTest, sendBeforeTheConnectionIsDropped)
     EXPECT_EQ(controlSocket.receive(18), QByteArray("\x10\x10+com.example.app"));
 }
 
-TEST_F(DeviceMessagesTest, sendWithoutAConnectionOfAnyKind)
+TEST_F(DeviceMessageReaderTest, sendWithoutAConnectionOfAnyKind)
 {
     makeClient();
     client->send(ScrcpyControl::backDown());
     EXPECT_TRUE(ends.empty());
 }
 
-TEST_F(DeviceMessagesTest, firstClipboardMessageCarriesNumberTwo)
+TEST_F(DeviceMessageReaderTest, firstClipboardMessageCarriesNumberTwo)
 {
     makeClient();
     EXPECT_EQ(client->nextClipboardSequence(), 2U);

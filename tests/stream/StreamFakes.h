@@ -115,7 +115,11 @@ public:
     }
     void play() override { note(QStringLiteral("play")); }
     void pause() override { note(QStringLiteral("pause")); }
-    std::uint64_t framesPlayed() const override { return played; }
+    std::uint64_t framesPlayed() const override
+    {
+        const std::scoped_lock guard(life);
+        return played;
+    }
 
     QStringList calls() const
     {
@@ -141,6 +145,8 @@ public:
         }
     }
 
+    /// Held while the sound server keeps the engine busy.
+    mutable std::mutex life;
     std::atomic_bool canStart = true;
     std::atomic<std::uint64_t> played = 0;
 

@@ -1,3 +1,4 @@
+#include "ConnectedSocket.h"
 #include "EncodedVideo.h"
 #include "StreamTest.h"
 
@@ -7,7 +8,7 @@ using namespace quillnest;
 
 namespace
 {
-using VideoStreamTest = StreamTest;
+using VideoReaderTest = StreamTest;
 
 QByteArray nal(const char *hex)
 {
@@ -20,7 +21,7 @@ std::string hex(const std::vector<std::uint8_t> &bytes)
 }
 } // namespace
 
-TEST_F(VideoStreamTest, announcedSizeIsStoredLoggedAndReported)
+TEST_F(VideoReaderTest, announcedSizeIsStoredLoggedAndReported)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     EXPECT_EQ(client->videoSize(), QSizeF(0, 0));
@@ -33,7 +34,7 @@ TEST_F(VideoStreamTest, announcedSizeIsStoredLoggedAndReported)
     EXPECT_TRUE(hasLogged(QStringLiteral("Quillnest: video session 776x1696")));
 }
 
-TEST_F(VideoStreamTest, laterAnnouncementReplacesTheSize)
+TEST_F(VideoReaderTest, laterAnnouncementReplacesTheSize)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     // Only the top bit counts, and such a packet has no payload however its other bits lie.
@@ -47,7 +48,7 @@ TEST_F(VideoStreamTest, laterAnnouncementReplacesTheSize)
     EXPECT_TRUE(videoGoesOn());
 }
 
-TEST_F(VideoStreamTest, mediaBeforeParameterSetsIsDropped)
+TEST_F(VideoReaderTest, mediaBeforeParameterSetsIsDropped)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(keyFlag, nal("65aa")) + packet(deltaFlag, nal("41bb")) + sessionPacket(8, 8));
@@ -59,7 +60,7 @@ TEST_F(VideoStreamTest, mediaBeforeParameterSetsIsDropped)
     EXPECT_TRUE(videoGoesOn());
 }
 
-TEST_F(VideoStreamTest, samplesReachTheRendererInOrderWithoutParameterSets)
+TEST_F(VideoReaderTest, samplesReachTheRendererInOrderWithoutParameterSets)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(
@@ -81,7 +82,7 @@ TEST_F(VideoStreamTest, samplesReachTheRendererInOrderWithoutParameterSets)
     EXPECT_EQ(samples[0].arrival, fakes.clock->monotonic());
 }
 
-TEST_F(VideoStreamTest, configPacketIsNeverShown)
+TEST_F(VideoReaderTest, configPacketIsNeverShown)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(configFlag | keyFlag, parameterSets + nal("65aa")) + sessionPacket(8, 8));
@@ -89,7 +90,7 @@ TEST_F(VideoStreamTest, configPacketIsNeverShown)
     EXPECT_EQ(renderer->count(), 0U);
 }
 
-TEST_F(VideoStreamTest, configPacketWithOneParameterSetLeavesTheFormat)
+TEST_F(VideoReaderTest, configPacketWithOneParameterSetLeavesTheFormat)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(
@@ -102,7 +103,7 @@ TEST_F(VideoStreamTest, configPacketWithOneParameterSetLeavesTheFormat)
     }
 }
 
-TEST_F(VideoStreamTest, parameterSetsInAMediaPacketCountForThatVeryPacket)
+TEST_F(VideoReaderTest, parameterSetsInAMediaPacketCountForThatVeryPacket)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(
@@ -117,7 +118,7 @@ TEST_F(VideoStreamTest, parameterSetsInAMediaPacketCountForThatVeryPacket)
     EXPECT_EQ(hex(samples[1].format->pps), "6844");
 }
 
-TEST_F(VideoStreamTest, emptyUnitsAreNoParameterSets)
+TEST_F(VideoReaderTest, emptyUnitsAreNoParameterSets)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(configFlag, QByteArray("\x00\x00\x01", 3) + parameterSets) + packet(keyFlag, nal("65aa")));
@@ -125,7 +126,7 @@ TEST_F(VideoStreamTest, emptyUnitsAreNoParameterSets)
     EXPECT_EQ(hex(renderer->samples()[0].format->sps), "6742aa");
 }
 
-TEST_F(VideoStreamTest, parameterSetsThatAreRefusedEmptyTheFormat)
+TEST_F(VideoReaderTest, parameterSetsThatAreRefusedEmptyTheFormat)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(
@@ -136,7 +137,7 @@ TEST_F(VideoStreamTest, parameterSetsThatAreRefusedEmptyTheFormat)
     EXPECT_TRUE(videoGoesOn());
 }
 
-TEST_F(VideoStreamTest, payloadWithoutAStartCodeIsOneUnit)
+TEST_F(VideoReaderTest, payloadWithoutAStartCodeIsOneUnit)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(
@@ -147,7 +148,7 @@ TEST_F(VideoStreamTest, payloadWithoutAStartCodeIsOneUnit)
     EXPECT_EQ(hex(renderer->samples()[1].data), "0000000141");
 }
 
-TEST_F(VideoStreamTest, packetOfParameterSetsAndDelimitersAloneIsNoFrame)
+TEST_F(VideoReaderTest, packetOfParameterSetsAndDelimitersAloneIsNoFrame)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(keyFlag, nal("6742aa") + nal("68bb") + nal("09f0")) + sessionPacket(8, 8));
@@ -157,7 +158,7 @@ TEST_F(VideoStreamTest, packetOfParameterSetsAndDelimitersAloneIsNoFrame)
     EXPECT_EQ(firstFrames, 0);
 }
 
-TEST_F(VideoStreamTest, firstFrameIsReportedOnceWithItsTime)
+TEST_F(VideoReaderTest, firstFrameIsReportedOnceWithItsTime)
 {
     fakes.processes->on(QStringLiteral("--remove"), [this](const ChildCommand &) {
         fakes.clock->advance(std::chrono::milliseconds(2340));
@@ -173,7 +174,7 @@ TEST_F(VideoStreamTest, firstFrameIsReportedOnceWithItsTime)
         << logLines().join(QLatin1Char('\n')).toStdString();
 }
 
-TEST_F(VideoStreamTest, statisticsCountFrames)
+TEST_F(VideoReaderTest, statisticsCountFrames)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -182,21 +183,21 @@ TEST_F(VideoStreamTest, statisticsCountFrames)
     EXPECT_EQ(client->statistics().firstFrameSeconds, 0.0);
 }
 
-TEST_F(VideoStreamTest, payloadSizeOfZeroEndsTheStreamWithoutAText)
+TEST_F(VideoReaderTest, payloadSizeOfZeroEndsTheStreamWithoutAText)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packetHeader(deltaFlag, 0));
     EXPECT_TRUE(endsOnceWith(std::nullopt));
 }
 
-TEST_F(VideoStreamTest, payloadSizeOverTheLimitEndsTheStreamWithoutAText)
+TEST_F(VideoReaderTest, payloadSizeOverTheLimitEndsTheStreamWithoutAText)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packetHeader(keyFlag, 0x2000000));
     EXPECT_TRUE(endsOnceWith(std::nullopt));
 }
 
-TEST_F(VideoStreamTest, payloadOfExactlyTheLimitIsRead)
+TEST_F(VideoReaderTest, payloadOfExactlyTheLimitIsRead)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(configFlag, parameterSets));
@@ -206,7 +207,7 @@ TEST_F(VideoStreamTest, payloadOfExactlyTheLimitIsRead)
     EXPECT_TRUE(videoGoesOn());
 }
 
-TEST_F(VideoStreamTest, streamThatIsCutInsideAPayloadEndsWithoutAText)
+TEST_F(VideoReaderTest, streamThatIsCutInsideAPayloadEndsWithoutAText)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packet(configFlag, parameterSets) + packet(keyFlag, nal("65aabbccdd")).chopped(1));
@@ -215,7 +216,7 @@ TEST_F(VideoStreamTest, streamThatIsCutInsideAPayloadEndsWithoutAText)
     EXPECT_EQ(renderer->count(), 0U);
 }
 
-TEST_F(VideoStreamTest, streamThatIsCutInsideAHeaderEndsWithoutAText)
+TEST_F(VideoReaderTest, streamThatIsCutInsideAHeaderEndsWithoutAText)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(packetHeader(keyFlag, 10).left(11));
@@ -223,7 +224,7 @@ TEST_F(VideoStreamTest, streamThatIsCutInsideAHeaderEndsWithoutAText)
     EXPECT_TRUE(endsOnceWith(std::nullopt));
 }
 
-TEST_F(VideoStreamTest, snapshotWaitsForAKeyFrame)
+TEST_F(VideoReaderTest, snapshotWaitsForAKeyFrame)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -238,7 +239,7 @@ TEST_F(VideoStreamTest, snapshotWaitsForAKeyFrame)
     EXPECT_EQ(snapshots[0].width(), 8);
 }
 
-TEST_F(VideoStreamTest, snapshotThatCannotBeDecodedIsNotReported)
+TEST_F(VideoReaderTest, snapshotThatCannotBeDecodedIsNotReported)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -250,7 +251,7 @@ TEST_F(VideoStreamTest, snapshotThatCannotBeDecodedIsNotReported)
     EXPECT_EQ(renderer->count(), 3U) << "the frames themselves are shown";
 }
 
-TEST_F(VideoStreamTest, rendererThatFailedIsFlushedBeforeTheNextSample)
+TEST_F(VideoReaderTest, rendererThatFailedIsFlushedBeforeTheNextSample)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -263,7 +264,7 @@ TEST_F(VideoStreamTest, rendererThatFailedIsFlushedBeforeTheNextSample)
     EXPECT_EQ(renderer->calls(), (QStringList{enqueue, flush, enqueue, flush, enqueue}));
 }
 
-TEST_F(VideoStreamTest, readerNeverWaitsForTheMainThread)
+TEST_F(VideoReaderTest, readerNeverWaitsForTheMainThread)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     videoSocket.send(sessionPacket(8, 8) + packet(configFlag, parameterSets));
@@ -276,7 +277,7 @@ TEST_F(VideoStreamTest, readerNeverWaitsForTheMainThread)
     EXPECT_TRUE(comesTrue([this] { return sizes.size() == 1 && firstFrames == 1 && snapshots.size() == 1; }));
 }
 
-TEST_F(VideoStreamTest, frameRateIsLoggedOnceASecondWhenAsked)
+TEST_F(VideoReaderTest, frameRateIsLoggedOnceASecondWhenAsked)
 {
     fakes.settings->setValue(QStringLiteral("QuillnestPrintFPS"), true);
     ASSERT_NO_FATAL_FAILURE(openVideo());
@@ -293,7 +294,7 @@ TEST_F(VideoStreamTest, frameRateIsLoggedOnceASecondWhenAsked)
     EXPECT_EQ(logLines().filter(QStringLiteral(" fps")).size(), before + 1);
 }
 
-TEST_F(VideoStreamTest, frameRateIsNotLoggedUnasked)
+TEST_F(VideoReaderTest, frameRateIsNotLoggedUnasked)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
     ASSERT_TRUE(videoGoesOn());
@@ -304,7 +305,7 @@ TEST_F(VideoStreamTest, frameRateIsNotLoggedUnasked)
     EXPECT_TRUE(logLines().filter(QStringLiteral("fps")).isEmpty());
 }
 
-TEST_F(VideoStreamTest, realStreamIsDecodedAndGivesAStill)
+TEST_F(VideoReaderTest, realStreamIsDecodedAndGivesAStill)
 {
     FFmpegVideoDecoding decoding;
     fakes.platform.video = std::make_shared<FFmpegVideoDecoding>();
@@ -325,7 +326,7 @@ TEST_F(VideoStreamTest, realStreamIsDecodedAndGivesAStill)
     EXPECT_LT(colour.blue(), 60);
 }
 
-TEST_F(VideoStreamTest, garbageAfterTheHeaderEndsNothingButItsOwnFrame)
+TEST_F(VideoReaderTest, garbageAfterTheHeaderEndsNothingButItsOwnFrame)
 {
     FFmpegVideoDecoding decoding;
     fakes.platform.video = std::make_shared<FFmpegVideoDecoding>();
@@ -340,4 +341,42 @@ TEST_F(VideoStreamTest, garbageAfterTheHeaderEndsNothingButItsOwnFrame)
         videoSocket.send(packet(keyFlag, stream.units[0].bytes));
     EXPECT_TRUE(comesTrue([&] { return usedRenderer->latestFrame() != nullptr; }));
     EXPECT_TRUE(ends.empty());
+}
+
+TEST_F(VideoReaderTest, readsAloneAndFeedsWhoeverIsAttached)
+{
+    /// Notes the samples.
+    class Notes : public SampleConsumer
+    {
+    public:
+        void takeVideo(const VideoSample &sample, std::chrono::microseconds time) override
+        {
+            samples.push_back(sample);
+            times.push_back(time);
+        }
+        void takeAudio(std::span<const std::uint8_t>, std::chrono::microseconds) override { }
+        void ended() override { }
+        std::vector<VideoSample> samples;
+        std::vector<std::chrono::microseconds> times;
+    };
+    fakes.platform.executor = fakes.executor;
+    SampleFeed feed(fakes.executor, log);
+    const auto notes = std::make_shared<Notes>();
+    feed.attach(notes);
+    VideoReader reader(fakes.platform, renderer, log, feed);
+    ConnectedSocket connection;
+    connection.sendAndClose(
+        videoPreamble() + sessionPacket(776, 1448) + packet(configFlag, parameterSets) + packet(keyFlag, nal("65aa"))
+        + packet(deltaFlag, nal("41bb")));
+    EXPECT_EQ(reader.read(*connection.socket, fakes.clock->monotonic()), std::nullopt);
+    EXPECT_EQ(reader.videoSize(), QSizeF(776, 1448));
+    EXPECT_EQ(reader.framesEnqueued(), 2U);
+    EXPECT_EQ(renderer->count(), 2U);
+    fakes.settle();
+    ASSERT_EQ(notes->samples.size(), 2U);
+    EXPECT_EQ(hex(notes->samples[0].data), "0000000265aa");
+    EXPECT_TRUE(notes->samples[0].keyFrame);
+    ASSERT_TRUE(notes->samples[1].format);
+    EXPECT_EQ(hex(notes->samples[1].format->sps), "6742aa");
+    EXPECT_EQ(notes->times[1], std::chrono::duration_cast<std::chrono::microseconds>(fakes.clock->monotonic()));
 }

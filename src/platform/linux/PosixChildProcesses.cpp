@@ -250,18 +250,26 @@ void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onO
 
 ChildResult PosixChildProcesses::run(const ChildCommand &command)
 {
+    return runEndable(command, {});
+}
+
+ChildResult PosixChildProcesses::runEndable(const ChildCommand &command, const Started &started)
+{
     ChildResult result;
     try {
-        const auto child = spawn(command);
-        if (child.output) {
+        const auto spawned = spawn(command);
+        const auto child = std::make_shared<PosixRunningChild>(spawned.pid);
+        if (started)
+            started(child);
+        if (spawned.output) {
             while (true) {
-                const auto chunk = readChunk(child.output.get());
+                const auto chunk = readChunk(spawned.output.get());
                 if (chunk.isEmpty())
                     break;
                 result.output += chunk;
             }
         }
-        result.status = reap(child.pid);
+        result.status = child->wait();
     } catch (const LaunchError &error) {
         result.launchError = error.message();
     }

@@ -11,6 +11,7 @@ class PosixChildProcesses : public ChildProcesses
 {
 public:
     ChildResult run(const ChildCommand &command) override;
+    ChildResult runEndable(const ChildCommand &command, const Started &started) override;
     std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
     using ChildProcesses::start;
 };
