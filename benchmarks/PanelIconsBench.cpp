@@ -8,7 +8,7 @@
 #include "launcher/MenuPanel.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/desktop/ThemeSymbols.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -88,7 +88,7 @@ void run(BenchReport &report)
     // What the store waits for stands still, the icons' own work is real.
     auto platform = fakes.platform;
     platform.executor = std::make_shared<QtExecutor>();
-    platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.archives = std::make_shared<ZipArchives>();
     platform.symbols = std::make_shared<ThemeSymbols>();
     fakes.settings->setValue(
         QStringLiteral("Quillnest.apps.v1"),

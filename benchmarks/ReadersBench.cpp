@@ -1,7 +1,7 @@
 #include "benchmarks/ReadersBench.h"
 
 #include "package/APKIconExtractor.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QElapsedTimer>
 
@@ -69,10 +69,10 @@ template <typename Work> Rates measure(const Blob &bytes, const Work &work)
 
 void run(BenchReport &report)
 {
-    PosixChildProcesses processes;
+    ZipArchives archives;
     const std::string package = "/usr/share/android-framework-res/framework-res.apk";
-    const auto manifest = APKIconExtractor::read(processes, package, "AndroidManifest.xml");
-    const auto table = APKIconExtractor::read(processes, package, "resources.arsc");
+    const auto manifest = APKIconExtractor::read(archives, package, "AndroidManifest.xml");
+    const auto table = APKIconExtractor::read(archives, package, "resources.arsc");
     if (!manifest || !table || APKIconExtractor::entries(*table, anIcon).empty())
         throw std::runtime_error(package + " can't be read");
 

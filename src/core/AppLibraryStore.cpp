@@ -248,8 +248,8 @@ Task<> AppLibraryStore::addPackage(QString path, MobilePlatform platform)
     }
     MobileApp app;
     if (platform == MobilePlatform::android) {
-        auto readLabel = [processes = m_services.platform.processes, native = path.toStdString()] {
-            return APKIconExtractor::label(*processes, native);
+        auto readLabel = [archives = m_services.platform.archives, native = path.toStdString()] {
+            return APKIconExtractor::label(*archives, native);
         };
         auto reading = background(*m_services.platform.executor, std::move(readLabel));
         const auto label = co_await reading;

@@ -1,7 +1,8 @@
 #include "package/APKIconExtractor.h"
 #include "package/IconSource.h"
 #include "package/IconVector.h"
-#include "package/PackageEntry.h"
+#include "package/PackageLimits.h"
+#include "platform/Archives.h"
 
 #include <algorithm>
 #include <array>
@@ -225,14 +226,16 @@ void traceIcon(IconSource &source, const std::string &packagePath, const Attribu
 std::optional<std::vector<std::uint8_t>>
 APKIconExtractor::iconPNG(const IconTools &tools, const std::string &packagePath)
 {
-    const auto files = PackageEntry::readAll(tools.processes, packagePath, {"AndroidManifest.xml", "resources.arsc"});
-    const auto &manifest = files[0];
-    const auto &table = files[1];
+    const auto package = tools.archives.open(packagePath);
+    if (!package)
+        return std::nullopt;
+    const auto manifest = package->read("AndroidManifest.xml", PackageLimits::largestManifest);
+    const auto table = package->read("resources.arsc", PackageLimits::largestEntry);
     if (manifest.empty() || table.empty())
         return std::nullopt;
 
     const auto application = applicationOf(manifest);
-    IconSource source(tools, packagePath, table);
+    IconSource source(tools, *package, table);
     for (const auto *name : iconAttributes) {
         const auto attr = application.find(name);
         if (attr == application.end() || attr->second.type != referenceType)

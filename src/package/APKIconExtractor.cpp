@@ -1,7 +1,8 @@
 #include "package/APKIconExtractor.h"
 
-#include "package/PackageEntry.h"
+#include "package/PackageLimits.h"
 #include "package/StringPool.h"
+#include "platform/Archives.h"
 
 #include <algorithm>
 
@@ -167,18 +168,21 @@ std::vector<APKIconExtractor::Element> APKIconExtractor::elements(ByteView bytes
 }
 
 std::optional<std::vector<std::uint8_t>>
-APKIconExtractor::read(ChildProcesses &processes, const std::string &packagePath, const std::string &entryName)
+APKIconExtractor::read(Archives &archives, const std::string &packagePath, const std::string &entryName)
 {
-    auto bytes = PackageEntry::read(processes, packagePath, entryName);
+    const auto package = archives.open(packagePath);
+    if (!package)
+        return std::nullopt;
+    auto bytes = package->read(entryName, PackageLimits::largestEntry);
     return bytes.empty() ? std::nullopt : std::optional(std::move(bytes));
 }
 
-std::optional<std::string> APKIconExtractor::label(ChildProcesses &processes, const std::string &packagePath)
+std::optional<std::string> APKIconExtractor::label(Archives &archives, const std::string &packagePath)
 {
-    const auto manifest = read(processes, packagePath, "AndroidManifest.xml");
-    if (!manifest)
+    const auto package = archives.open(packagePath);
+    if (!package)
         return std::nullopt;
-    const auto tags = elements(*manifest);
+    const auto tags = elements(package->read("AndroidManifest.xml", PackageLimits::largestManifest));
     const auto application
         = std::find_if(tags.begin(), tags.end(), [](const Element &tag) { return tag.name == "application"; });
     if (application == tags.end())
@@ -192,11 +196,9 @@ std::optional<std::string> APKIconExtractor::label(ChildProcesses &processes, co
     if (value.type != referenceType)
         return std::nullopt;
 
-    const auto table = read(processes, packagePath, "resources.arsc");
-    if (!table)
-        return std::nullopt;
+    const auto table = package->read("resources.arsc", PackageLimits::largestEntry);
     // The first text of the table wins, empty or not: no language is preferred.
-    const auto values = entries(*table, value.data);
+    const auto values = entries(table, value.data);
     const auto text
         = std::find_if(values.begin(), values.end(), [](const Entry &entry) { return entry.type == stringType; });
     if (text == values.end() || !text->file || text->file->empty())

@@ -16,7 +16,8 @@
 namespace quillnest
 {
 
-class ChildProcesses;
+class Archives;
+class OpenArchive;
 class IconSource;
 
 /// Reads Android's compiled XML and resource tables. The formats are those of Android's own packaging tools (chunked,
@@ -84,17 +85,17 @@ std::vector<Entry> entries(ByteView bytes, std::uint32_t id);
 /// The same on a budget that several calls share.
 std::vector<Entry> entries(ByteView bytes, std::uint32_t id, WorkBudget &budget);
 
-/// One entry of a package, unpacked by the host's "unzip"; absent if it is empty, missing or larger than any real one.
-/// The names are taken literally. Blocks until the child process ends.
+/// One entry of a package; absent if it is empty, missing, encrypted or larger than any real one. The names are taken
+/// literally. Blocks.
 std::optional<std::vector<std::uint8_t>>
-read(ChildProcesses &processes, const std::string &packagePath, const std::string &entryName);
+read(Archives &archives, const std::string &packagePath, const std::string &entryName);
 
 /// The application's label: the literal in the manifest, or the first value in the table that it refers to. Blocks.
-std::optional<std::string> label(ChildProcesses &processes, const std::string &packagePath);
+std::optional<std::string> label(Archives &archives, const std::string &packagePath);
 
 /// What of the host an icon is made with.
 struct IconTools {
-    ChildProcesses &processes;
+    Archives &archives;
     Drawing &drawing;
     /// Takes a line for the program's log. Any thread.
     std::function<void(const std::string &line)> log;

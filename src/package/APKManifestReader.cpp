@@ -1,7 +1,8 @@
 #include "package/APKManifestReader.h"
 
 #include "package/FatalRangeError.h"
-#include "package/PackageEntry.h"
+#include "package/PackageLimits.h"
+#include "platform/Archives.h"
 
 #include <vector>
 
@@ -101,9 +102,12 @@ std::optional<std::string> packageAttribute(ByteView bytes, std::int64_t element
 }
 } // namespace
 
-std::optional<std::string> APKManifestReader::packageName(ChildProcesses &processes, const std::string &packagePath)
+std::optional<std::string> APKManifestReader::packageName(Archives &archives, const std::string &packagePath)
 {
-    return parse(PackageEntry::read(processes, packagePath, "AndroidManifest.xml"));
+    const auto package = archives.open(packagePath);
+    if (!package)
+        return std::nullopt;
+    return parse(package->read("AndroidManifest.xml", PackageLimits::largestManifest));
 }
 
 std::optional<std::string> APKManifestReader::parse(ByteView bytes)

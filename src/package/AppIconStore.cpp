@@ -2,7 +2,7 @@
 
 #include "base/QuillnestFolders.h"
 #include "base/StrictUtf8.h"
-#include "package/PackageEntry.h"
+#include "package/PackageLimits.h"
 
 #include <QDir>
 #include <QFile>
@@ -57,7 +57,7 @@ class AppIconStore::Loader
 {
 public:
     Loader(const Platform &platform, std::shared_ptr<QuillnestLog> log, IconReader iconReader)
-        : m_processes(platform.processes)
+        : m_archives(platform.archives)
         , m_drawing(platform.drawing)
         , m_log(std::move(log))
         , m_iconReader(std::move(iconReader))
@@ -84,7 +84,7 @@ public:
 
         const auto apk = lastComponent(sourcePath);
         if (platform == MobilePlatform::android) {
-            const APKIconExtractor::IconTools tools{*m_processes, *m_drawing, [this](const std::string &line) {
+            const APKIconExtractor::IconTools tools{*m_archives, *m_drawing, [this](const std::string &line) {
                                                         m_log->write(QString::fromStdString(line));
                                                     }};
             if (auto png = m_iconReader(tools, sourcePath.toStdString())) {
@@ -94,8 +94,9 @@ public:
             }
         }
 
-        if (const auto entry = bestEntry(sourcePath, platform)) {
-            if (auto png = readEntry(sourcePath, *entry)) {
+        const auto package = m_archives->open(sourcePath.toStdString());
+        if (const auto entry = package ? bestEntry(*package, platform) : std::nullopt) {
+            if (auto png = readEntry(*package, *entry)) {
                 keep(kept, *png);
                 m_log->write(QStringLiteral("icon: %1 from %2").arg(*entry, apk));
                 return png;
@@ -107,19 +108,22 @@ public:
 
     std::optional<QString> bestEntry(const QString &path, MobilePlatform platform) const
     {
-        const auto list = PackageEntry::list(*m_processes, path.toStdString());
-        if (!list)
-            return std::nullopt;
-        const auto text = strictUtf8(
-            QByteArray(reinterpret_cast<const char *>(list->data()), static_cast<qsizetype>(list->size())));
-        if (!text)
-            return std::nullopt;
+        const auto package = m_archives->open(path.toStdString());
+        return package ? bestEntry(*package, platform) : std::nullopt;
+    }
+
+private:
+    static std::optional<QString> bestEntry(const OpenArchive &package, MobilePlatform platform)
+    {
         std::optional<QString> best;
         std::int64_t bestScore = 0;
-        for (const auto &entry : text->split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-            if (!isCandidate(entry, platform))
+        for (const auto name : package.names()) {
+            const auto entry = strictUtf8(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+            if (!entry)
+                return std::nullopt;
+            if (!isCandidate(*entry, platform))
                 continue;
-            const auto points = platform == MobilePlatform::android ? score(entry) : iosScore(entry);
+            const auto points = platform == MobilePlatform::android ? score(*entry) : iosScore(*entry);
             if (!best || points > bestScore) {
                 best = entry;
                 bestScore = points;
@@ -128,11 +132,10 @@ public:
         return best;
     }
 
-private:
     /// An entry as a PNG file, whatever kind of picture it is.
-    std::optional<Bytes> readEntry(const QString &path, const QString &entry) const
+    std::optional<Bytes> readEntry(OpenArchive &package, const QString &entry) const
     {
-        const auto bytes = PackageEntry::read(*m_processes, path.toStdString(), entry.toStdString());
+        const auto bytes = package.read(entry.toStdString(), PackageLimits::largestEntry);
         const auto image = m_drawing->decode(bytes);
         return image ? m_drawing->encodePng(*image) : std::nullopt;
     }
@@ -148,7 +151,7 @@ private:
         }
     }
 
-    const std::shared_ptr<ChildProcesses> m_processes;
+    const std::shared_ptr<Archives> m_archives;
     const std::shared_ptr<Drawing> m_drawing;
     const std::shared_ptr<QuillnestLog> m_log;
     const IconReader m_iconReader;

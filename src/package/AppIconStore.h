@@ -46,12 +46,12 @@ public:
     const std::map<QUuid, QImage> &images() const { return m_images; }
 
     /// The icon as a PNG file: the one that was kept, whatever became of the package since, or else the one found in
-    /// the package, which is kept from then on. Absent, with a line in the log, if the package has none. Blocks for
-    /// child processes. Any thread but the main one.
+    /// the package, which is kept from then on. Absent, with a line in the log, if the package has none. Blocks. Any
+    /// thread but the main one.
     std::optional<Bytes> loadIconData(QUuid id, const QString &sourcePath, MobilePlatform platform) const;
 
     /// The name of the entry of an archive that looks most like the icon; of equals the first. Absent if none does, or
-    /// if the list isn't text. Blocks. Any thread but the main one.
+    /// if a name isn't text. Blocks. Any thread but the main one.
     std::optional<QString> bestEntry(const QString &path, MobilePlatform platform) const;
 
     /// How much the name of an entry of an APK or of an IPA promises. Any thread.

@@ -1,6 +1,7 @@
 #include "package/IconSource.h"
 
-#include "package/PackageEntry.h"
+#include "package/PackageLimits.h"
+#include "platform/Archives.h"
 
 #include <algorithm>
 
@@ -17,15 +18,15 @@ constexpr std::size_t maximumBytes = 64 * 1024 * 1024;
 constexpr std::size_t maximumDrawing = 400 * 1000;
 } // namespace
 
-IconSource::IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table)
-    : IconSource(tools, std::move(packagePath), table, WorkBudget(table.size()))
+IconSource::IconSource(const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table)
+    : IconSource(tools, package, table, WorkBudget(table.size()))
 {
 }
 
 IconSource::IconSource(
-    const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table, WorkBudget reading)
+    const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table, WorkBudget reading)
     : m_tools(tools)
-    , m_packagePath(std::move(packagePath))
+    , m_package(package)
     , m_table(table)
     , m_reading(reading)
     , m_drawing(WorkBudget::ofAmount(maximumDrawing))
@@ -69,12 +70,10 @@ void IconSource::prefetch(const std::vector<std::string> &files)
             missing.push_back(file);
         }
     }
-    auto contents = PackageEntry::readAll(m_tools.processes, m_packagePath, missing);
-    for (std::size_t i = 0; i < missing.size(); ++i) {
-        if (contents[i].size() > m_bytesLeft)
-            contents[i].clear();
-        m_bytesLeft -= contents[i].size();
-        m_files[missing[i]] = std::move(contents[i]);
+    for (const auto &name : missing) {
+        auto content = m_package.read(name, m_bytesLeft);
+        m_bytesLeft -= content.size();
+        m_files[name] = std::move(content);
     }
 }
 

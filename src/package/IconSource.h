@@ -15,10 +15,10 @@ class IconSource
 public:
     using Blob = std::vector<std::uint8_t>;
 
-    /// `table` is the package's resource table and outlives this. What may be spent on reading follows from its size
+    /// `table` is the package's resource table; both outlive this. What may be spent on reading follows from its size
     /// unless it is given.
-    IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table);
-    IconSource(const APKIconExtractor::IconTools &tools, std::string packagePath, ByteView table, WorkBudget reading);
+    IconSource(const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table);
+    IconSource(const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table, WorkBudget reading);
 
     Drawing &drawing() { return m_tools.drawing; }
     /// Writes a line to the log, made fit for it: one line, printable, of bounded length.
@@ -57,7 +57,7 @@ private:
     static constexpr int maximumDepth = 16;
 
     const APKIconExtractor::IconTools &m_tools;
-    const std::string m_packagePath;
+    OpenArchive &m_package;
     const ByteView m_table;
     WorkBudget m_reading;
     WorkBudget m_drawing;

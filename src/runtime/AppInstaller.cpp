@@ -98,7 +98,7 @@ QString AppInstaller::packageIdentifier(const QString &apkPath) const
 {
     // The name ends up in texts for the device's shell, and the file may come from anywhere: a name that Android
     // wouldn't accept counts as one that can't be read.
-    const auto own = APKManifestReader::packageName(*m_commands->platform().processes, apkPath.toStdString());
+    const auto own = APKManifestReader::packageName(*m_commands->platform().archives, apkPath.toStdString());
     const auto name = QString::fromStdString(own.value_or(std::string()));
     if (isValidPackageName(name))
         return name;

@@ -9,20 +9,13 @@
 namespace quillnest
 {
 
-/// A store on a complete runtime whose device is scripted. `unzip` knows the packages that were put there.
+/// A store on a complete runtime whose device is scripted. The packages that were put there have manifests.
 class CoreFixture : public RuntimeFixture
 {
 protected:
     CoreFixture()
     {
         fakes.platform.profile.developmentScrcpy = fakes.writeFile(QStringLiteral("dev/bin/scrcpy"), "", true);
-        fakes.processes->on(QStringLiteral("/usr/bin/unzip"), [this](const ChildCommand &command) {
-            for (const auto &[path, manifest] : manifests) {
-                if (command.arguments.contains(path))
-                    return ScriptedProcesses::Answer{manifest};
-            }
-            return ScriptedProcesses::Answer{"", 9};
-        });
         fakes.processes->on(QStringLiteral("pm list packages -3"), [this](const ChildCommand &) {
             return ScriptedProcesses::Answer{installed};
         });
@@ -61,8 +54,7 @@ protected:
              build::startElement(
                  3, label.empty() ? std::vector<build::Attribute>{} : std::vector{build::Attribute{4, 5}}),
              build::endElement(3), build::endElement(0)});
-        manifests[path]
-            = QByteArray(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size()));
+        fakes.archives->packages[path.toStdString()] = {{"AndroidManifest.xml", bytes}};
         return path;
     }
 
@@ -93,7 +85,6 @@ protected:
 
     bool hasLogged(const QString &line) const { return logLines().contains(line); }
 
-    std::map<QString, QByteArray> manifests;
     QByteArray installed;
     std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
     std::shared_ptr<FakeLocks> locks = std::make_shared<FakeLocks>();

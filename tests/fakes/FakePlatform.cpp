@@ -58,6 +58,7 @@ FakePlatform fakePlatform(HostProfile profile)
     fakes.executor = std::make_shared<ManualExecutor>();
     fakes.settings = std::make_shared<MemorySettings>();
     fakes.processes = std::make_shared<ScriptedProcesses>();
+    fakes.archives = std::make_shared<FakeArchives>();
     fakes.commands = std::make_shared<FakeCommandChannel>();
     fakes.pasteboard = std::make_shared<FakePasteboard>();
     fakes.screens = std::make_shared<FakeScreens>();
@@ -84,6 +85,7 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.executor = fakes.executor;
     platform.settings = fakes.settings;
     platform.processes = fakes.processes;
+    platform.archives = fakes.archives;
     platform.commands = fakes.commands;
     platform.pasteboard = fakes.pasteboard;
     platform.screens = fakes.screens;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fakes/FakeArchives.h"
 #include "fakes/FakeDesktop.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ManualExecutor.h"
@@ -26,6 +27,7 @@ struct FakePlatform {
     std::shared_ptr<ManualExecutor> executor;
     std::shared_ptr<MemorySettings> settings;
     std::shared_ptr<ScriptedProcesses> processes;
+    std::shared_ptr<FakeArchives> archives;
     std::shared_ptr<FakeCommandChannel> commands;
     std::shared_ptr<FakePasteboard> pasteboard;
     std::shared_ptr<FakeScreens> screens;

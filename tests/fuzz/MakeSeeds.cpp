@@ -5,6 +5,8 @@
 #include "package/WorstCases.h"
 #include "package/XmlBuilder.h"
 
+#include <zip.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -191,6 +193,56 @@ void addCutTable(Seeds &seeds, const Blob &bytes)
         }
     }
 }
+/// An entry of an archive: its name, what it holds, and how it is packed.
+struct Packed {
+    std::string name;
+    std::string content;
+    zip_int32_t method = ZIP_CM_DEFLATE;
+};
+
+Blob archiveOf(const std::vector<Packed> &entries)
+{
+    auto *whole = zip_source_buffer_create(nullptr, 0, 0, nullptr);
+    zip_source_keep(whole);
+    auto *archive = zip_open_from_source(whole, ZIP_TRUNCATE, nullptr);
+    for (const auto &[name, content, method] : entries) {
+        auto *source = zip_source_buffer(archive, content.data(), content.size(), 0);
+        const auto index = zip_file_add(archive, name.c_str(), source, 0);
+        zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), method, 0);
+    }
+    zip_close(archive);
+    zip_stat_t facts;
+    zip_source_stat(whole, &facts);
+    Blob bytes(facts.size);
+    zip_source_open(whole);
+    zip_source_read(whole, bytes.data(), bytes.size());
+    zip_source_close(whole);
+    zip_source_free(whole);
+    return bytes;
+}
+
+void addHandmadeArchives(Seeds &seeds)
+{
+    const std::string many(3000, 'm');
+    const std::vector<Packed> entries{
+        {"AndroidManifest.xml", many + "manifest"},
+        {"resources.arsc", "table", ZIP_CM_STORE},
+        {"res/", ""},
+        {"Payload/A.app/Info.plist", "<plist/>"}};
+    auto archive = archiveOf(entries);
+    seeds.add("zipReader", archive);
+    seeds.add("zipReader", archiveOf({{"a", ""}}));
+    // Encrypted, and with a size that lies.
+    const std::array<std::uint8_t, 4> line{'P', 'K', 1, 2};
+    const auto directory = std::search(archive.begin(), archive.end(), line.begin(), line.end()) - archive.begin();
+    archive[6] |= 1;
+    archive[static_cast<std::size_t>(directory) + 8] |= 1;
+    seeds.add("zipReader", archive);
+    archive[6] &= 0xFE;
+    archive[static_cast<std::size_t>(directory) + 8] &= 0xFE;
+    archive[static_cast<std::size_t>(directory) + 27] = 0xFF;
+    seeds.add("zipReader", archive);
+}
 } // namespace
 
 int main(int argc, char **argv)
@@ -210,6 +262,7 @@ int main(int argc, char **argv)
     addHandmade(seeds);
     addHandmadeDrawables(seeds);
     addHandmadePaths(seeds);
+    addHandmadeArchives(seeds);
 
     std::vector<fs::path> xml;
     for (const auto &file : fs::recursive_directory_iterator(argv[3])) {

@@ -245,7 +245,7 @@ TEST_F(APKIcon, anInsetOfItselfEnds)
     const auto id = nextId();
     fileResource("res/self.xml", compile({"inset", {{"drawable", reference(id)}}}));
     EXPECT_FALSE(render(id));
-    EXPECT_EQ(processes.count(QStringLiteral("self.xml")), 1);
+    EXPECT_EQ(reads("res/self.xml"), 1);
 }
 
 TEST_F(APKIcon, pastTheDepthNothingIsRead)
@@ -326,8 +326,9 @@ TEST_F(APKIcon, eachFileIsReadOnce)
         "res/icon.xml",
         adaptiveIcon({layerTag("background", reference(front)), layerTag("foreground", reference(front))}));
     EXPECT_EQ(icon({{"icon", reference(id)}}), drawn);
-    EXPECT_EQ(processes.count(QStringLiteral("front.xml")), 1);
-    EXPECT_EQ(processes.calls().size(), 4U);
+    EXPECT_EQ(reads("res/front.xml"), 1);
+    EXPECT_EQ(archives.reads.size(), 4U);
+    EXPECT_EQ(archives.opened.size(), 1U);
 }
 
 TEST_F(APKIcon, iconsThatFanOutWithoutEndEnd)
@@ -342,7 +343,7 @@ TEST_F(APKIcon, iconsThatFanOutWithoutEndEnd)
         fileResource("res/fan" + std::to_string(i) + ".xml", compile({"layer-list", {}, tags}));
     }
     EXPECT_FALSE(icon({{"icon", reference(first)}}));
-    EXPECT_LT(processes.calls().size(), 250U);
+    EXPECT_LT(archives.reads.size(), 250U);
 }
 
 TEST_F(APKIcon, linesOfTheLogStayLinesWhateverThePackageHolds)

@@ -2,7 +2,7 @@
 
 #include "base/QuillnestFolders.h"
 #include "fakes/FakePlatform.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -38,17 +38,7 @@ class AppIconStoreTest : public ::testing::Test
 protected:
     AppIconStoreTest()
     {
-        fakes.processes->on(QStringLiteral("/usr/bin/unzip"), [this](const ChildCommand &command) {
-            ScriptedProcesses::Answer answer;
-            if (command.arguments.first() == QStringLiteral("-Z1")) {
-                answer.output = listing;
-            } else if (command.arguments.first() == QStringLiteral("-p")) {
-                answer.output = entries.value(command.arguments.last());
-            }
-            // Never looked at.
-            answer.status = 11;
-            return answer;
-        });
+        putPackages();
         newRun();
     }
 
@@ -76,14 +66,28 @@ protected:
         return result;
     }
 
-    std::optional<Bytes> load(MobilePlatform platform = MobilePlatform::android) const
+    /// Packages with the entries that are listed, which hold what is known of them.
+    void putPackages()
     {
+        FakeArchives::Entries content;
+        for (const auto &name : listing.split('\n')) {
+            if (!name.isEmpty())
+                content.emplace_back(name.toStdString(), blob(entries.value(QString::fromUtf8(name))));
+        }
+        for (const auto *path : {"/apps/moon.apk", "/apps/moon.ipa"})
+            fakes.archives->packages[path] = content;
+    }
+
+    std::optional<Bytes> load(MobilePlatform platform = MobilePlatform::android)
+    {
+        putPackages();
         return store->loadIconData(id, app(platform).sourcePath, platform);
     }
 
     std::optional<QString> best(const QByteArray &names, MobilePlatform platform = MobilePlatform::android)
     {
         listing = names;
+        putPackages();
         return store->bestEntry(QStringLiteral("/apps/moon.apk"), platform);
     }
 
@@ -193,7 +197,7 @@ TEST_F(AppIconStoreTest, aKeptIconWinsWithoutALookAtThePackage)
     EXPECT_EQ(load(), blob(kept));
     EXPECT_EQ(load(MobilePlatform::ios), blob(kept));
     EXPECT_EQ(extractions, 0);
-    EXPECT_TRUE(fakes.processes->lines().isEmpty());
+    EXPECT_TRUE(fakes.archives->opened.empty());
 }
 
 TEST_F(AppIconStoreTest, aKeptFileThatIsNoPictureLeavesTheAppWithoutOne)
@@ -215,7 +219,7 @@ TEST_F(AppIconStoreTest, anIconThatTheManifestNamesIsKept)
     EXPECT_EQ(lastPath, "/apps/moon.apk");
     EXPECT_EQ(fakes.readFile(keptFile()), png);
     EXPECT_TRUE(hasLogged("icon: resolved via resources.arsc for moon.apk"));
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("-Z1")), 0);
+    EXPECT_TRUE(fakes.archives->opened.empty());
     extracted.reset();
     newRun();
     EXPECT_EQ(load(), blob(png)) << "the next run has it";
@@ -230,11 +234,8 @@ TEST_F(AppIconStoreTest, withoutOneTheBestEntryIsTaken)
     EXPECT_EQ(
         fakes.readFile(keptFile()), QByteArray(reinterpret_cast<const char *>(png->data()), qsizetype(png->size())));
     EXPECT_TRUE(hasLogged("icon: res/mipmap-hdpi/ic_launcher.png from moon.apk"));
-    EXPECT_EQ(
-        fakes.processes->lines(),
-        (QStringList{
-            QStringLiteral("/usr/bin/unzip -Z1 /apps/moon.apk"),
-            QStringLiteral("/usr/bin/unzip -p /apps/moon.apk res/mipmap-hdpi/ic_launcher.png")}));
+    EXPECT_EQ(fakes.archives->opened, std::vector<std::string>{"/apps/moon.apk"});
+    EXPECT_EQ(fakes.archives->reads, std::vector<std::string>{"res/mipmap-hdpi/ic_launcher.png"});
     EXPECT_EQ(fakes.platform.drawing->decode(*png)->pixels.at(0), 0xFF0000FFU);
 }
 
@@ -276,8 +277,6 @@ TEST_F(AppIconStoreTest, whatCannotBeReadOrDecodedIsNone)
     entries[launcher] = encoded(Qt::red, "bmp");
     isNone("another format");
     entries[launcher] = encoded(Qt::red, "png");
-    fakes.processes->on(QStringLiteral("unzip"), ScriptedProcesses::Answer{"", 0, QStringLiteral("no such file")});
-    isNone("no unzip");
 }
 
 TEST_F(AppIconStoreTest, anIconThatCannotBeKeptIsStillShown)
@@ -382,13 +381,13 @@ TEST_F(AppIconStoreTest, anIpasIconIsFoundByTheNamesOfItsTime)
 
 namespace
 {
-/// Real archives, made by "zip" and read by "unzip".
+/// Real archives, made by "zip".
 class AppIconStoreFiles : public AppIconStoreTest
 {
 protected:
     AppIconStoreFiles()
     {
-        fakes.platform.processes = std::make_shared<PosixChildProcesses>();
+        fakes.platform.archives = std::make_shared<ZipArchives>();
         newRun();
     }
 

@@ -3,8 +3,7 @@
 #include "package/APKIconExtractor.h"
 #include "package/APKManifestReader.h"
 #include "package/PackageDump.h"
-#include "package/PackageEntry.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -112,8 +111,9 @@ TEST(FrameworkPackage, everyXmlFileReadsAsThePlatformsToolReadsIt)
 
 TEST(FrameworkPackage, everyValueOfTheResourceTableReadsAsThePlatformsToolReadsIt)
 {
-    PosixChildProcesses processes;
-    const auto bytes = PackageEntry::read(processes, framework.toStdString(), "resources.arsc");
+    ZipArchives archives;
+    const auto bytes = APKIconExtractor::read(archives, framework.toStdString(), "resources.arsc")
+                           .value_or(std::vector<std::uint8_t>());
     ASSERT_FALSE(bytes.empty());
     std::vector<std::string> unread;
     const auto table = dump::resourceTable(framework, unread);
@@ -151,7 +151,7 @@ TEST(FrameworkPackage, everyValueOfTheResourceTableReadsAsThePlatformsToolReadsI
 
 TEST(SamplePackages, nameAndLabelAreThosePrintedByThePlatformsTool)
 {
-    PosixChildProcesses processes;
+    ZipArchives archives;
     const auto quotedAfter = [](const std::string &text, const std::string &key) {
         const auto start = text.find(key + "'");
         if (start == std::string::npos)
@@ -165,7 +165,7 @@ TEST(SamplePackages, nameAndLabelAreThosePrintedByThePlatformsTool)
         const auto badging
             = "\n" + dump::outputOf(QStringLiteral("aapt2"), {QStringLiteral("dump"), QStringLiteral("badging"), path});
         EXPECT_EQ(
-            APKManifestReader::packageName(processes, path.toStdString()), quotedAfter(badging, "\npackage: name="));
-        EXPECT_EQ(APKIconExtractor::label(processes, path.toStdString()), quotedAfter(badging, "\napplication-label:"));
+            APKManifestReader::packageName(archives, path.toStdString()), quotedAfter(badging, "\npackage: name="));
+        EXPECT_EQ(APKIconExtractor::label(archives, path.toStdString()), quotedAfter(badging, "\napplication-label:"));
     }
 }

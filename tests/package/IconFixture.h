@@ -1,11 +1,13 @@
 #pragma once
 
+#include "fakes/FakeArchives.h"
 #include "fakes/RecordingDrawing.h"
-#include "fakes/ScriptedProcesses.h"
 #include "package/IconSource.h"
 #include "package/XmlBuilder.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace quillnest
 {
@@ -16,16 +18,22 @@ class IconFixture : public ::testing::Test
 protected:
     static constexpr std::uint32_t firstId = 0x7F010000;
 
-    IconFixture()
+    static constexpr const char *packagePath = "/p/app.apk";
+
+    /// One package, of the files as they are when it is opened.
+    class FileArchives : public FakeArchives
     {
-        processes.on(QStringLiteral("/usr/bin/unzip -p /p/app.apk "), [this](const ChildCommand &command) {
-            const auto file = files.find(command.arguments.last().toStdString());
-            if (file == files.end())
-                return ScriptedProcesses::Answer{};
-            return ScriptedProcesses::Answer{QByteArray(
-                reinterpret_cast<const char *>(file->second.data()), static_cast<qsizetype>(file->second.size()))};
-        });
-    }
+    public:
+        explicit FileArchives(const std::map<std::string, build::Blob> &files) : m_files(files) { }
+        std::unique_ptr<OpenArchive> open(const std::string &package) override
+        {
+            packages[packagePath] = {m_files.begin(), m_files.end()};
+            return FakeArchives::open(package);
+        }
+
+    private:
+        const std::map<std::string, build::Blob> &m_files;
+    };
 
     /// One value of a resource: a file's name, or something else.
     struct Resource {
@@ -73,20 +81,28 @@ protected:
     {
         if (!m_source) {
             m_table = table();
-            m_source.emplace(tools, "/p/app.apk", m_table);
+            m_package = archives.open(packagePath);
+            m_source.emplace(tools, *m_package, m_table);
         }
         return *m_source;
     }
 
-    ScriptedProcesses processes;
+    /// How often a file was read.
+    std::ptrdiff_t reads(const std::string &file) const
+    {
+        return std::count(archives.reads.begin(), archives.reads.end(), file);
+    }
+
+    std::map<std::string, build::Blob> files;
+    FileArchives archives{files};
     RecordingDrawing recording;
     std::vector<std::string> log;
-    APKIconExtractor::IconTools tools{processes, recording, [this](const std::string &line) { log.push_back(line); }};
-    std::map<std::string, build::Blob> files;
+    APKIconExtractor::IconTools tools{archives, recording, [this](const std::string &line) { log.push_back(line); }};
 
 private:
     std::vector<std::vector<Resource>> m_resources;
     build::Blob m_table;
+    std::unique_ptr<OpenArchive> m_package;
     std::optional<IconSource> m_source;
 };
 

@@ -2,7 +2,7 @@
 #include "package/IconVector.h"
 #include "package/Pictures.h"
 #include "platform/desktop/QtDrawing.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,12 +24,13 @@ constexpr std::uint32_t blue = 0xFF0000FF;
 class IconPicture : public IconFixture
 {
 protected:
-    IconPicture() : m_drawingTools{processes, drawing, tools.log} { }
+    IconPicture() : m_drawingTools{archives, drawing, tools.log} { }
 
     std::optional<Image> picture(const Blob &file)
     {
         m_table = table();
-        IconSource real(m_drawingTools, "/p/app.apk", m_table);
+        const auto package = archives.open(packagePath);
+        IconSource real(m_drawingTools, *package, m_table);
         return IconVector::render(real, file, 0);
     }
 
@@ -228,7 +229,7 @@ TEST_F(IconPicture, withoutABackgroundTheGroundIsTransparent)
     EXPECT_EQ(log.size(), 1U);
 }
 
-TEST_F(IconPicture, pathsThatMisleadTheUnpackerOrAShellLeadToNoIcon)
+TEST_F(IconPicture, namesThatMisleadAnUnpackerOrAShellLeadToNoIcon)
 {
     const QTemporaryDir folder;
     const QDir content(folder.filePath(QStringLiteral("content")));
@@ -240,7 +241,7 @@ TEST_F(IconPicture, pathsThatMisleadTheUnpackerOrAShellLeadToNoIcon)
     };
     write(QStringLiteral("res/icon.xml"), compile({"color", {{"color", argb(red)}}}));
     const auto mark = folder.filePath(QStringLiteral("shell-was-here"));
-    PosixChildProcesses real;
+    ZipArchives real;
     const APKIconExtractor::IconTools realTools{real, drawing, tools.log};
     const auto apk = folder.filePath(QStringLiteral("app.apk"));
     const auto iconAt = [&](const std::string &path) {
@@ -271,12 +272,14 @@ TEST_F(IconPicture, pathsThatMisleadTheUnpackerOrAShellLeadToNoIcon)
 /// may round otherwise; a shape that moves by half a pixel, or a colour that changes, is more than that.
 TEST(FrameworkPicture, drawablesOfThePlatformLookAsTheyDid)
 {
-    PosixChildProcesses processes;
+    ZipArchives archives;
     QtDrawing drawing;
     const std::string package = FRAMEWORK_PACKAGE;
-    const APKIconExtractor::IconTools tools{processes, drawing, [](const std::string &) {}};
-    const auto table = APKIconExtractor::read(processes, package, "resources.arsc");
+    const APKIconExtractor::IconTools tools{archives, drawing, [](const std::string &) {}};
+    const auto table = APKIconExtractor::read(archives, package, "resources.arsc");
     ASSERT_TRUE(table);
+    const auto opened = archives.open(package);
+    ASSERT_TRUE(opened);
     const QDir expected(QStringLiteral(EXPECTED_PICTURES));
     const auto names = expected.entryList({QStringLiteral("*.png")});
     ASSERT_GE(names.size(), 12);
@@ -285,7 +288,7 @@ TEST(FrameworkPicture, drawablesOfThePlatformLookAsTheyDid)
         QFile file(expected.filePath(name));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const auto before = drawing.decode(bytesOf(file.readAll()));
-        IconSource source(tools, package, *table);
+        IconSource source(tools, *opened, *table);
         const auto stem = name.chopped(4).toStdString();
         const auto *bytes = source.read("res/drawable/" + stem + ".xml");
         if (!bytes)
@@ -319,11 +322,11 @@ QString badgingIcon(const QString &apk)
 
 TEST(SampleIcons, areThoseThatThePlatformsToolNames)
 {
-    PosixChildProcesses processes;
+    ZipArchives archives;
     QtDrawing drawing;
     std::vector<std::string> log;
     const APKIconExtractor::IconTools tools{
-        processes, drawing, [&log](const std::string &line) { log.push_back(line); }};
+        archives, drawing, [&log](const std::string &line) { log.push_back(line); }};
     for (const auto *name : {"tide", "ember", "lantern"}) {
         SCOPED_TRACE(name);
         const auto apk = QStringLiteral(SAMPLE_FOLDER "/%1.apk").arg(QLatin1String(name));
@@ -332,7 +335,7 @@ TEST(SampleIcons, areThoseThatThePlatformsToolNames)
         ASSERT_TRUE(png);
         const auto icon = drawing.decode(*png);
         ASSERT_TRUE(icon);
-        const auto file = APKIconExtractor::read(processes, apk.toStdString(), named);
+        const auto file = APKIconExtractor::read(archives, apk.toStdString(), named);
         ASSERT_TRUE(file);
         if (named.ends_with(".png")) {
             EXPECT_EQ(drawing.decode(*file), icon);

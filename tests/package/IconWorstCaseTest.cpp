@@ -15,7 +15,7 @@ namespace
 class IconWorstCase : public IconFixture
 {
 protected:
-    IconWorstCase() : m_drawingTools{processes, drawing, tools.log} { }
+    IconWorstCase() : m_drawingTools{archives, drawing, tools.log} { }
 
     /// Draws a vector of as many of these elements as a megabyte holds, and says how long it took. The elements share
     /// their texts, so that each costs little.
@@ -55,7 +55,8 @@ protected:
     IconSource &source()
     {
         m_table = table();
-        return m_source.emplace(m_drawingTools, "/p/app.apk", m_table);
+        m_package = archives.open(packagePath);
+        return m_source.emplace(m_drawingTools, *m_package, m_table);
     }
 
     QtDrawing drawing;
@@ -64,6 +65,7 @@ protected:
 private:
     APKIconExtractor::IconTools m_drawingTools;
     Blob m_table;
+    std::unique_ptr<OpenArchive> m_package;
     std::optional<IconSource> m_source;
 };
 

@@ -40,13 +40,13 @@ protected:
     /// Nothing for an APK whose manifest can't be read.
     void setManifestPackage(const std::optional<std::string> &name)
     {
-        build::Blob bytes;
+        auto &entries = fakes.archives->packages[apk.toStdString()];
+        entries.clear();
         if (name) {
-            bytes = build::xmlFile({build::pool({"manifest", "package", *name}), build::startElement(0, {{1, 2}})});
+            entries.emplace_back(
+                "AndroidManifest.xml",
+                build::xmlFile({build::pool({"manifest", "package", *name}), build::startElement(0, {{1, 2}})}));
         }
-        fakes.processes->on(
-            QStringLiteral("/usr/bin/unzip"),
-            QByteArray(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size())));
     }
 
     QString install() { return runToEnd<QString>(fakes, cli.installAndLaunch(apk)); }

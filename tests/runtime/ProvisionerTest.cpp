@@ -18,25 +18,6 @@ namespace
 
 using Provisioner = AndroidRuntimeProvisioner;
 
-/// Unpacks by writing down what it is asked, and puts in place what makes an installation complete.
-class FakeArchives : public Archives
-{
-public:
-    bool unpack(const QString &archive, const QString &folder) override
-    {
-        unpacked.append(archive.section(u'/', -1) + QStringLiteral(" > ") + folder);
-        if (refused == archive.section(u'/', -1))
-            return false;
-        if (onUnpack)
-            onUnpack(archive);
-        return true;
-    }
-
-    QStringList unpacked;
-    QString refused;
-    std::function<void(const QString &archive)> onUnpack;
-};
-
 const QUrl tools(QStringLiteral("https://dl.google.com/android/repository/repository2-3.xml"));
 const QUrl images(QStringLiteral("https://dl.google.com/android/repository/sys-img/android/sys-img2-3.xml"));
 
@@ -59,7 +40,6 @@ protected:
     ProvisionerTest()
     {
         fakes.platform.network = network;
-        fakes.platform.archives = archives;
         serve();
         archives->onUnpack = [this](const QString &archive) {
             const auto paths = AndroidRuntimePaths::managed(fakes.platform, 35);
@@ -142,7 +122,7 @@ protected:
 
     FakePlatform fakes = fakePlatform();
     std::shared_ptr<FakeNetwork> network = std::make_shared<FakeNetwork>();
-    std::shared_ptr<FakeArchives> archives = std::make_shared<FakeArchives>();
+    std::shared_ptr<FakeArchives> archives = fakes.archives;
     QByteArray emulatorName = "Emulator";
     std::optional<Provisioner> provisioner;
     std::vector<Provisioner::Phase> phases;

@@ -19,8 +19,8 @@
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
-#include "platform/linux/UnzipArchives.h"
 #include "platform/linux/XdgLoginItems.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -97,7 +97,7 @@ Platform linuxPlatform()
     platform.settings = linuxSettings();
     platform.processes = std::make_shared<PosixChildProcesses>();
     platform.network = std::make_shared<QtNetwork>(platform.executor);
-    platform.archives = std::make_shared<UnzipArchives>(platform.processes);
+    platform.archives = std::make_shared<ZipArchives>();
     platform.commands = linuxCommandChannel();
     platform.pasteboard = std::make_shared<DesktopPasteboard>();
     platform.screens = std::make_shared<DesktopScreens>();

@@ -2,24 +2,12 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/fakes/PackageFiles.h"
 #include "package/IconSource.h"
-#include "platform/ChildProcesses.h"
 #include "platform/desktop/QtDrawing.h"
 
 using namespace quillnest;
 
 namespace
 {
-/// Files are handed out by the fake of PackageEntry, so that none is ever started.
-class NoProcesses : public ChildProcesses
-{
-public:
-    ChildResult run(const ChildCommand & /*command*/) override { std::abort(); }
-    std::shared_ptr<RunningChild> start(const ChildCommand & /*command*/, Handlers /*handlers*/) override
-    {
-        std::abort();
-    }
-};
-
 /// Takes every operation and draws nothing: the real canvas costs a thousand times what a mutation does.
 class BlankDrawing : public Drawing
 {
@@ -79,23 +67,23 @@ QUILLNEST_FUZZ_TARGET(input)
     const bool draws = input.oneOf(16);
     const auto drawable = input.part();
     const auto table = input.part();
-    auto &files = fuzz::packageFiles();
-    files.clear();
+    std::vector<ByteView> files;
     while (!input.rest().empty() && files.size() < mostFiles)
         files.push_back(input.part());
 
-    NoProcesses processes;
+    fuzz::NoArchives archives;
+    fuzz::PackageFiles package(std::move(files));
     QtDrawing real;
     BlankDrawing blank;
     Drawing &drawing = draws ? static_cast<Drawing &>(real) : blank;
-    const APKIconExtractor::IconTools tools{processes, drawing, [](const std::string &line) {
+    const APKIconExtractor::IconTools tools{archives, drawing, [](const std::string &line) {
                                                 fuzz::requireText(line);
                                                 fuzz::require(line.find('\n') == std::string::npos);
                                             }};
-    IconSource forTree(tools, "/package.apk", table, budget);
+    IconSource forTree(tools, package, table, budget);
     if (const auto root = IconVector::tree(forTree, drawable))
         fuzz::require(nodes(*root) <= drawable.size());
-    IconSource forPicture(tools, "/package.apk", table, budget);
+    IconSource forPicture(tools, package, table, budget);
     const auto picture = IconVector::render(forPicture, drawable, 0);
     constexpr auto side = APKIconExtractor::iconSize;
     if (picture) {

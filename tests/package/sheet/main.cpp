@@ -4,7 +4,7 @@
 #include "package/IconSource.h"
 #include "package/IconVector.h"
 #include "platform/desktop/QtDrawing.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QDir>
 #include <QImage>
@@ -17,13 +17,11 @@ using namespace quillnest;
 namespace
 {
 
-QStringList drawablesOf(PosixChildProcesses &processes, const QString &package, const QString &text)
+QStringList drawablesOf(const OpenArchive &package, const QString &text)
 {
-    ChildCommand list;
-    list.program = QStringLiteral("/usr/bin/unzip");
-    list.arguments = {QStringLiteral("-Z1"), package};
     QStringList result;
-    for (const auto &name : QString::fromUtf8(processes.run(list).output).split(QLatin1Char('\n'))) {
+    for (const auto each : package.names()) {
+        const auto name = QString::fromUtf8(each.data(), static_cast<qsizetype>(each.size()));
         const bool isDrawable = name.startsWith(QLatin1String("res/drawable"))
             || name.startsWith(QLatin1String("res/mipmap")) || name.startsWith(QLatin1String("res/color"));
         if (isDrawable && name.endsWith(QLatin1String(".xml")) && name.contains(text))
@@ -40,21 +38,25 @@ int main(int argc, char **argv)
         std::fputs("usage: quillnest-icon-sheet PACKAGE OUT.png [TEXT]\n", stderr);
         return 2;
     }
-    PosixChildProcesses processes;
+    ZipArchives archives;
     QtDrawing drawing;
     const std::string package = argv[1];
     const APKIconExtractor::IconTools tools{
-        processes, drawing, [](const std::string &line) { std::fprintf(stderr, "%s\n", line.c_str()); }};
-    const auto table = APKIconExtractor::read(processes, package, "resources.arsc");
-    const auto names
-        = drawablesOf(processes, QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argc > 3 ? argv[3] : ""));
+        archives, drawing, [](const std::string &line) { std::fprintf(stderr, "%s\n", line.c_str()); }};
+    const auto opened = archives.open(package);
+    if (!opened) {
+        std::fprintf(stderr, "%s is no package\n", argv[1]);
+        return 1;
+    }
+    const auto table = APKIconExtractor::read(archives, package, "resources.arsc");
+    const auto names = drawablesOf(*opened, QString::fromLocal8Bit(argc > 3 ? argv[3] : ""));
 
     const QDir folder(QString::fromLocal8Bit(argv[2]));
     constexpr int columns = 24;
     constexpr int cell = 72;
     std::vector<QImage> pictures;
     for (const auto &name : names) {
-        IconSource source(tools, package, table ? ByteView(*table) : ByteView());
+        IconSource source(tools, *opened, table ? ByteView(*table) : ByteView());
         const auto *bytes = source.read(name.toStdString());
         const auto drawn = bytes ? IconVector::render(source, *bytes, 0) : std::nullopt;
         if (!drawn)

@@ -1,11 +1,12 @@
-#include "platform/linux/UnpackedTree.h"
+#include "platform/posix/UnpackedTree.h"
+
+#include "platform/posix/Volume.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -120,9 +121,10 @@ bool complete(const fs::path &fresh, const fs::path &old)
 /// The two change places.
 bool exchange(const fs::path &first, const fs::path &second)
 {
-    if (::renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE) == 0)
+    bool isUnable = false;
+    if (Volume::exchange(first, second, isUnable))
         return true;
-    if (errno != EINVAL && errno != ENOSYS)
+    if (!isUnable)
         return false;
     // A volume that can't do it in one step.
     auto aside = second;

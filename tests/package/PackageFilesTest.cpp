@@ -1,9 +1,9 @@
-#include "package/PackageEntry.h"
-#include "fakes/ScriptedProcesses.h"
+#include "fakes/FakeArchives.h"
 #include "package/APKIconExtractor.h"
 #include "package/APKManifestReader.h"
 #include "package/PackageBuilder.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "package/PackageLimits.h"
+#include "platform/posix/ZipArchives.h"
 
 #include <QDir>
 #include <QFile>
@@ -26,8 +26,8 @@ Blob blob(const char *text)
     return {bytes.begin(), bytes.end()};
 }
 
-/// Real archives, made by "zip" and read by "unzip".
-class PackageEntryFiles : public ::testing::Test
+/// Real archives, made by "zip".
+class PackageFiles : public ::testing::Test
 {
 protected:
     /// Makes an archive of files at a path below the temporary folder; returns its absolute path.
@@ -44,7 +44,7 @@ protected:
         // By another name first: "zip" gives some characters in an archive's name a meaning, too.
         QProcess zip;
         zip.setWorkingDirectory(content.path());
-        const auto plain = home.filePath(QStringLiteral("plain-%1.zip").arg(++archives));
+        const auto plain = home.filePath(QStringLiteral("plain-%1.zip").arg(++count));
         zip.start(QStringLiteral("zip"), {QStringLiteral("-q"), QStringLiteral("-r"), plain, QStringLiteral(".")});
         EXPECT_TRUE(zip.waitForFinished() && zip.exitCode() == 0) << zip.readAll().toStdString();
         const auto path = home.filePath(relative);
@@ -58,11 +58,14 @@ protected:
         return archive(relative, {{QStringLiteral("AndroidManifest.xml"), manifest}});
     }
 
-    Blob read(const std::string &path, const std::string &entry) { return PackageEntry::read(processes, path, entry); }
+    Blob read(const std::string &path, const std::string &entry)
+    {
+        return APKIconExtractor::read(archives, path, entry).value_or(Blob());
+    }
 
     QTemporaryDir home;
-    PosixChildProcesses processes;
-    int archives = 0;
+    ZipArchives archives;
+    int count = 0;
 };
 
 Blob manifestOf(const std::string &package)
@@ -71,30 +74,30 @@ Blob manifestOf(const std::string &package)
 }
 } // namespace
 
-TEST_F(PackageEntryFiles, aPackageNameIsReadOutOfARealArchive)
+TEST_F(PackageFiles, aPackageNameIsReadOutOfARealArchive)
 {
     const auto path = archive(QStringLiteral("app.apk"), manifestOf("org.example.app"));
-    EXPECT_EQ(APKManifestReader::packageName(processes, path), "org.example.app");
+    EXPECT_EQ(APKManifestReader::packageName(archives, path), "org.example.app");
 }
 
-TEST_F(PackageEntryFiles, missingFilesOtherFilesAndMissingManifestsAreAbsent)
+TEST_F(PackageFiles, missingFilesOtherFilesAndMissingManifestsAreAbsent)
 {
     EXPECT_EQ(
-        APKManifestReader::packageName(processes, home.filePath(QStringLiteral("none.apk")).toStdString()),
+        APKManifestReader::packageName(archives, home.filePath(QStringLiteral("none.apk")).toStdString()),
         std::nullopt);
     QFile text(home.filePath(QStringLiteral("text.apk")));
     ASSERT_TRUE(text.open(QIODevice::WriteOnly));
     text.write("no archive at all");
     text.close();
-    EXPECT_EQ(APKManifestReader::packageName(processes, text.fileName().toStdString()), std::nullopt);
-    EXPECT_EQ(APKIconExtractor::read(processes, text.fileName().toStdString(), "AndroidManifest.xml"), std::nullopt);
+    EXPECT_EQ(APKManifestReader::packageName(archives, text.fileName().toStdString()), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::read(archives, text.fileName().toStdString(), "AndroidManifest.xml"), std::nullopt);
     const auto other = archive(QStringLiteral("other.apk"), {{QStringLiteral("classes.dex"), blob("dex")}});
-    EXPECT_EQ(APKManifestReader::packageName(processes, other), std::nullopt);
-    EXPECT_EQ(APKIconExtractor::read(processes, other, "AndroidManifest.xml"), std::nullopt);
-    EXPECT_EQ(APKIconExtractor::read(processes, other, "classes.dex"), blob("dex"));
+    EXPECT_EQ(APKManifestReader::packageName(archives, other), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::read(archives, other, "AndroidManifest.xml"), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::read(archives, other, "classes.dex"), blob("dex"));
 }
 
-TEST_F(PackageEntryFiles, entriesLargerThanAPipeComeWhole)
+TEST_F(PackageFiles, entriesLargerThanAPipeComeWhole)
 {
     Blob large(3 * 1024 * 1024);
     for (std::size_t i = 0; i < large.size(); ++i)
@@ -104,7 +107,7 @@ TEST_F(PackageEntryFiles, entriesLargerThanAPipeComeWhole)
         large);
 }
 
-TEST_F(PackageEntryFiles, archivesWithPatternCharactersInTheirNamesAreTheOnesRead)
+TEST_F(PackageFiles, archivesWithPatternCharactersInTheirNamesAreTheOnesRead)
 {
     archive(QStringLiteral("game1.apk"), manifestOf("org.decoy.one"));
     archive(QStringLiteral("game.apk"), manifestOf("org.decoy.two"));
@@ -112,29 +115,29 @@ TEST_F(PackageEntryFiles, archivesWithPatternCharactersInTheirNamesAreTheOnesRea
          {"game[1].apk", "game*.apk", "game?.apk", "game\\.apk", "ga\\me[1].apk", "[game.apk", "game].apk",
           "[]game!.apk", "my game (mod) [v1.2].apk", "*", "[*]?"}) {
         const auto path = archive(QString::fromLatin1(name), manifestOf("org.example.real"));
-        EXPECT_EQ(APKManifestReader::packageName(processes, path), "org.example.real") << name;
+        EXPECT_EQ(APKManifestReader::packageName(archives, path), "org.example.real") << name;
     }
 }
 
-TEST_F(PackageEntryFiles, foldersWithPatternCharactersAreTakenAsTheyStand)
+TEST_F(PackageFiles, foldersWithPatternCharactersAreTakenAsTheyStand)
 {
     archive(QStringLiteral("d1/app.apk"), manifestOf("org.decoy"));
     for (const auto *name : {"d[1]/app.apk", "d*/app.apk", "d\\[1]/a[pp].apk", "d?/a\\pp.apk"}) {
         const auto path = archive(QString::fromLatin1(name), manifestOf("org.example.real"));
-        EXPECT_EQ(APKManifestReader::packageName(processes, path), "org.example.real") << name;
+        EXPECT_EQ(APKManifestReader::packageName(archives, path), "org.example.real") << name;
     }
 }
 
-TEST_F(PackageEntryFiles, aPathThatLooksLikeAnOptionIsAPath)
+TEST_F(PackageFiles, aPathThatLooksLikeAnOptionIsAPath)
 {
     archive(QStringLiteral("-l.apk"), manifestOf("org.example.dash"));
     const auto previous = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(home.path()));
-    EXPECT_EQ(APKManifestReader::packageName(processes, "-l.apk"), "org.example.dash");
+    EXPECT_EQ(APKManifestReader::packageName(archives, "-l.apk"), "org.example.dash");
     QDir::setCurrent(previous);
 }
 
-TEST_F(PackageEntryFiles, entryNamesAreTakenLiterally)
+TEST_F(PackageFiles, entryNamesAreTakenLiterally)
 {
     const auto path = archive(
         QStringLiteral("names.apk"),
@@ -156,22 +159,22 @@ TEST_F(PackageEntryFiles, entryNamesAreTakenLiterally)
     EXPECT_EQ(read(path, std::string("res/a1.png\0x", 12)), Blob());
 }
 
-TEST_F(PackageEntryFiles, anEntryThatUnpacksToMoreThanAnyRealOneIsAbsent)
+TEST_F(PackageFiles, anEntryThatUnpacksToMoreThanAnyRealOneIsAbsent)
 {
     const auto path = archive(
-        QStringLiteral("bomb.apk"), {{QStringLiteral("resources.arsc"), Blob(PackageEntry::maximumSize + 1)}});
+        QStringLiteral("bomb.apk"), {{QStringLiteral("resources.arsc"), Blob(PackageLimits::largestEntry + 1)}});
     EXPECT_LT(QFileInfo(QString::fromStdString(path)).size(), 1024 * 1024);
     EXPECT_TRUE(read(path, "resources.arsc").empty());
 }
 
-TEST_F(PackageEntryFiles, aLiteralLabelIsReturnedWithoutTheTable)
+TEST_F(PackageFiles, aLiteralLabelIsReturnedWithoutTheTable)
 {
     const auto manifest = xmlFile(
         {pool({"manifest", "application", "label", "Plain"}), startElement(0), startElement(1, {{2, 3, 3, 3}})});
-    EXPECT_EQ(APKIconExtractor::label(processes, archive(QStringLiteral("literal.apk"), manifest)), "Plain");
+    EXPECT_EQ(APKIconExtractor::label(archives, archive(QStringLiteral("literal.apk"), manifest)), "Plain");
 }
 
-TEST_F(PackageEntryFiles, aReferredLabelIsTheFirstInTheTable)
+TEST_F(PackageFiles, aReferredLabelIsTheFirstInTheTable)
 {
     const auto manifest = xmlFile(
         {pool({"manifest", "application", "label"}), startElement(0), startElement(1, {{2, none, 1, 0x7F010000}})});
@@ -181,10 +184,10 @@ TEST_F(PackageEntryFiles, aReferredLabelIsTheFirstInTheTable)
     const auto path = archive(
         QStringLiteral("referred.apk"),
         {{QStringLiteral("AndroidManifest.xml"), manifest}, {QStringLiteral("resources.arsc"), resources}});
-    EXPECT_EQ(APKIconExtractor::label(processes, path), "Erste");
+    EXPECT_EQ(APKIconExtractor::label(archives, path), "Erste");
 }
 
-TEST_F(PackageEntryFiles, anEmptyFirstTextMeansNoLabel)
+TEST_F(PackageFiles, anEmptyFirstTextMeansNoLabel)
 {
     const auto manifest = xmlFile(
         {pool({"manifest", "application", "label"}), startElement(0), startElement(1, {{2, none, 1, 0x7F010000}})});
@@ -197,68 +200,58 @@ TEST_F(PackageEntryFiles, anEmptyFirstTextMeansNoLabel)
     const auto path = archive(
         QStringLiteral("empty.apk"),
         {{QStringLiteral("AndroidManifest.xml"), manifest}, {QStringLiteral("resources.arsc"), resources}});
-    EXPECT_EQ(APKIconExtractor::label(processes, path), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(archives, path), std::nullopt);
 }
 
-TEST_F(PackageEntryFiles, aLabelThatIsNeitherTextNorReferenceIsAbsent)
+TEST_F(PackageFiles, aLabelThatIsNeitherTextNorReferenceIsAbsent)
 {
     const auto manifest
         = xmlFile({pool({"manifest", "application", "label"}), startElement(0), startElement(1, {{2, none, 16, 7}})});
-    EXPECT_EQ(APKIconExtractor::label(processes, archive(QStringLiteral("number.apk"), manifest)), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(archives, archive(QStringLiteral("number.apk"), manifest)), std::nullopt);
     const auto unlabelled = xmlFile({pool({"manifest", "application"}), startElement(0), startElement(1)});
-    EXPECT_EQ(APKIconExtractor::label(processes, archive(QStringLiteral("none.apk"), unlabelled)), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(archives, archive(QStringLiteral("none.apk"), unlabelled)), std::nullopt);
     const auto empty = xmlFile({pool({"manifest"}), startElement(0)});
-    EXPECT_EQ(APKIconExtractor::label(processes, archive(QStringLiteral("empty.apk"), empty)), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(archives, archive(QStringLiteral("empty.apk"), empty)), std::nullopt);
 }
 
-TEST(PackageEntry, aLiteralLabelOpensOneEntryOnly)
+TEST(PackageReads, aLiteralLabelOpensOneEntryOnly)
 {
-    ScriptedProcesses scripted;
+    FakeArchives memory;
     const auto manifest = xmlFile(
         {pool({"manifest", "application", "label", "Plain"}), startElement(0), startElement(1, {{2, 3, 3, 3}})});
-    scripted.on(
-        QStringLiteral("AndroidManifest.xml"),
-        QByteArray(reinterpret_cast<const char *>(manifest.data()), static_cast<qsizetype>(manifest.size())));
-    EXPECT_EQ(APKIconExtractor::label(scripted, "/a.apk"), "Plain");
-    EXPECT_EQ(scripted.lines(), QStringList{QStringLiteral("/usr/bin/unzip -p /a.apk AndroidManifest.xml")});
+    memory.packages["/a.apk"] = {{"resources.arsc", blob("table")}, {"AndroidManifest.xml", manifest}};
+    EXPECT_EQ(APKIconExtractor::label(memory, "/a.apk"), "Plain");
+    EXPECT_EQ(memory.reads, std::vector<std::string>{"AndroidManifest.xml"});
 }
 
-TEST(PackageEntry, standardErrorIsNotPartOfTheEntry)
+TEST(PackageReads, aLabelByReferenceOpensThePackageOnce)
 {
-    ScriptedProcesses scripted;
-    scripted.on(QStringLiteral("unzip"), QByteArray("bytes"));
-    PackageEntry::read(scripted, "/a.apk", "x");
-    ASSERT_EQ(scripted.calls().size(), 1U);
-    EXPECT_EQ(scripted.calls()[0].errors, ChildCommand::Errors::Null);
-    EXPECT_EQ(scripted.calls()[0].output, ChildCommand::Output::Pipe);
+    FakeArchives memory;
+    const auto manifest = xmlFile(
+        {pool({"manifest", "application", "label"}), startElement(0), startElement(1, {{2, none, 1, 0x7F010000}})});
+    const auto resources = table({pool({"Erste"}), package(0x7F, {typeChunk(1, 0, {fullEntry(3, 0)})})});
+    memory.packages["/a.apk"] = {{"resources.arsc", resources}, {"AndroidManifest.xml", manifest}};
+    EXPECT_EQ(APKIconExtractor::label(memory, "/a.apk"), "Erste");
+    EXPECT_EQ(memory.opened.size(), 1U);
 }
 
-TEST(PackageEntry, theExitStatusIsNotLookedAt)
+TEST(PackageReads, aPackageThatCannotBeOpenedIsAbsent)
 {
-    ScriptedProcesses scripted;
-    scripted.on(QStringLiteral("unzip"), ScriptedProcesses::Answer{"bytes", 11});
-    EXPECT_EQ(APKIconExtractor::read(scripted, "/a.apk", "x"), blob("bytes"));
-    scripted.on(QStringLiteral("unzip"), ScriptedProcesses::Answer{"", 0});
-    EXPECT_EQ(APKIconExtractor::read(scripted, "/a.apk", "x"), std::nullopt);
+    FakeArchives memory;
+    EXPECT_EQ(APKIconExtractor::read(memory, "/a.apk", "x"), std::nullopt);
+    EXPECT_EQ(APKManifestReader::packageName(memory, "/a.apk"), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(memory, "/a.apk"), std::nullopt);
 }
 
-TEST(PackageEntry, aToolThatCannotBeStartedMeansAbsent)
+TEST(PackageReads, aManifestLargerThanAnyRealOneIsAbsent)
 {
-    ScriptedProcesses scripted;
-    scripted.on(QStringLiteral("unzip"), ScriptedProcesses::Answer{"", 0, QStringLiteral("no such file")});
-    EXPECT_EQ(APKIconExtractor::read(scripted, "/a.apk", "x"), std::nullopt);
-    EXPECT_EQ(APKManifestReader::packageName(scripted, "/a.apk"), std::nullopt);
-    EXPECT_EQ(APKIconExtractor::label(scripted, "/a.apk"), std::nullopt);
-}
-
-TEST(PackageEntry, aChildThatWritesTooMuchIsEnded)
-{
-    ScriptedProcesses scripted;
-    scripted.onStart(QStringLiteral("unzip"), [](ScriptedChild &child) {
-        const QByteArray piece(16 * 1024 * 1024, 'x');
-        for (int i = 0; i < 9; ++i)
-            child.emitOutput(piece);
-    });
-    EXPECT_TRUE(PackageEntry::read(scripted, "/a.apk", "x").empty());
-    EXPECT_EQ(scripted.children().at(0)->terminations(), 1);
+    FakeArchives memory;
+    auto manifest = manifestOf("org.example.app");
+    manifest.resize(PackageLimits::largestManifest);
+    memory.packages["/a.apk"] = {{"AndroidManifest.xml", manifest}};
+    EXPECT_EQ(APKManifestReader::packageName(memory, "/a.apk"), "org.example.app");
+    manifest.resize(PackageLimits::largestManifest + 1);
+    memory.packages["/a.apk"] = {{"AndroidManifest.xml", manifest}};
+    EXPECT_EQ(APKManifestReader::packageName(memory, "/a.apk"), std::nullopt);
+    EXPECT_EQ(APKIconExtractor::label(memory, "/a.apk"), std::nullopt);
 }

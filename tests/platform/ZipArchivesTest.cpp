@@ -1,7 +1,6 @@
-#include "platform/linux/UnzipArchives.h"
+#include "platform/posix/ZipArchives.h"
 
 #include "packages/ZipWriter.h"
-#include "platform/linux/PosixChildProcesses.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,10 +26,10 @@ using standin::ZipWriter;
 namespace
 {
 
-class UnzipArchivesTest : public ::testing::Test
+class ZipArchivesTest : public ::testing::Test
 {
 protected:
-    UnzipArchivesTest() { QDir().mkpath(target); }
+    ZipArchivesTest() { QDir().mkpath(target); }
 
     bool unpack(const QByteArray &bytes) { return unpackFile(write(QStringLiteral("a.zip"), bytes)); }
     bool unpack(const ZipWriter &zip) { return unpack(zip.archive()); }
@@ -90,12 +89,12 @@ protected:
     const QTemporaryDir around;
     const QTemporaryDir outside;
     const QString target = around.filePath(QStringLiteral("sdk"));
-    UnzipArchives archives{std::make_shared<PosixChildProcesses>()};
+    ZipArchives archives;
 };
 
 } // namespace
 
-TEST_F(UnzipArchivesTest, filesFoldersLinksAndPermissions)
+TEST_F(ZipArchivesTest, filesFoldersLinksAndPermissions)
 {
     ZipWriter zip;
     zip.addFolder("tools");
@@ -118,7 +117,7 @@ TEST_F(UnzipArchivesTest, filesFoldersLinksAndPermissions)
     EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
 }
 
-TEST_F(UnzipArchivesTest, whatIsThereIsOverwrittenAndTheRestStays)
+TEST_F(ZipArchivesTest, whatIsThereIsOverwrittenAndTheRestStays)
 {
     write(target + QStringLiteral("/tools/adb"), "old");
     write(target + QStringLiteral("/tools/plugin/own"), "own");
@@ -143,7 +142,7 @@ TEST_F(UnzipArchivesTest, whatIsThereIsOverwrittenAndTheRestStays)
     EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
 }
 
-TEST_F(UnzipArchivesTest, theSameTwiceIsTheSame)
+TEST_F(ZipArchivesTest, theSameTwiceIsTheSame)
 {
     ZipWriter zip;
     zip.addFile("tools/adb", "program", 0755);
@@ -155,7 +154,7 @@ TEST_F(UnzipArchivesTest, theSameTwiceIsTheSame)
     EXPECT_TRUE(everything() == once) << qPrintable(everything().join(u'\n'));
 }
 
-TEST_F(UnzipArchivesTest, linksInTheTargetAreReplacedAndNotFollowed)
+TEST_F(ZipArchivesTest, linksInTheTargetAreReplacedAndNotFollowed)
 {
     const auto elsewhere = outside.filePath(QStringLiteral("elsewhere"));
     QDir().mkpath(elsewhere);
@@ -178,7 +177,7 @@ TEST_F(UnzipArchivesTest, linksInTheTargetAreReplacedAndNotFollowed)
     EXPECT_EQ(file.readAll(), "untouched");
 }
 
-TEST_F(UnzipArchivesTest, aTargetThatIsALinkIsUnpackedIntoWhereItLeads)
+TEST_F(ZipArchivesTest, aTargetThatIsALinkIsUnpackedIntoWhereItLeads)
 {
     const auto real = around.filePath(QStringLiteral("big/disk"));
     QDir().mkpath(real);
@@ -191,7 +190,7 @@ TEST_F(UnzipArchivesTest, aTargetThatIsALinkIsUnpackedIntoWhereItLeads)
     EXPECT_TRUE(QFileInfo::exists(real + QStringLiteral("/tools/adb")));
 }
 
-TEST_F(UnzipArchivesTest, namesThatLeadOutAreRefused)
+TEST_F(ZipArchivesTest, namesThatLeadOutAreRefused)
 {
     for (const QByteArray name :
          {"../escaped", "tools/../../escaped", "tools/../../../../../../../../escaped", "/escaped", "//escaped", "..",
@@ -204,7 +203,7 @@ TEST_F(UnzipArchivesTest, namesThatLeadOutAreRefused)
     }
 }
 
-TEST_F(UnzipArchivesTest, namesWithControlCharactersAreRefused)
+TEST_F(ZipArchivesTest, namesWithControlCharactersAreRefused)
 {
     for (const QByteArray name : {"tools/a\nb", "tools/\x1b[2J", "a\x01/b", "tools/\x7f", "tools/a\tb"}) {
         SCOPED_TRACE(name.toHex().constData());
@@ -214,7 +213,7 @@ TEST_F(UnzipArchivesTest, namesWithControlCharactersAreRefused)
     }
 }
 
-TEST_F(UnzipArchivesTest, linksThatLeadOutAreRefused)
+TEST_F(ZipArchivesTest, linksThatLeadOutAreRefused)
 {
     for (const QByteArray aim :
          {"/etc/passwd", "..", "../..", "../../etc/passwd", "x/../../../etc", "/", "plugin/../../..", "a\nb"}) {
@@ -235,7 +234,7 @@ TEST_F(UnzipArchivesTest, linksThatLeadOutAreRefused)
     }
 }
 
-TEST_F(UnzipArchivesTest, linksThatLeadOutByWayOfOthersAreRefused)
+TEST_F(ZipArchivesTest, linksThatLeadOutByWayOfOthersAreRefused)
 {
     ZipWriter chain;
     chain.addFolder("a/b/c");
@@ -250,7 +249,7 @@ TEST_F(UnzipArchivesTest, linksThatLeadOutByWayOfOthersAreRefused)
     expectRefused(mixed);
 }
 
-TEST_F(UnzipArchivesTest, filesBelowALinkAreRefused)
+TEST_F(ZipArchivesTest, filesBelowALinkAreRefused)
 {
     const auto elsewhere = outside.filePath(QStringLiteral("elsewhere"));
     QDir().mkpath(elsewhere);
@@ -271,7 +270,7 @@ TEST_F(UnzipArchivesTest, filesBelowALinkAreRefused)
     EXPECT_FALSE(QFileInfo(target + QStringLiteral("/tools")).isSymLink());
 }
 
-TEST_F(UnzipArchivesTest, specialFilesComeAsNothingSpecial)
+TEST_F(ZipArchivesTest, specialFilesComeAsNothingSpecial)
 {
     ZipWriter zip;
     zip.add("tools/pipe", "x", S_IFIFO | 0644);
@@ -281,7 +280,7 @@ TEST_F(UnzipArchivesTest, specialFilesComeAsNothingSpecial)
     EXPECT_EQ(mode(QStringLiteral("tools/setuid")) & (S_ISUID | S_ISGID), 0U);
 }
 
-TEST_F(UnzipArchivesTest, brokenArchivesAreRefused)
+TEST_F(ZipArchivesTest, brokenArchivesAreRefused)
 {
     ZipWriter zip;
     zip.addFile("tools/adb", QByteArray(5000, 'a') + "middle" + QByteArray(5000, 'b'), 0755);
@@ -300,7 +299,7 @@ TEST_F(UnzipArchivesTest, brokenArchivesAreRefused)
     EXPECT_EQ(QDir(around.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
 }
 
-TEST_F(UnzipArchivesTest, anEncryptedArchiveAsksNobody)
+TEST_F(ZipArchivesTest, anEncryptedArchiveAsksNobody)
 {
     ZipWriter zip;
     zip.addFile("tools/adb", "program");
@@ -313,7 +312,7 @@ TEST_F(UnzipArchivesTest, anEncryptedArchiveAsksNobody)
     EXPECT_TRUE(QDir(target).isEmpty());
 }
 
-TEST_F(UnzipArchivesTest, theToolsOwnVariablesChangeNothing)
+TEST_F(ZipArchivesTest, theToolsOwnVariablesChangeNothing)
 {
     ::setenv("UNZIP", "-j", 1);
     ZipWriter zip;
@@ -323,7 +322,7 @@ TEST_F(UnzipArchivesTest, theToolsOwnVariablesChangeNothing)
     EXPECT_EQ(read(QStringLiteral("tools/adb")), "program");
 }
 
-TEST_F(UnzipArchivesTest, whatAKilledRunLeftGoesWithTheNext)
+TEST_F(ZipArchivesTest, whatAKilledRunLeftGoesWithTheNext)
 {
     const auto left = around.filePath(QStringLiteral(".quillnest-unpack-killed"));
     write(left + QStringLiteral("/lock"), {});
@@ -343,7 +342,7 @@ TEST_F(UnzipArchivesTest, whatAKilledRunLeftGoesWithTheNext)
     EXPECT_TRUE(QFileInfo::exists(strange));
 }
 
-TEST_F(UnzipArchivesTest, whatSomebodyWorksInStays)
+TEST_F(ZipArchivesTest, whatSomebodyWorksInStays)
 {
     const auto busy = around.filePath(QStringLiteral(".quillnest-unpack-busy"));
     const auto lock = write(busy + QStringLiteral("/lock"), {});
@@ -359,7 +358,7 @@ TEST_F(UnzipArchivesTest, whatSomebodyWorksInStays)
     ::close(descriptor);
 }
 
-TEST_F(UnzipArchivesTest, whoeverLooksFindsATopLevelFolderWhole)
+TEST_F(ZipArchivesTest, whoeverLooksFindsATopLevelFolderWhole)
 {
     // Two versions of a tool of two files that only work together.
     const auto version = [](char letter) {
