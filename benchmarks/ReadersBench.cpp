@@ -1,6 +1,8 @@
 #include "benchmarks/ReadersBench.h"
 
 #include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
+#include "package/ResourceTable.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QElapsedTimer>
@@ -73,15 +75,15 @@ void run(BenchReport &report)
     const std::string package = "/usr/share/android-framework-res/framework-res.apk";
     const auto manifest = APKIconExtractor::read(archives, package, "AndroidManifest.xml");
     const auto table = APKIconExtractor::read(archives, package, "resources.arsc");
-    if (!manifest || !table || APKIconExtractor::entries(*table, anIcon).empty())
+    if (!manifest || !table || ResourceTable::entries(*table, anIcon).empty())
         throw std::runtime_error(package + " can't be read");
 
     const auto elements = measure(*manifest, [&] {
-        if (APKIconExtractor::elements(*manifest).empty())
+        if (BinaryXml::elements(*manifest).empty())
             throw std::runtime_error("no elements");
     });
     const auto entries = measure(*table, [&] {
-        if (APKIconExtractor::entries(*table, anIcon).empty())
+        if (ResourceTable::entries(*table, anIcon).empty())
             throw std::runtime_error("no entries");
     });
     report.add(

@@ -2,6 +2,8 @@
 #include "package/IconSource.h"
 #include "package/IconVector.h"
 #include "package/PackageLimits.h"
+#include "package/ResourceTable.h"
+#include "package/ValueType.h"
 #include "platform/Archives.h"
 
 #include <algorithm>
@@ -14,17 +16,19 @@ namespace quillnest
 namespace
 {
 
-using APKIconExtractor::Attr;
-using APKIconExtractor::Element;
-using APKIconExtractor::Entry;
 using APKIconExtractor::iconSize;
 using APKIconExtractor::Layer;
-
-using Attributes = std::map<std::string, Attr>;
+using BinaryXml::Attr;
+using BinaryXml::Attributes;
+using BinaryXml::Element;
+using ResourceTable::Entry;
 
 constexpr int deepest = 3;
-/// Of the largest picture that a few bytes can stand for. No real icon is made of more than two or three.
-constexpr std::size_t decodeCost = 50 * 1000;
+// Of looking at resources, in microseconds.
+constexpr std::size_t lookCost = 10;
+constexpr std::size_t entryCost = 1;
+/// Of decoding a picture. The largest that a few bytes can stand for may come four times.
+constexpr std::int64_t pixelsPerMicrosecond = Drawing::largestPicture / (90 * 1000);
 constexpr std::array<const char *, 2> iconAttributes{"icon", "roundIcon"};
 constexpr std::array<const char *, 2> layerAttributes{"drawable", "src"};
 
@@ -37,7 +41,7 @@ const std::map<std::uint32_t, std::uint32_t> systemColors{
 
 Attributes applicationOf(ByteView manifest)
 {
-    auto elements = APKIconExtractor::elements(manifest);
+    auto elements = BinaryXml::elements(manifest);
     const auto application = std::find_if(
         elements.begin(), elements.end(), [](const Element &element) { return element.name == "application"; });
     return application == elements.end() ? Attributes() : std::move(application->attrs);
@@ -50,29 +54,39 @@ std::string hexadecimal(std::uint32_t value)
     return "0x" + std::string(text.begin(), end);
 }
 
+/// The texts of all, as many as a line of the log has room for: a small package can make them endless.
 template <typename Range, typename Text> std::string joined(const Range &range, const char *separator, Text text)
 {
     std::string result;
-    for (const auto &item : range)
-        result += (result.empty() ? "" : separator) + text(item);
-    return result;
-}
-
-std::vector<std::string> filesOf(const std::vector<Entry> &entries)
-{
-    std::vector<std::string> files;
-    for (const auto &entry : entries) {
-        if (entry.file)
-            files.push_back(*entry.file);
+    bool isFirst = true;
+    for (const auto &item : range) {
+        if (result.size() > IconSource::longestLine)
+            break;
+        result += isFirst ? "" : separator;
+        result += text(item);
+        isFirst = false;
     }
-    return files;
+    return result;
 }
 
 /// A file of a resource that may be drawn.
 struct Candidate {
+    const std::string *file;
     const IconSource::Blob *bytes;
     int density;
 };
+
+/// A picture of a package. One that is broken is known by its head alone, which may promise anything.
+std::optional<Image> decode(IconSource &source, const IconSource::Blob &bytes)
+{
+    constexpr auto dearest = static_cast<std::size_t>(Drawing::largestPicture / pixelsPerMicrosecond);
+    if (!source.spend(1))
+        return std::nullopt;
+    auto image = source.drawing().decode(bytes);
+    const auto pixels = image ? std::int64_t{image->width} * image->height : 0;
+    const auto cost = image ? static_cast<std::size_t>(pixels / pixelsPerMicrosecond) : dearest;
+    return source.spend(cost) ? image : std::nullopt;
+}
 
 struct Candidates {
     std::vector<Candidate> rasters;
@@ -81,16 +95,17 @@ struct Candidates {
 
 Candidates candidatesOf(IconSource &source, const std::vector<Entry> &entries)
 {
-    source.prefetch(filesOf(entries));
     Candidates result;
     for (const auto &entry : entries) {
+        if (!source.spend(entryCost))
+            break;
         const auto *bytes = entry.file ? source.read(*entry.file) : nullptr;
         if (!bytes || bytes->size() < 5)
             continue;
         const auto begins = [bytes](std::uint8_t first, std::uint8_t second) {
             return (*bytes)[0] == first && (*bytes)[1] == second;
         };
-        const Candidate candidate{bytes, entry.density};
+        const Candidate candidate{&*entry.file, bytes, entry.density};
         // WebP, JPEG, PNG.
         if (begins('R', 'I') || begins(0xFF, 0xD8) || begins(0x89, 'P'))
             result.rasters.push_back(candidate);
@@ -100,11 +115,11 @@ Candidates candidatesOf(IconSource &source, const std::vector<Entry> &entries)
     return result;
 }
 
-std::optional<Image> renderXml(IconSource &source, const IconSource::Blob &bytes, int depth)
+std::optional<Image> renderXml(IconSource &source, const BinaryXml::Document &document, int depth)
 {
-    if (auto drawn = IconVector::render(source, bytes, depth))
+    if (auto drawn = IconVector::render(source, document, depth))
         return drawn;
-    auto found = APKIconExtractor::layer(source, source.elements(bytes), depth);
+    auto found = APKIconExtractor::layer(source, document.elements, depth);
     if (!found || !std::holds_alternative<Image>(*found))
         return std::nullopt;
     return std::get<Image>(std::move(*found));
@@ -112,45 +127,20 @@ std::optional<Image> renderXml(IconSource &source, const IconSource::Blob &bytes
 
 std::optional<Layer> layerOf(IconSource &source, const Attr &attr, int depth)
 {
-    if (APKIconExtractor::isColor(attr.type))
+    if (ValueType::isColor(attr.type))
         return Color::fromArgb(attr.data);
-    if (attr.type != APKIconExtractor::referenceType)
+    if (attr.type != ValueType::reference)
         return std::nullopt;
     const auto known = systemColors.find(attr.data);
     if (known != systemColors.end())
         return Color::fromArgb(known->second);
     for (const auto &entry : source.entries(attr.data)) {
-        if (APKIconExtractor::isColor(entry.type))
+        if (ValueType::isColor(entry.type))
             return Color::fromArgb(entry.data);
     }
     if (auto image = APKIconExtractor::render(source, attr.data, depth + 1))
         return std::move(*image);
     return std::nullopt;
-}
-
-/// Reads the files that the layers of these elements lie in, side by side.
-void prefetchLayers(IconSource &source, const std::vector<Element> &elements)
-{
-    std::vector<std::string> files;
-    for (const auto &element : elements) {
-        for (const auto *name : layerAttributes) {
-            const auto attr = element.attrs.find(name);
-            if (attr == element.attrs.end() || attr->second.type != APKIconExtractor::referenceType)
-                continue;
-            const auto more = filesOf(source.entries(attr->second.data));
-            files.insert(files.end(), more.begin(), more.end());
-        }
-    }
-    source.prefetch(files);
-
-    // And then the colours that the drawables among them refer to, those of both layers in one go.
-    std::vector<std::string> colors;
-    for (const auto &file : files) {
-        const auto *bytes = file.ends_with(".xml") ? source.read(file) : nullptr;
-        if (bytes)
-            IconVector::appendPaintFiles(source, *bytes, colors);
-    }
-    source.prefetch(colors);
 }
 
 void drawLayer(Canvas &canvas, const Layer &layer)
@@ -175,11 +165,11 @@ std::string typeText(const Entry &entry)
 std::string describe(IconSource &source, const std::vector<Element> &elements)
 {
     const auto value = [&source](const Entry &entry) {
-        const auto *bytes = entry.file ? source.read(*entry.file) : nullptr;
+        const auto *document = entry.file ? source.document(*entry.file) : nullptr;
         std::string text = typeText(entry);
-        if (bytes) {
-            auto inner = source.elements(*bytes);
-            inner.resize(std::min<std::size_t>(inner.size(), 4));
+        if (document) {
+            const std::span all(document->elements);
+            const auto inner = all.first(std::min<std::size_t>(all.size(), 4));
             text = joined(inner, ",", [](const Element &element) { return element.name; });
         }
         return entry.file.value_or("") + "(" + text + ")";
@@ -187,7 +177,7 @@ std::string describe(IconSource &source, const std::vector<Element> &elements)
     const auto attribute = [&](const Attributes::value_type &named) {
         const auto &[name, attr] = named;
         auto text = name + "=t" + std::to_string(attr.type) + "/" + hexadecimal(attr.data);
-        if (attr.type == APKIconExtractor::referenceType)
+        if (attr.type == ValueType::reference)
             text += "->" + joined(source.entries(attr.data), "|", value);
         return text;
     };
@@ -196,11 +186,16 @@ std::string describe(IconSource &source, const std::vector<Element> &elements)
     });
 }
 
+std::string nameOf(const std::string &packagePath)
+{
+    return packagePath.substr(packagePath.rfind('/') + 1);
+}
+
 /// Says in the log what the manifest offered for an icon and where it led.
 void traceIcon(IconSource &source, const std::string &packagePath, const Attributes &application)
 {
     const auto names = joined(application, ", ", [](const auto &named) { return "\"" + named.first + "\""; });
-    auto line = "icon trace " + packagePath.substr(packagePath.rfind('/') + 1) + ": attrs=[" + names + "]";
+    auto line = "icon trace " + nameOf(packagePath) + ": attrs=[" + names + "]";
     for (const auto *name : iconAttributes) {
         const auto found = application.find(name);
         if (found == application.end())
@@ -208,12 +203,12 @@ void traceIcon(IconSource &source, const std::string &packagePath, const Attribu
         const auto &attr = found->second;
         line += std::string(" ") + name + "=type" + std::to_string(attr.type) + "/" + hexadecimal(attr.data);
         for (const auto &entry : source.entries(attr.data)) {
-            const auto *bytes = entry.file ? source.read(*entry.file) : nullptr;
+            if (line.size() > IconSource::longestLine)
+                break;
+            const auto *document = entry.file ? source.document(*entry.file) : nullptr;
             std::string root = "-";
-            if (bytes) {
-                const auto elements = source.elements(*bytes);
-                root = elements.empty() ? "?" : elements.front().name;
-            }
+            if (document)
+                root = document->elements.empty() ? "?" : document->elements.front().name;
             line += " [" + std::to_string(entry.density) + " " + entry.file.value_or(typeText(entry)) + " root=" + root
                 + "]";
         }
@@ -236,45 +231,55 @@ APKIconExtractor::iconPNG(const IconTools &tools, const std::string &packagePath
 
     const auto application = applicationOf(manifest);
     IconSource source(tools, *package, table);
+    std::optional<Image> image;
     for (const auto *name : iconAttributes) {
         const auto attr = application.find(name);
-        if (attr == application.end() || attr->second.type != referenceType)
-            continue;
-        if (const auto image = render(source, attr->second.data, 0))
-            return tools.drawing.encodePng(*image);
+        if (!image && attr != application.end() && attr->second.type == ValueType::reference)
+            image = render(source, attr->second.data, 0);
     }
+    if (source.isExhausted()) {
+        // Half a picture would be kept for good.
+        source.log("icon trace " + nameOf(packagePath) + ": takes more work than any icon");
+        return std::nullopt;
+    }
+    if (image)
+        return tools.drawing.encodePng(*image);
     traceIcon(source, packagePath, application);
     return std::nullopt;
 }
 
 std::optional<Image> APKIconExtractor::render(IconSource &source, std::uint32_t id, int depth)
 {
-    if (depth > deepest)
+    if (depth > deepest || !source.spend(lookCost))
         return std::nullopt;
     const auto [rasters, xmls] = candidatesOf(source, source.entries(id));
     if (!rasters.empty()) {
         const auto sharpest = std::max_element(
             rasters.begin(), rasters.end(), [](const auto &a, const auto &b) { return a.density < b.density; });
-        auto image = source.spend(decodeCost) ? source.drawing().decode(*sharpest->bytes) : std::nullopt;
-        if (image)
+        if (auto image = decode(source, *sharpest->bytes))
             return image;
     }
     for (const auto &xml : xmls) {
-        const auto elements = source.elements(*xml.bytes);
+        const auto *document = source.document(*xml.file);
+        if (!document)
+            continue;
+        const auto &elements = document->elements;
         if (!elements.empty() && elements.front().name == "adaptive-icon")
             return adaptive(source, elements, depth);
-        if (auto image = renderXml(source, *xml.bytes, depth))
+        if (auto image = renderXml(source, *document, depth))
             return image;
     }
     return std::nullopt;
 }
 
-std::optional<Image> APKIconExtractor::adaptive(IconSource &source, const std::vector<Element> &elements, int depth)
+std::optional<Image>
+APKIconExtractor::adaptive(IconSource &source, const std::vector<BinaryXml::Element> &elements, int depth)
 {
+    if (!source.spend(elements.size()))
+        return std::nullopt;
     std::vector<Element> background;
     std::vector<Element> foreground;
-    std::vector<Element> ignored;
-    auto *section = &ignored;
+    std::vector<Element> *section = nullptr;
     for (std::size_t i = 1; i < elements.size(); ++i) {
         const auto &element = elements[i];
         if (element.name == "background")
@@ -282,13 +287,10 @@ std::optional<Image> APKIconExtractor::adaptive(IconSource &source, const std::v
         else if (element.name == "foreground")
             section = &foreground;
         else if (element.name == "monochrome")
-            section = &ignored;
-        section->push_back(element);
+            section = nullptr;
+        if (section)
+            section->push_back(element);
     }
-    auto drawn = background;
-    drawn.insert(drawn.end(), foreground.begin(), foreground.end());
-    prefetchLayers(source, drawn);
-
     const auto back = layer(source, background, depth);
     const auto front = layer(source, foreground, depth);
     if (!back || !front) {
@@ -309,9 +311,12 @@ std::optional<Image> APKIconExtractor::adaptive(IconSource &source, const std::v
     return canvas->image();
 }
 
-std::optional<Layer> APKIconExtractor::layer(IconSource &source, std::span<const Element> elements, int depth)
+std::optional<Layer>
+APKIconExtractor::layer(IconSource &source, std::span<const BinaryXml::Element> elements, int depth)
 {
     for (const auto &element : elements) {
+        if (!source.spend(entryCost))
+            break;
         for (const auto *name : layerAttributes) {
             const auto attr = element.attrs.find(name);
             if (attr == element.attrs.end())

@@ -1,5 +1,6 @@
 #include "package/APKManifestReader.h"
 
+#include "package/Chunks.h"
 #include "package/FatalRangeError.h"
 #include "package/PackageLimits.h"
 #include "platform/Archives.h"
@@ -11,9 +12,6 @@ namespace quillnest
 
 namespace
 {
-constexpr std::uint16_t xmlFile = 0x0003;
-constexpr std::uint16_t stringPoolChunk = 0x0001;
-constexpr std::uint16_t startElementChunk = 0x0102;
 constexpr std::uint32_t utf8Flag = 0x100;
 
 /// What a string costs besides its text.
@@ -74,8 +72,9 @@ private:
             length = ((length & 0x7FFF) << 16) | Bytes::u16(m_bytes, cursor);
             cursor += 2;
         }
-        // A length may name gigabytes that aren't there, all of which would be read as zero units.
-        if (!m_budget.spend(static_cast<std::size_t>(length)))
+        // A length may name gigabytes that aren't there, all of which would be read as zero units. Each takes two bytes
+        // and becomes one or more.
+        if (!m_budget.spend(4 * static_cast<std::size_t>(length)))
             return std::nullopt;
         return Bytes::repairedUtf16(Bytes::units(m_bytes, cursor, length));
     }
@@ -118,27 +117,20 @@ std::optional<std::string> APKManifestReader::parse(ByteView bytes)
 
 std::optional<std::string> APKManifestReader::parse(ByteView bytes, WorkBudget &budget)
 {
-    const auto size = static_cast<std::int64_t>(bytes.size());
-    if (size < 9 || Bytes::u16(bytes, 0) != xmlFile)
+    if (bytes.size() < 9 || Bytes::u16(bytes, 0) != ChunkType::xmlFile)
         return std::nullopt;
-    const std::int64_t header = Bytes::u16(bytes, 2);
-    if (size < header + 8)
-        return std::nullopt;
-
     StringList strings(bytes, budget);
-    for (auto position = header; position <= size - 8;) {
-        const auto type = Bytes::u16(bytes, position);
-        const std::int64_t chunkSize = Bytes::u32(bytes, position + 4);
-        if (chunkSize == 0)
+    auto walk = ChunkWalk::ofFile(bytes);
+    while (const auto chunk = walk.next()) {
+        if (chunk->size == 0)
             return std::nullopt;
-        if (type == startElementChunk) {
-            const auto *name = strings.at(Bytes::u32(bytes, position + 20));
+        if (chunk->type == ChunkType::startElement) {
+            const auto *name = strings.at(Bytes::u32(bytes, chunk->position + 20));
             if (name && *name == "manifest")
-                return packageAttribute(bytes, position, strings);
-        } else if (type == stringPoolChunk && !strings.appendPool(position)) {
+                return packageAttribute(bytes, chunk->position, strings);
+        } else if (chunk->type == ChunkType::stringPool && !strings.appendPool(chunk->position)) {
             return std::nullopt;
         }
-        position += chunkSize;
     }
     return std::nullopt;
 }

@@ -88,14 +88,19 @@ public:
     {
         if (amount > m_left) {
             m_left = 0;
+            m_isSpent = true;
             return false;
         }
         m_left -= amount;
         return true;
     }
 
+    /// Whether something was refused.
+    bool isSpent() const { return m_isSpent; }
+
 private:
     std::size_t m_left;
+    bool m_isSpent = false;
 };
 
 } // namespace quillnest

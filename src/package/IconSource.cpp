@@ -10,8 +10,6 @@ namespace quillnest
 
 namespace
 {
-constexpr std::size_t longestLine = 4000;
-
 // An icon of several layers in all densities, each with gradients of its own, stays far below these.
 constexpr std::size_t maximumFiles = 200;
 constexpr std::size_t maximumBytes = 64 * 1024 * 1024;
@@ -44,42 +42,41 @@ void IconSource::log(const std::string &line) const
     m_tools.log(text);
 }
 
-const std::vector<APKIconExtractor::Entry> &IconSource::entries(std::uint32_t id)
+const std::vector<ResourceTable::Entry> &IconSource::entries(std::uint32_t id)
 {
     const auto known = m_entries.find(id);
     if (known != m_entries.end())
         return known->second;
-    return m_entries[id] = APKIconExtractor::entries(m_table, id, m_reading);
+    return m_entries[id] = ResourceTable::entries(m_table, id, m_reading);
 }
 
 const IconSource::Blob *IconSource::read(const std::string &file)
 {
-    if (!m_files.contains(file))
-        prefetch({file});
-    const auto known = m_files.find(file);
-    return known == m_files.end() || known->second.empty() ? nullptr : &known->second;
-}
-
-void IconSource::prefetch(const std::vector<std::string> &files)
-{
-    std::vector<std::string> missing;
-    for (const auto &file : files) {
-        const bool asked = m_files.contains(file) || std::find(missing.begin(), missing.end(), file) != missing.end();
-        if (!asked && m_filesLeft > 0) {
-            --m_filesLeft;
-            missing.push_back(file);
+    auto known = m_files.find(file);
+    if (known == m_files.end()) {
+        if (m_filesLeft == 0) {
+            m_isOutOfFiles = true;
+            return nullptr;
         }
+        --m_filesLeft;
+        known = m_files.emplace(file, m_package.read(file, m_bytesLeft)).first;
+        m_bytesLeft -= known->second.size();
     }
-    for (const auto &name : missing) {
-        auto content = m_package.read(name, m_bytesLeft);
-        m_bytesLeft -= content.size();
-        m_files[name] = std::move(content);
-    }
+    return known->second.empty() ? nullptr : &known->second;
 }
 
-std::vector<APKIconExtractor::Element> IconSource::elements(ByteView bytes)
+const BinaryXml::Document *IconSource::document(const std::string &file)
 {
-    return APKIconExtractor::elements(bytes, m_reading);
+    const auto known = m_documents.find(file);
+    if (known != m_documents.end())
+        return &known->second;
+    const auto *bytes = read(file);
+    return bytes ? &m_documents.emplace(file, decode(*bytes)).first->second : nullptr;
+}
+
+BinaryXml::Document IconSource::decode(ByteView bytes)
+{
+    return BinaryXml::document(bytes, m_reading);
 }
 
 } // namespace quillnest

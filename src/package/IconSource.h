@@ -1,6 +1,8 @@
 #pragma once
 
 #include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
+#include "package/ResourceTable.h"
 
 #include <map>
 
@@ -25,18 +27,20 @@ public:
     void log(const std::string &line) const;
 
     /// The values of a resource, in the table's order.
-    const std::vector<APKIconExtractor::Entry> &entries(std::uint32_t id);
+    const std::vector<ResourceTable::Entry> &entries(std::uint32_t id);
 
-    /// A file of the package; null if it can't be read. Blocks for a child process unless the file was read before.
+    /// A file of the package; null if it can't be read. Blocks unless the file was read before.
     const Blob *read(const std::string &file);
-    /// Reads these files side by side for the calls of `read` that follow.
-    void prefetch(const std::vector<std::string> &files);
 
-    /// The start tags of a compiled XML file.
-    std::vector<APKIconExtractor::Element> elements(ByteView bytes);
+    /// A compiled XML file of the package, which is decoded once; null if it can't be read. Blocks as `read` does.
+    const BinaryXml::Document *document(const std::string &file);
+    /// A compiled XML file that isn't one of the package's.
+    BinaryXml::Document decode(ByteView bytes);
 
     /// Takes the cost of a step of drawing, about a microsecond each; false once all is spent.
     bool spend(std::size_t cost) { return m_drawing.spend(cost); }
+    /// Whether something was left out because it would have cost too much: what has been drawn is not the icon then.
+    bool isExhausted() const { return m_reading.isSpent() || m_drawing.isSpent() || m_isOutOfFiles; }
 
     /// For the time of one look at a resource on behalf of another. Where too many lie inside one another, as in a
     /// circle, `allowed` is false.
@@ -53,6 +57,9 @@ public:
         IconSource &m_source;
     };
 
+    /// What a line of the log holds at most.
+    static constexpr std::size_t longestLine = 4000;
+
 private:
     static constexpr int maximumDepth = 16;
 
@@ -64,8 +71,10 @@ private:
     std::size_t m_filesLeft;
     std::size_t m_bytesLeft;
     int m_depth = 0;
-    std::map<std::uint32_t, std::vector<APKIconExtractor::Entry>> m_entries;
+    bool m_isOutOfFiles = false;
+    std::map<std::uint32_t, std::vector<ResourceTable::Entry>> m_entries;
     std::map<std::string, Blob> m_files;
+    std::map<std::string, BinaryXml::Document> m_documents;
 };
 
 } // namespace quillnest

@@ -1,10 +1,13 @@
 #include "package/IconVector.h"
 
+#include "package/APKIconExtractor.h"
+#include "package/IconPaint.h"
 #include "package/IconSource.h"
 #include "package/PathData.h"
+#include "package/ValueType.h"
+#include "package/XmlValues.h"
 
 #include <array>
-#include <bit>
 #include <numbers>
 
 namespace quillnest
@@ -13,26 +16,15 @@ namespace quillnest
 namespace
 {
 
-using APKIconExtractor::Attr;
 using APKIconExtractor::iconSize;
-using IconVector::Node;
-using IconVector::Paint;
-using IconVector::PlacedGradient;
-
-constexpr std::uint16_t startElementChunk = 0x0102;
-constexpr std::uint16_t endElementChunk = 0x0103;
-
-constexpr std::uint8_t floatType = 4;
-constexpr std::uint8_t dimensionType = 5;
-constexpr std::uint8_t fractionType = 6;
-constexpr std::uint8_t decimalType = 16;
-constexpr std::uint8_t hexadecimalType = 17;
+using BinaryXml::Node;
+using IconPaint::PlacedGradient;
+using XmlValues::attribute;
+using XmlValues::data;
+using XmlValues::number;
 
 /// The side of the canvas that adaptive icons are designed on.
 constexpr double adaptiveUnits = 108;
-
-/// No file that a person or a tool makes nests this deep, and what walks the tree needs stack for each level.
-constexpr std::size_t maximumDepth = 100;
 
 // Of drawing, in microseconds on a slow machine.
 constexpr std::size_t canvasCost = 300;
@@ -43,23 +35,6 @@ constexpr std::size_t gradientCost = 400;
 constexpr std::size_t clipCost = 300;
 constexpr std::size_t groupCost = 2;
 
-const Attr *attribute(const Node &node, const char *name)
-{
-    const auto found = node.attrs.find(name);
-    return found == node.attrs.end() ? nullptr : &found->second;
-}
-
-double number(const Node &node, const char *name, double missing)
-{
-    return IconVector::floatValue(attribute(node, name)).value_or(missing);
-}
-
-std::uint32_t data(const Node &node, const char *name)
-{
-    const auto *attr = attribute(node, name);
-    return attr ? attr->data : 0;
-}
-
 const Node *child(const Node &node, std::string_view name)
 {
     for (const auto &candidate : node.children) {
@@ -67,12 +42,6 @@ const Node *child(const Node &node, std::string_view name)
             return candidate.get();
     }
     return nullptr;
-}
-
-double complexValue(std::uint32_t data)
-{
-    constexpr std::array factors{1.0 / 256, 1.0 / 32768, 1.0 / 8388608, 1.0 / 2147483648};
-    return static_cast<std::int32_t>(data & 0xFFFFFF00) * factors[(data >> 4) & 3];
 }
 
 std::unique_ptr<Canvas> iconCanvas(IconSource &source)
@@ -102,7 +71,7 @@ void paintPlaced(Canvas &canvas, const PlacedGradient &placed)
 
 bool fillPath(IconSource &source, Canvas &canvas, const Node &node, const Path &path, FillRule rule)
 {
-    const auto fill = IconVector::paint(source, attribute(node, "fillColor"));
+    const auto fill = IconPaint::paint(source, attribute(node, "fillColor"));
     if (!fill || !source.spend(std::holds_alternative<Color>(*fill) ? fillCost : gradientCost))
         return false;
     canvas.saveState();
@@ -124,7 +93,7 @@ bool strokePath(IconSource &source, Canvas &canvas, const Node &node, const Path
     constexpr std::array joins{LineJoin::miter, LineJoin::round, LineJoin::bevel};
     constexpr std::size_t outlineCost = 40;
 
-    const auto stroke = IconVector::paint(source, attribute(node, "strokeColor"));
+    const auto stroke = IconPaint::paint(source, attribute(node, "strokeColor"));
     const auto *color = stroke ? std::get_if<Color>(&*stroke) : nullptr;
     const double width = number(node, "strokeWidth", 0);
     if (!color || !(width > 0) || !source.spend(strokeCost + path.verbs().size() * outlineCost))
@@ -190,15 +159,14 @@ double insetShare(const Node &root, const char *side)
         attr = attribute(root, "inset");
     if (!attr)
         return 0;
-    if (attr->type == fractionType)
-        return complexValue(attr->data);
-    return IconVector::floatValue(attr).value_or(0) / adaptiveUnits;
+    const auto value = XmlValues::floatValue(attr).value_or(0);
+    return attr->type == ValueType::fraction ? value : value / adaptiveUnits;
 }
 
 std::optional<Image> drawInset(IconSource &source, const Node &root, int depth)
 {
     const auto *drawable = attribute(root, "drawable");
-    if (!drawable || drawable->type != APKIconExtractor::referenceType)
+    if (!drawable || drawable->type != ValueType::reference)
         return std::nullopt;
     const auto inner = APKIconExtractor::render(source, drawable->data, depth + 1);
     if (!inner)
@@ -219,7 +187,7 @@ std::optional<Image> drawColor(IconSource &source, const Node &root)
 {
     const bool isShape = root.name == "shape";
     const auto *supplier = isShape ? child(root, "solid") : &root;
-    const auto fill = supplier ? IconVector::paint(source, attribute(*supplier, "color")) : std::nullopt;
+    const auto fill = supplier ? IconPaint::paint(source, attribute(*supplier, "color")) : std::nullopt;
     const auto *color = fill ? std::get_if<Color>(&*fill) : nullptr;
     if (!color)
         return std::nullopt;
@@ -235,114 +203,25 @@ std::optional<Image> drawColor(IconSource &source, const Node &root)
     return canvas->image();
 }
 
-/// The stops that have a colour, in the order of their elements or of the three attributes.
-Gradient stopsOf(IconSource &source, const Node &node)
-{
-    Gradient result;
-    const auto add = [&](const Attr *color, double position) {
-        const auto stop = IconVector::paint(source, color);
-        if (stop && std::holds_alternative<Color>(*stop))
-            result.stops.push_back({position, std::get<Color>(*stop)});
-    };
-    for (const auto &item : node.children) {
-        if (item->name == "item")
-            add(attribute(*item, "color"), number(*item, "offset", 0));
-    }
-    if (result.stops.empty()) {
-        add(attribute(node, "startColor"), 0);
-        add(attribute(node, "centerColor"), 0.5);
-        add(attribute(node, "endColor"), 1);
-    }
-    return result;
-}
-
 } // namespace
 
-std::optional<double> IconVector::floatValue(const Attr *attr)
+std::optional<Image> IconVector::render(IconSource &source, const BinaryXml::Document &document, int depth)
 {
-    if (!attr)
-        return std::nullopt;
-    switch (attr->type) {
-    case floatType:
-        return std::bit_cast<float>(attr->data);
-    case dimensionType:
-    case fractionType:
-        return complexValue(attr->data);
-    case decimalType:
-    case hexadecimalType:
-        return static_cast<std::int32_t>(attr->data);
-    default:
-        return std::nullopt;
-    }
-}
-
-std::unique_ptr<Node> IconVector::tree(IconSource &source, ByteView bytes)
-{
-    auto elements = source.elements(bytes);
-    const auto size = static_cast<std::int64_t>(bytes.size());
-    const std::int64_t header = Bytes::u16(bytes, 2);
-    if (size < header + 8)
-        return nullptr;
-
-    std::unique_ptr<Node> root;
-    // Null for an element that is left out.
-    std::vector<Node *> open;
-    std::size_t next = 0;
-    for (auto position = header; position + 8 <= size;) {
-        const auto type = Bytes::u16(bytes, position);
-        if (type == startElementChunk && next < elements.size()) {
-            auto &element = elements[next++];
-            auto node = std::make_unique<Node>();
-            node->name = std::move(element.name);
-            node->attrs = std::move(element.attrs);
-            auto *const opened = node.get();
-            if (open.empty())
-                root = std::move(node);
-            else if (open.size() < maximumDepth && open.back())
-                open.back()->children.push_back(std::move(node));
-            open.push_back(node ? nullptr : opened);
-        } else if (type == endElementChunk && !open.empty()) {
-            open.pop_back();
-        }
-        const std::int64_t chunkSize = Bytes::looseU32(bytes, position + 4);
-        if (chunkSize == 0)
-            break;
-        position += chunkSize;
-    }
-    return root;
-}
-
-void IconVector::appendPaintFiles(IconSource &source, ByteView bytes, std::vector<std::string> &files)
-{
-    for (const auto &element : source.elements(bytes)) {
-        for (const auto *name : {"fillColor", "strokeColor"}) {
-            const auto attr = element.attrs.find(name);
-            if (attr == element.attrs.end() || attr->second.type != APKIconExtractor::referenceType)
-                continue;
-            for (const auto &entry : source.entries(attr->second.data)) {
-                if (entry.file && entry.file->ends_with(".xml"))
-                    files.push_back(*entry.file);
-            }
-        }
-    }
-}
-
-std::optional<Image> IconVector::render(IconSource &source, ByteView bytes, int depth)
-{
-    const auto root = tree(source, bytes);
+    const auto *root = document.root.get();
     if (!root)
         return std::nullopt;
-    if (root->name == "vector") {
-        std::vector<std::string> files;
-        appendPaintFiles(source, bytes, files);
-        source.prefetch(files);
+    if (root->name == "vector")
         return drawVector(source, *root);
-    }
     if (root->name == "inset")
         return drawInset(source, *root, depth);
     if (root->name == "color" || root->name == "shape")
         return drawColor(source, *root);
     return std::nullopt;
+}
+
+std::optional<Image> IconVector::render(IconSource &source, ByteView bytes, int depth)
+{
+    return render(source, source.decode(bytes), depth);
 }
 
 bool IconVector::draw(IconSource &source, Canvas &canvas, std::span<const std::unique_ptr<Node>> nodes)
@@ -363,58 +242,6 @@ bool IconVector::draw(IconSource &source, Canvas &canvas, std::span<const std::u
         }
     }
     return drew;
-}
-
-std::optional<Paint> IconVector::paint(IconSource &source, const Attr *attr)
-{
-    if (!attr)
-        return std::nullopt;
-    if (APKIconExtractor::isColor(attr->type))
-        return Color::fromArgb(attr->data);
-    const IconSource::Descent descent(source);
-    if (attr->type != APKIconExtractor::referenceType || !descent.allowed())
-        return std::nullopt;
-
-    const auto &entries = source.entries(attr->data);
-    for (const auto &entry : entries) {
-        if (APKIconExtractor::isColor(entry.type))
-            return Color::fromArgb(entry.data);
-    }
-    for (const auto &entry : entries) {
-        if (!entry.file || !entry.file->ends_with(".xml") || !source.spend(groupCost))
-            continue;
-        const auto *bytes = source.read(*entry.file);
-        const auto root = bytes ? tree(source, *bytes) : nullptr;
-        if (!root)
-            continue;
-        if (root->name == "gradient")
-            return gradient(source, *root);
-        // The first state's colour stands for all.
-        if (root->name == "selector" && !root->children.empty())
-            return paint(source, attribute(*root->children.front(), "color"));
-    }
-    return std::nullopt;
-}
-
-std::optional<Paint> IconVector::gradient(IconSource &source, const Node &node)
-{
-    auto stops = stopsOf(source, node);
-    if (stops.stops.empty())
-        return std::nullopt;
-    if (stops.stops.size() == 1)
-        return stops.stops.front().color;
-    PlacedGradient result{.gradient = std::move(stops), .start = {}, .end = {}};
-    constexpr std::uint32_t radial = 1;
-    if (data(node, "type") == radial) {
-        result.radial = true;
-        result.start = result.end = {number(node, "centerX", 0), number(node, "centerY", 0)};
-        result.radius = number(node, "gradientRadius", 1);
-    } else {
-        // A sweep, too, is drawn along a line.
-        result.start = {number(node, "startX", 0), number(node, "startY", 0)};
-        result.end = {number(node, "endX", 0), number(node, "endY", 0)};
-    }
-    return result;
 }
 
 } // namespace quillnest

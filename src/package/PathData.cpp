@@ -1,12 +1,12 @@
 #include "package/PathData.h"
 
+#include <QByteArrayView>
 #include <QChar>
 #include <QList>
 #include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -95,25 +95,75 @@ std::vector<Token> tokenise(std::string_view text)
     return tokens.take();
 }
 
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+/// Takes the digits at the head of a text away; how many they were.
+std::size_t takeDigits(std::string_view &text)
+{
+    const auto count = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isDigit) - text.begin());
+    text.remove_prefix(count);
+    return count;
+}
+
+/// Whether the whole text is a number: an optional sign, digits with at most one point among them, and maybe an
+/// exponent.
+bool isNumber(std::string_view text)
+{
+    const auto takeSign = [&text] {
+        if (text.starts_with('+') || text.starts_with('-'))
+            text.remove_prefix(1);
+    };
+    takeSign();
+    auto digits = takeDigits(text);
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        digits += takeDigits(text);
+    }
+    if (digits == 0)
+        return false;
+    if (text.starts_with('e') || text.starts_with('E')) {
+        text.remove_prefix(1);
+        takeSign();
+        if (takeDigits(text) == 0)
+            return false;
+    }
+    return text.empty();
+}
+
+/// Whether a number past the range of a double is past its upper end: by the place of its first digit that isn't 0.
+bool isBeyondTheGreatest(std::string_view text)
+{
+    const auto mark = std::min(text.find_first_of("eE"), text.size());
+    const auto point = std::min(text.find('.'), mark);
+    const auto first = text.find_first_of("123456789");
+    const auto place
+        = first < point ? static_cast<std::int64_t>(point - first) : -static_cast<std::int64_t>(first - point);
+    std::int64_t exponent = 0;
+    for (const char character : text.substr(mark)) {
+        // Longer than any text is long.
+        constexpr std::int64_t enough = std::int64_t{1} << 40;
+        if (isDigit(character) && exponent < enough)
+            exponent = exponent * 10 + (character - '0');
+    }
+    const bool isNegative = text.substr(mark).find('-') != std::string_view::npos;
+    return place + (isNegative ? -exponent : exponent) > 0;
+}
+
 /// The whole text as a number. Values past the range of a double are infinite or 0.
 std::optional<double> numberIn(std::string_view text)
 {
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    // The library's parser takes no sign behind ours.
-    if (text.empty() || text.starts_with('+'))
+    if (!isNumber(text))
         return std::nullopt;
-    double value = 0;
-    const auto *end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (stop != end || error == std::errc::invalid_argument)
-        return std::nullopt;
-    if (error == std::errc::result_out_of_range) {
-        const bool tiny = text.find("e-") != std::string_view::npos || text.find("E-") != std::string_view::npos;
-        value = tiny ? 0 : std::numeric_limits<double>::infinity();
-        return text.starts_with('-') ? -value : value;
-    }
-    return value;
+    // Whatever the locale.
+    bool isInRange = false;
+    const auto value = QByteArrayView(text.data(), static_cast<qsizetype>(text.size())).toDouble(&isInRange);
+    if (isInRange)
+        return value;
+    const double end = isBeyondTheGreatest(text) ? std::numeric_limits<double>::infinity() : 0;
+    return text.starts_with('-') ? -end : end;
 }
 
 class Interpreter
@@ -164,6 +214,10 @@ private:
         case 'Z':
             m_path.close();
             succeed(m_subpathStart);
+            // It takes no number: one that stands behind it would be asked about again and again. To close once more
+            // changes nothing, and what follows is lost.
+            if (!letterRead)
+                m_index = m_tokens.size();
             return true;
         default:
             if (!letterRead)

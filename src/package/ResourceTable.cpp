@@ -1,5 +1,8 @@
-#include "package/APKIconExtractor.h"
-#include "package/Bytes.h"
+#include "package/ResourceTable.h"
+
+#include "package/BinaryXml.h"
+#include "package/Chunks.h"
+#include "package/ValueType.h"
 
 #include <algorithm>
 
@@ -8,10 +11,6 @@ namespace quillnest
 
 namespace
 {
-constexpr std::uint16_t stringPoolChunk = 0x0001;
-constexpr std::uint16_t packageChunk = 0x0200;
-constexpr std::uint16_t typeChunk = 0x0201;
-
 constexpr std::uint8_t sparseFlag = 0x01;
 constexpr std::uint8_t shortOffsetsFlag = 0x02;
 constexpr std::uint8_t complexFlag = 0x01;
@@ -35,37 +34,30 @@ public:
     {
     }
 
-    std::vector<APKIconExtractor::Entry> run()
+    std::vector<ResourceTable::Entry> run()
     {
-        const std::int64_t header = Bytes::u16(m_bytes, 2);
-        if (m_size < header + 8)
-            return {};
-        for (auto position = header; position + 8 <= m_size;) {
-            const auto type = Bytes::u16(m_bytes, position);
-            const std::int64_t size = Bytes::looseU32(m_bytes, position + 4);
-            if (!m_pool && type == stringPoolChunk)
-                m_pool = position;
-            if (type == packageChunk && Bytes::looseU32(m_bytes, position + 8) == m_package)
-                walkPackage(position, size);
-            if (size == 0 || !m_budget.spend(chunkCost))
+        auto walk = ChunkWalk::ofFile(m_bytes);
+        while (const auto chunk = walk.next()) {
+            if (!m_budget.spend(chunkCost))
                 break;
-            position += size;
+            if (!m_pool && chunk->type == ChunkType::stringPool)
+                m_pool = chunk->position;
+            if (chunk->type == ChunkType::package && Bytes::looseU32(m_bytes, chunk->position + 8) == m_package)
+                walkPackage(*chunk);
         }
         return std::move(m_found);
     }
 
 private:
-    void walkPackage(std::int64_t package, std::int64_t packageSize)
+    void walkPackage(const Chunk &package)
     {
-        const auto end = package + packageSize;
-        for (auto position = package + Bytes::u16(m_bytes, package + 2); position + 8 <= end;) {
-            const auto type = Bytes::u16(m_bytes, position);
-            const std::int64_t size = Bytes::looseU32(m_bytes, position + 4);
-            if (type == typeChunk && Bytes::u8(m_bytes, position + 8) == m_type)
-                lookUp(position);
-            if (size == 0 || !m_budget.spend(chunkCost))
+        const auto start = package.position + Bytes::u16(m_bytes, package.position + 2);
+        ChunkWalk walk(m_bytes, start, package.position + package.size);
+        while (const auto chunk = walk.next()) {
+            if (!m_budget.spend(chunkCost))
                 return;
-            position += size;
+            if (chunk->type == ChunkType::type && Bytes::u8(m_bytes, chunk->position + 8) == m_type)
+                lookUp(chunk->position);
         }
     }
 
@@ -121,14 +113,14 @@ private:
 
     void report(std::int64_t chunk, std::uint8_t type, std::uint32_t data)
     {
-        APKIconExtractor::Entry entry{
+        ResourceTable::Entry entry{
             .density = Bytes::u16(m_bytes, chunk + 34),
             .file = std::nullopt,
             .type = type,
             .data = data,
         };
-        if (type == APKIconExtractor::stringType && m_pool)
-            entry.file = APKIconExtractor::string(m_bytes, *m_pool, data);
+        if (type == ValueType::string && m_pool)
+            entry.file = BinaryXml::string(m_bytes, *m_pool, data);
         // A decoded text is dearer than a kept one: it may be as long as the file.
         const auto textCost = entry.file ? 4 * entry.file->size() : 0;
         if (m_budget.spend(entryCost + textCost))
@@ -142,17 +134,17 @@ private:
     const std::int64_t m_entry;
     WorkBudget &m_budget;
     std::optional<std::int64_t> m_pool;
-    std::vector<APKIconExtractor::Entry> m_found;
+    std::vector<ResourceTable::Entry> m_found;
 };
 } // namespace
 
-std::vector<APKIconExtractor::Entry> APKIconExtractor::entries(ByteView bytes, std::uint32_t id)
+std::vector<ResourceTable::Entry> ResourceTable::entries(ByteView bytes, std::uint32_t id)
 {
     WorkBudget budget(bytes.size());
     return entries(bytes, id, budget);
 }
 
-std::vector<APKIconExtractor::Entry> APKIconExtractor::entries(ByteView bytes, std::uint32_t id, WorkBudget &budget)
+std::vector<ResourceTable::Entry> ResourceTable::entries(ByteView bytes, std::uint32_t id, WorkBudget &budget)
 {
     return Search(bytes, id, budget).run();
 }

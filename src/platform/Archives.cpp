@@ -62,8 +62,8 @@ bool Archives::packFolder(const QString &folder, const QString &archive)
     if (!content.exists())
         return false;
     std::vector<Item> items;
-    const auto names = content.entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    const auto names
+        = content.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     for (const auto &name : names)
         items.push_back({name, content.filePath(name)});
     return pack(items, archive);

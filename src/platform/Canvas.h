@@ -123,7 +123,7 @@ public:
     /// it is none of these, is broken, or is larger than `largestPicture` pixels; a JPEG of which only the end is
     /// missing is what there is of it.
     virtual std::optional<Image> decode(std::span<const std::uint8_t> bytes) = 0;
-    static constexpr std::int64_t largestPicture = 8 * 1024 * 1024;
+    static constexpr std::int64_t largestPicture = 16 * 1024 * 1024;
 
     /// The picture as a PNG file; absent for an empty picture.
     virtual std::optional<std::vector<std::uint8_t>> encodePng(const Image &image) = 0;

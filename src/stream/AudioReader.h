@@ -15,8 +15,8 @@ namespace quillnest
 {
 
 /// Reads the audio socket: 4 bytes of codec id, then packets with a header of 12 bytes and PCM at 48000 Hz, two
-/// channels interleaved, signed 16-bit little-endian. Plays it, with a player of its own, and hands copies to whoever is
-/// attached to the feed. Nothing that happens to the sound ends the stream.
+/// channels interleaved, signed 16-bit little-endian. Plays it, with a player of its own, and hands copies to whoever
+/// is attached to the feed. Nothing that happens to the sound ends the stream.
 class AudioReader
 {
 public:

@@ -22,8 +22,7 @@ class SampleFeed::Channel : public std::enable_shared_from_this<Channel>
 {
 public:
     Channel(
-        std::shared_ptr<SampleConsumer> consumer, std::shared_ptr<Executor> executor,
-        std::shared_ptr<QuillnestLog> log)
+        std::shared_ptr<SampleConsumer> consumer, std::shared_ptr<Executor> executor, std::shared_ptr<QuillnestLog> log)
         : m_consumer(std::move(consumer)), m_executor(std::move(executor)), m_log(std::move(log))
     {
     }
@@ -41,9 +40,8 @@ public:
             if (m_waitsForKeyFrame)
                 return;
         }
-        put(sample.data.size(), [sample](SampleConsumer &consumer) {
-            consumer.takeVideo(sample, inMicroseconds(sample.arrival));
-        });
+        put(sample.data.size(),
+            [sample](SampleConsumer &consumer) { consumer.takeVideo(sample, inMicroseconds(sample.arrival)); });
     }
 
     void takeAudio(std::span<const std::uint8_t> pcm, std::chrono::nanoseconds arrival)

@@ -10,8 +10,7 @@ class FakePackage : public OpenArchive
 {
 public:
     FakePackage(FakeArchives::Entries entries, std::vector<std::string> &reads)
-        : m_entries(std::move(entries))
-        , m_reads(reads)
+        : m_entries(std::move(entries)), m_reads(reads)
     {
         for (const auto &[name, bytes] : m_entries)
             m_names.emplace_back(name);

@@ -1,7 +1,7 @@
 // make-seeds SEEDS WORST FILES: writes into SEEDS/TARGET the inputs that the fuzzer of each target begins with: files
 // made by hand, and what is cut out of the real ones that were unpacked into FILES. Writes the dearest inputs that we
 // could think of into WORST/TARGET: they are replayed, but are too large to begin with.
-#include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
 #include "package/WorstCases.h"
 #include "package/XmlBuilder.h"
 
@@ -151,7 +151,7 @@ void addHandmadePaths(Seeds &seeds)
 /// A drawable of a real package, without that package's resources, and the paths in it.
 void addDrawable(Seeds &seeds, const Blob &xml)
 {
-    for (const auto &element : APKIconExtractor::elements(xml)) {
+    for (const auto &element : BinaryXml::elements(xml)) {
         const auto path = element.attrs.find("pathData");
         if (path != element.attrs.end() && path->second.string)
             seeds.add("pathData", Blob(path->second.string->begin(), path->second.string->end()));
@@ -166,15 +166,14 @@ void addCutTable(Seeds &seeds, const Blob &bytes)
     constexpr std::size_t strings = 30;
     constexpr std::size_t tablesPerFile = 12;
     const auto size = static_cast<std::int64_t>(bytes.size());
-    const auto u32 = [&bytes](std::int64_t position) {
-        return static_cast<std::uint32_t>(APKIconExtractor::u32(bytes, position));
-    };
+    const auto u32
+        = [&bytes](std::int64_t position) { return static_cast<std::uint32_t>(BinaryXml::u32(bytes, position)); };
     const auto u16 = [&u32](std::int64_t position) { return u32(position) & 0xFFFF; };
     std::vector<std::string> texts;
     std::size_t written = 0;
     for (std::int64_t top = u16(2); top + 8 <= size && u32(top + 4) > 0; top += u32(top + 4)) {
         if (u16(top) == 0x0001 && texts.empty()) {
-            texts = APKIconExtractor::stringPool(bytes, top);
+            texts = BinaryXml::stringPool(bytes, top);
             texts.resize(std::min(texts.size(), strings));
         }
         if (u16(top) != 0x0200)
@@ -278,7 +277,7 @@ int main(int argc, char **argv)
     constexpr std::array drawableRoots{"vector", "shape", "inset", "adaptive-icon", "layer-list", "gradient"};
     for (const auto &path : xml) {
         const auto bytes = contents(path);
-        const auto elements = APKIconExtractor::elements(bytes);
+        const auto elements = BinaryXml::elements(bytes);
         if (!elements.empty() && std::count(drawableRoots.begin(), drawableRoots.end(), elements[0].name) > 0)
             addDrawable(seeds, bytes);
     }

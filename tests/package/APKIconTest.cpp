@@ -1,5 +1,8 @@
 #include "package/IconFixture.h"
 
+#include "package/BinaryXml.h"
+#include <sys/resource.h>
+
 using namespace quillnest;
 using namespace quillnest::build;
 
@@ -268,7 +271,7 @@ TEST_F(APKIcon, aLayerIsItsFirstColourOrPicture)
 {
     const auto layer = [this](std::vector<std::pair<std::string, Value>> attributes) {
         return APKIconExtractor::layer(
-            source(), APKIconExtractor::elements(compile({"foreground", std::move(attributes)})), 0);
+            source(), BinaryXml::elements(compile({"foreground", std::move(attributes)})), 0);
     };
     const auto color = resource({{0, literal("res/none.png")}, {0, argb(0xFF0000FF)}});
     const auto picture = fileResource("res/a.png", raster(3));
@@ -344,6 +347,43 @@ TEST_F(APKIcon, iconsThatFanOutWithoutEndEnd)
     }
     EXPECT_FALSE(icon({{"icon", reference(first)}}));
     EXPECT_LT(archives.reads.size(), 250U);
+}
+
+TEST_F(APKIcon, anIconThatTakesMoreWorkThanAnyRealOneIsNone)
+{
+    const std::vector<Tag> paths(
+        5000, Tag{"path", {{"pathData", literal("M0 0h9v9z")}, {"fillColor", argb(0xFFFF0000)}}});
+    const auto id = fileResource("res/icon.xml", compile({"vector", {}, paths}));
+    EXPECT_FALSE(icon({{"icon", reference(id)}, {"roundIcon", reference(fileResource("res/a.png", raster(1)))}}))
+        << "half of it would be kept for good";
+    EXPECT_EQ(log, std::vector<std::string>{"icon trace app.apk: takes more work than any icon"});
+}
+
+TEST_F(APKIcon, namesThatAreEmptyKeepTheirPlaceInTheLog)
+{
+    const auto inner = fileResource("res/inner.xml", compile({"", {}, {{"b"}, {""}, {"d"}, {"e"}}}));
+    EXPECT_FALSE(render(fileResource("res/icon.xml", adaptiveIcon({layerTag("background", reference(inner))}))));
+    ASSERT_EQ(log.size(), 1U);
+    EXPECT_NE(log[0].find("->res/inner.xml(,b,,d)}"), std::string::npos) << log[0];
+}
+
+TEST_F(APKIcon, textsOfElementsTimesEntriesAreBounded)
+{
+    // Thousands of layers, each of which refers to thousands of files with long names: gigabytes of text in a package
+    // of two megabytes.
+    std::vector<Resource> values;
+    for (unsigned i = 0; i < 3000; ++i)
+        values.push_back({0, literal(std::string(500, 'n') + std::to_string(i))});
+    const auto many = resource(values);
+    const std::vector<Tag> layers(3000, layerTag("background", reference(many)));
+    EXPECT_FALSE(icon({{"icon", reference(fileResource("res/icon.xml", adaptiveIcon(layers)))}}));
+    for (const auto &line : log)
+        EXPECT_LE(line.size(), 4000U);
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+#ifndef __SANITIZE_ADDRESS__
+    EXPECT_LT(usage.ru_maxrss, 400 * 1024);
+#endif
 }
 
 TEST_F(APKIcon, linesOfTheLogStayLinesWhateverThePackageHolds)

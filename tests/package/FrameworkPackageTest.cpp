@@ -2,7 +2,9 @@
 // every compiled XML file and of every value of the resource table.
 #include "package/APKIconExtractor.h"
 #include "package/APKManifestReader.h"
+#include "package/BinaryXml.h"
 #include "package/PackageDump.h"
+#include "package/ResourceTable.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QDir>
@@ -31,11 +33,11 @@ std::vector<std::uint8_t> contents(const QString &path)
 /// The first pool of a compiled XML file.
 std::int64_t poolOf(ByteView file)
 {
-    return APKIconExtractor::u32(file, 2) & 0xFFFF;
+    return BinaryXml::u32(file, 2) & 0xFFFF;
 }
 
 /// Our value of an attribute against the tool's.
-void expectSame(ByteView file, const APKIconExtractor::Attr &ours, const dump::XmlAttribute &theirs)
+void expectSame(ByteView file, const BinaryXml::Attr &ours, const dump::XmlAttribute &theirs)
 {
     EXPECT_EQ(ours.type, theirs.type);
     EXPECT_EQ(ours.string, theirs.raw);
@@ -43,7 +45,7 @@ void expectSame(ByteView file, const APKIconExtractor::Attr &ours, const dump::X
     if (theirs.data)
         EXPECT_EQ(ours.data, *theirs.data);
     else
-        EXPECT_EQ(APKIconExtractor::string(file, poolOf(file), ours.data), theirs.text);
+        EXPECT_EQ(BinaryXml::string(file, poolOf(file), ours.data), theirs.text);
 }
 
 /// What has been compared.
@@ -53,7 +55,7 @@ struct Count {
     std::size_t overwritten = 0;
 };
 
-void compareElement(ByteView file, const APKIconExtractor::Element &ours, const dump::XmlElement &theirs, Count &count)
+void compareElement(ByteView file, const BinaryXml::Element &ours, const dump::XmlElement &theirs, Count &count)
 {
     ++count.elements;
     ASSERT_EQ(ours.name, theirs.name);
@@ -98,7 +100,7 @@ TEST(FrameworkPackage, everyXmlFileReadsAsThePlatformsToolReadsIt)
     for (qsizetype i = 0; i < files.size(); ++i) {
         SCOPED_TRACE(files[i].toStdString());
         const auto bytes = contents(folder.filePath(files[i]));
-        const auto ours = APKIconExtractor::elements(bytes);
+        const auto ours = BinaryXml::elements(bytes);
         const auto &theirs = trees[static_cast<std::size_t>(i)];
         ASSERT_EQ(ours.size(), theirs.size());
         for (std::size_t e = 0; e < ours.size() && !HasFatalFailure(); ++e)
@@ -125,7 +127,7 @@ TEST(FrameworkPackage, everyValueOfTheResourceTableReadsAsThePlatformsToolReadsI
     std::size_t bags = 0;
     for (const auto &[id, theirs] : table) {
         SCOPED_TRACE(QString::number(id, 16).toStdString());
-        std::vector<APKIconExtractor::Entry> expected;
+        std::vector<ResourceTable::Entry> expected;
         for (const auto &value : theirs) {
             // A bag is no value: nothing is reported for it.
             bags += value.isBag ? 1 : 0;
@@ -133,7 +135,7 @@ TEST(FrameworkPackage, everyValueOfTheResourceTableReadsAsThePlatformsToolReadsI
             if (!value.isBag)
                 expected.push_back({value.density, value.text, value.type, value.data});
         }
-        ASSERT_EQ(APKIconExtractor::entries(bytes, id), expected);
+        ASSERT_EQ(ResourceTable::entries(bytes, id), expected);
         compared += expected.size();
     }
     // One past the last id of each type holds nothing.
@@ -142,7 +144,7 @@ TEST(FrameworkPackage, everyValueOfTheResourceTableReadsAsThePlatformsToolReadsI
         types.insert(id >> 16);
     for (const auto type : types) {
         const auto past = std::prev(table.upper_bound((type << 16) | 0xFFFF))->first + 1;
-        EXPECT_TRUE(APKIconExtractor::entries(bytes, past).empty()) << past;
+        EXPECT_TRUE(ResourceTable::entries(bytes, past).empty()) << past;
     }
     report(
         std::to_string(table.size()) + " ids, " + std::to_string(compared) + " values, " + std::to_string(texts)

@@ -1,8 +1,10 @@
 // Files of a mebibyte that ask for as much work as the formats can express. A reader without a bound on what it does
 // for one call doesn't get through these within the time that a test may take, or takes the machine's memory.
-#include "package/APKIconExtractor.h"
 #include "package/APKManifestReader.h"
+#include "package/BinaryXml.h"
 #include "package/PackageBuilder.h"
+#include "package/PackageLimits.h"
+#include "package/ResourceTable.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +55,7 @@ TEST(HostileInput, overlappingStringsStopAtTheBudget)
 {
     for (const auto encoding : {Encoding::utf8, Encoding::utf16}) {
         const auto bytes = overlappingPool(0xFFFFFFFF, encoding);
-        const auto strings = APKIconExtractor::stringPool(bytes, 0);
+        const auto strings = BinaryXml::stringPool(bytes, 0);
         EXPECT_FALSE(strings.empty());
         EXPECT_LT(resultSize(strings), 64 * mebibyte);
         EXPECT_EQ(APKManifestReader::parse(xmlFile({bytes, startElement(0)})), std::nullopt);
@@ -64,12 +66,27 @@ TEST(HostileInput, aTinyPoolThatClaimsBillionsOfStringsIsCheap)
 {
     auto bytes = pool({"x"}, Encoding::utf16);
     patch32(bytes, 8, 0xFFFFFFFF);
-    EXPECT_EQ(APKIconExtractor::stringPool(bytes, 0).size(), 200000U);
+    EXPECT_EQ(BinaryXml::stringPool(bytes, 0).size(), 200000U);
     EXPECT_EQ(APKManifestReader::parse(xmlFile({bytes, startElement(0)})), std::nullopt);
 #ifndef __SANITIZE_ADDRESS__
     // The address sanitizer keeps freed memory.
     EXPECT_LT(peakKibibytes(), 256 * 1024);
 #endif
+}
+
+TEST(HostileInput, aManifestThatNamesATextOfMillionsOfUnitsIsRefused)
+{
+    // The units aren't there, and would be read as zeros.
+    auto manifest = xmlFile({pool({"manifest", "package", "x"}, Encoding::utf16), startElement(0, {{1, 2}})});
+    const Blob text{1, 0, 'x', 0};
+    const auto last = std::search(manifest.begin(), manifest.end(), text.begin(), text.end());
+    ASSERT_NE(last, manifest.end());
+    const auto length = static_cast<std::size_t>(last - manifest.begin());
+    manifest.resize(PackageLimits::largestManifest);
+    patch16(manifest, length, 0x8000 | 180);
+    EXPECT_EQ(APKManifestReader::parse(manifest), std::nullopt);
+    patch16(manifest, length, 0x8000 | 2);
+    EXPECT_NE(APKManifestReader::parse(manifest), std::nullopt) << "what is shorter is read";
 }
 
 TEST(HostileInput, attributesOfSizeZeroStopAtTheBudget)
@@ -81,7 +98,7 @@ TEST(HostileInput, attributesOfSizeZeroStopAtTheBudget)
         elements.u32(none).u32(0).u16(0).u16(0).u16(0xFFFF).u16(0).u16(0).u16(0).u32(0);
     }
     const auto file = xmlFile({pool({std::string(30000, 'n')}), elements.bytes()});
-    EXPECT_LT(APKIconExtractor::elements(file).size(), 30000U);
+    EXPECT_LT(BinaryXml::elements(file).size(), 30000U);
     EXPECT_EQ(APKManifestReader::parse(file), std::nullopt);
 }
 
@@ -92,7 +109,7 @@ TEST(HostileInput, longStringsInManyElementsStopAtTheBudget)
         elements.add(startElement(0, {{0, 0}}));
     const auto file = xmlFile({pool({std::string(32767, 'n')}), elements.bytes()});
     std::size_t total = 0;
-    for (const auto &element : APKIconExtractor::elements(file))
+    for (const auto &element : BinaryXml::elements(file))
         total += element.name.size();
     EXPECT_LT(total, 64 * mebibyte);
 }
@@ -108,8 +125,8 @@ TEST(HostileInput, poolsAtEveryByteStopAtTheBudget)
         patch16(bytes, i + 2, 0);
         patch32(bytes, i + 4, 8);
     }
-    EXPECT_TRUE(APKIconExtractor::elements(bytes).empty());
-    EXPECT_TRUE(APKIconExtractor::entries(bytes, 0x7F020001).empty());
+    EXPECT_TRUE(BinaryXml::elements(bytes).empty());
+    EXPECT_TRUE(ResourceTable::entries(bytes, 0x7F020001).empty());
 }
 
 TEST(HostileInput, nestedPackagesStopAtTheBudget)
@@ -124,11 +141,11 @@ TEST(HostileInput, nestedPackagesStopAtTheBudget)
         patch32(bytes, i + 4, 12);
         patch32(bytes, i + 8, 0x7F);
     }
-    EXPECT_TRUE(APKIconExtractor::entries(bytes, 0x7F020001).empty());
+    EXPECT_TRUE(ResourceTable::entries(bytes, 0x7F020001).empty());
     // Top-level packages of a size that overflows nothing and ends nowhere.
     for (std::size_t i = 12; i + 12 <= bytes.size(); i += 12)
         patch32(bytes, i + 4, 0xFFFFFFFF);
-    EXPECT_TRUE(APKIconExtractor::entries(bytes, 0x7F020001).empty());
+    EXPECT_TRUE(ResourceTable::entries(bytes, 0x7F020001).empty());
 }
 
 TEST(HostileInput, sparseChunksWithEndlessPairsStopAtTheBudget)
@@ -139,8 +156,8 @@ TEST(HostileInput, sparseChunksWithEndlessPairsStopAtTheBudget)
     while (writer.size() < mebibyte)
         writer.u16(0x0201).u16(16).u32(16).u8(2).u8(1).u16(0).u32(0xFFFFFFFF);
     const auto bytes = table({pool({"a"}), package(0x7F, {writer.bytes()})});
-    EXPECT_LT(APKIconExtractor::entries(bytes, 0x7F020000).size(), mebibyte);
-    EXPECT_LT(APKIconExtractor::entries(bytes, 0x7F020001).size(), mebibyte);
+    EXPECT_LT(ResourceTable::entries(bytes, 0x7F020000).size(), mebibyte);
+    EXPECT_LT(ResourceTable::entries(bytes, 0x7F020001).size(), mebibyte);
 }
 
 TEST(HostileInput, oneLongTextInManyConfigurationsStopsAtTheBudget)
@@ -151,7 +168,7 @@ TEST(HostileInput, oneLongTextInManyConfigurationsStopsAtTheBudget)
     const auto text = rawPool({utf16Body(std::u16string(250000, u'\u20ac'))}, Encoding::utf16);
     const auto bytes = table({text, package(0x7F, {types.bytes()})});
     std::size_t total = 0;
-    for (const auto &entry : APKIconExtractor::entries(bytes, 0x7F020000))
+    for (const auto &entry : ResourceTable::entries(bytes, 0x7F020000))
         total += entry.file ? entry.file->size() : 0;
     EXPECT_GT(total, 0U);
     EXPECT_LT(total, 64 * mebibyte);
@@ -183,8 +200,8 @@ TEST(HostileInput, changedBytesNeverReadOutside)
     for (int i = 0; i < 300; ++i) {
         auto xml = damage(manifest, 0, manifest.size());
         xml.resize(xml.size() - random() % 8);
-        seen += APKIconExtractor::elements(xml).size();
-        seen += APKIconExtractor::entries(damage(resources, 0, resources.size()), 0x7F020000 + (i % 3)).size();
+        seen += BinaryXml::elements(xml).size();
+        seen += ResourceTable::entries(damage(resources, 0, resources.size()), 0x7F020000 + (i % 3)).size();
         APKManifestReader::parse(damage(manifest, poolBody, 60));
         APKManifestReader::parse(damage(manifest, elementBody, 60));
     }

@@ -1,3 +1,4 @@
+#include "package/BinaryXml.h"
 #include "package/IconFixture.h"
 #include "package/IconVector.h"
 #include "package/Pictures.h"
@@ -229,6 +230,12 @@ TEST_F(IconPicture, withoutABackgroundTheGroundIsTransparent)
     EXPECT_EQ(log.size(), 1U);
 }
 
+TEST_F(IconPicture, aPathOfASingleMovePaintsNothing)
+{
+    const auto image = picture({{"path", {{"pathData", literal("M12 12")}, {"fillColor", argb(red)}}}});
+    EXPECT_EQ(image ? pictures::painted(*image) : 0, 0);
+}
+
 TEST_F(IconPicture, namesThatMisleadAnUnpackerOrAShellLeadToNoIcon)
 {
     const QTemporaryDir folder;
@@ -340,7 +347,7 @@ TEST(SampleIcons, areThoseThatThePlatformsToolNames)
         if (named.ends_with(".png")) {
             EXPECT_EQ(drawing.decode(*file), icon);
         } else {
-            EXPECT_EQ(APKIconExtractor::elements(*file).front().name, "adaptive-icon");
+            EXPECT_EQ(BinaryXml::elements(*file).front().name, "adaptive-icon");
             EXPECT_EQ(icon->width, 192);
             EXPECT_EQ(pictures::painted(*icon), 192 * 192);
         }

@@ -1,4 +1,6 @@
 #include "package/IconVector.h"
+#include "package/BinaryXml.h"
+#include "package/XmlValues.h"
 
 #include "package/IconFixture.h"
 
@@ -252,6 +254,27 @@ TEST_F(IconVectorDrawing, aRadialGradientGrowsFromItsCentre)
         drawn(path({{"fillColor", reference(bare)}})).find("radial 0:ffff0000,1:ff00ff00 0 0 1"), std::string::npos);
 }
 
+TEST_F(IconVectorDrawing, aSweepWithAStartAndAnEndIsDrawnBetweenThem)
+{
+    const auto sweep = gradientResource(
+        {{"type", integer(2)}, {"startX", real(1)}, {"startY", real(2)}, {"endX", real(3)}, {"endY", real(4)}},
+        {item(0, 0xFFFF0000), item(1, 0xFF00FF00)});
+    EXPECT_NE(
+        drawn(path({{"fillColor", reference(sweep)}})).find("linear 0:ffff0000,1:ff00ff00 1 2 3 4"), std::string::npos);
+}
+
+TEST_F(IconVectorDrawing, aColourFileIsDecodedOnceHoweverOftenItIsUsed)
+{
+    // A tenth of what may be read: decoded for each path, it would be refused after a few.
+    std::vector<Tag> items(2000, Tag{"item", {{"offset", real(0)}}});
+    items.push_back({"item", {{"color", argb(0xFF000001)}}});
+    const auto color = fileResource("res/color.xml", compile({"gradient", {}, items}));
+    const std::vector<Tag> paths(
+        100, Tag{"path", {{"pathData", literal("M0 0h9v9z")}, {"fillColor", reference(color)}}});
+    EXPECT_TRUE(render({"vector", {}, paths}));
+    EXPECT_FALSE(source().isExhausted());
+}
+
 TEST_F(IconVectorDrawing, aSweepIsDrawnAlongALine)
 {
     const auto sweep
@@ -319,9 +342,9 @@ TEST_F(IconVectorDrawing, coloursThatReferToThemselvesEndInNothing)
 TEST_F(IconVectorDrawing, numbersOfAllKinds)
 {
     const auto value = [](const Value &written) {
-        const APKIconExtractor::Attr attr{
+        const BinaryXml::Attr attr{
             .type = static_cast<std::uint8_t>(written.type), .data = written.data, .string = std::nullopt};
-        return IconVector::floatValue(&attr);
+        return XmlValues::floatValue(&attr);
     };
     EXPECT_EQ(value(real(1.5)), 1.5);
     EXPECT_EQ(value(dimension(24)), 24);
@@ -334,7 +357,7 @@ TEST_F(IconVectorDrawing, numbersOfAllKinds)
     EXPECT_EQ(value(reference(7)), std::nullopt);
     EXPECT_EQ(value(literal("7")), std::nullopt);
     EXPECT_EQ(value(argb(7)), std::nullopt);
-    EXPECT_EQ(IconVector::floatValue(nullptr), std::nullopt);
+    EXPECT_EQ(XmlValues::floatValue(nullptr), std::nullopt);
 }
 
 TEST_F(IconVectorDrawing, aReferenceInThePlaceOfANumberLeavesTheDefault)
@@ -414,7 +437,8 @@ TEST_F(IconVectorDrawing, aCanvasThatCannotBeMadeIsAbsent)
 
 TEST_F(IconVectorDrawing, theTreeNestsAsTheFileDoes)
 {
-    const auto root = IconVector::tree(source(), compile({"a", {}, {{"b", {}, {{"c"}}}, {"d"}}}));
+    const auto document = source().decode(compile({"a", {}, {{"b", {}, {{"c"}}}, {"d"}}}));
+    const auto *root = document.root.get();
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "a");
     ASSERT_EQ(root->children.size(), 2U);
@@ -426,7 +450,8 @@ TEST_F(IconVectorDrawing, aLaterTopLevelElementIsTheRoot)
 {
     const auto file
         = xmlFile({pool({"a", "b"}), startElement(0), endElement(0), endElement(0), startElement(1), startElement(0)});
-    const auto root = IconVector::tree(source(), file);
+    const auto document = source().decode(file);
+    const auto *root = document.root.get();
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "b");
     EXPECT_EQ(root->children.size(), 1U);
@@ -440,13 +465,15 @@ TEST_F(IconVectorDrawing, elementsNestedDeeperThanAnyRealFileAreLeftOut)
     for (int i = 0; i < 100000; ++i)
         body.add(endElement(0));
     body.add(startElement(1));
-    const auto root = IconVector::tree(source(), xmlFile({pool({"group", "last"}), body.bytes()}));
+    const auto document = source().decode(xmlFile({pool({"group", "last"}), body.bytes()}));
+    const auto *root = document.root.get();
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "last");
-    const auto nested = IconVector::tree(source(), xmlFile({pool({"vector", "group"}), startElement(0), body.bytes()}));
+    const auto nestedDocument = source().decode(xmlFile({pool({"vector", "group"}), startElement(0), body.bytes()}));
+    const auto *nested = nestedDocument.root.get();
     ASSERT_TRUE(nested);
     int depth = 1;
-    for (const auto *node = nested.get(); !node->children.empty(); node = node->children.front().get())
+    for (const auto *node = nested; !node->children.empty(); node = node->children.front().get())
         ++depth;
     EXPECT_GE(depth, 50);
     EXPECT_LE(depth, 200);

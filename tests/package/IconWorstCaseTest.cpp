@@ -160,13 +160,30 @@ TEST_F(IconWorstCase, groups)
     draw("empty groups", {Tag{"group"}});
 }
 
+TEST_F(IconWorstCase, closingsThatTakeNumbers)
+{
+    draw("closings", {path("M0 0z1", {{"fillColor", argb(0x80FF0000)}})});
+}
+
+TEST_F(IconWorstCase, oneColourFileInManyEntries)
+{
+    // Four megabytes of chunks as small as they can be.
+    Writer chunks;
+    chunks.u16(3).u16(4);
+    while (chunks.size() < 4 * 1024 * 1024)
+        chunks.u16(4).u16(0);
+    files["res/color.xml"] = chunks.bytes();
+    const auto color = resource(std::vector<Resource>(10'000, {0, literal("res/color.xml")}));
+    draw("colours", {path("M0 0h24v24h-24z", {{"fillColor", reference(color)}})});
+}
+
 TEST_F(IconWorstCase, rasters)
 {
     // The largest that is read, in a few kilobytes.
-    const Image large{4096, 2048, std::vector<std::uint32_t>(4096U * 2048, 0xFF336699)};
+    const Image large{4096, 4096, std::vector<std::uint32_t>(4096U * 4096, 0xFF336699)};
     const auto png = drawing.encodePng(large);
     ASSERT_TRUE(png);
-    std::printf("%zu bytes stand for 32 MiB\n", png->size());
+    std::printf("%zu bytes stand for 64 MiB\n", png->size());
     std::vector<Tag> layers;
     for (int i = 0; i < 30; ++i) {
         const auto id = fileResource("res/large" + std::to_string(i) + ".png", *png);

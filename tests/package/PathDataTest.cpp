@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <numbers>
 #include <sstream>
@@ -230,6 +231,34 @@ TEST(PathData, numbersPastTheRangeAreInfiniteOrNothing)
     ASSERT_TRUE(path);
     EXPECT_EQ(path->points()[0], (Point{INFINITY, -INFINITY}));
     EXPECT_EQ(path->points()[1], (Point{0, 0}));
+}
+
+TEST(PathData, howANumberPastTheRangeIsWrittenDoesNotMatter)
+{
+    const std::string zeros(400, '0');
+    const std::string text
+        = "M0." + zeros + "1 1" + zeros + "e-5L-1" + zeros + " 1e+999L" + zeros + "7e-2 1" + zeros + "e-400";
+    const auto path = PathData::parse(text);
+    ASSERT_TRUE(path);
+    EXPECT_EQ(path->points()[0], (Point{0, INFINITY}));
+    EXPECT_EQ(path->points()[1], (Point{-INFINITY, INFINITY}));
+    EXPECT_EQ(path->points()[2], (Point{0.07, 1}));
+}
+
+TEST(PathData, whatIsNearlyANumberIsNone)
+{
+    for (const auto *text : {"M1. .5", "M+1 5e0", "M1e+0 50E-1"})
+        EXPECT_TRUE(PathData::parse(text)) << text;
+    for (const auto *text : {"M. 5", "M+ 5", "M++1 5", "M1+1 5", "M1e 5", "M1e- 5", "M1e5.5+ 5", "M1_0 5"})
+        EXPECT_FALSE(PathData::parse(text)) << text;
+}
+
+TEST(PathData, closingAgainAndAgainIsClosingOnce)
+{
+    const auto started = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20'000; ++i)
+        EXPECT_EQ(PathData::parse("M0 0L5 0z1")->verbs().size(), 3U);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
 }
 
 TEST(PathData, arcsOfExtremeSizeEnd)

@@ -1,12 +1,12 @@
-#include "package/APKIconExtractor.h"
+#include "package/ResourceTable.h"
 #include "package/PackageBuilder.h"
 
 #include <gtest/gtest.h>
 
 using namespace quillnest;
 using namespace quillnest::build;
-using APKIconExtractor::entries;
-using APKIconExtractor::Entry;
+using ResourceTable::entries;
+using ResourceTable::Entry;
 
 namespace
 {

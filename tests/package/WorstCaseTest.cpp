@@ -1,7 +1,8 @@
 // What the readers take for the dearest inputs of a mebibyte that we could think of. Each is read in a process of its
 // own, so that its peak of memory is its own, and is stopped if it doesn't end. The figures are printed.
-#include "package/APKIconExtractor.h"
 #include "package/APKManifestReader.h"
+#include "package/BinaryXml.h"
+#include "package/ResourceTable.h"
 #include "package/WorstCases.h"
 
 #include <gtest/gtest.h>
@@ -37,13 +38,13 @@ struct Figures {
 void readOnce(const WorstCase &input) noexcept
 {
     if (input.reader == "elements")
-        APKIconExtractor::elements(input.bytes);
+        BinaryXml::elements(input.bytes);
     else if (input.reader == "stringPool")
-        APKIconExtractor::stringPool(input.bytes, input.arguments.at(0));
+        BinaryXml::stringPool(input.bytes, input.arguments.at(0));
     else if (input.reader == "string")
-        APKIconExtractor::string(input.bytes, input.arguments.at(0), input.arguments.at(1));
+        BinaryXml::string(input.bytes, input.arguments.at(0), input.arguments.at(1));
     else if (input.reader == "entries")
-        APKIconExtractor::entries(input.bytes, input.arguments.at(0));
+        ResourceTable::entries(input.bytes, input.arguments.at(0));
     else if (input.reader == "parse")
         APKManifestReader::parse(input.bytes);
     else

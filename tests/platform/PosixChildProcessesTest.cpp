@@ -300,9 +300,8 @@ TEST_F(PosixChildProcessesTest, whatIsRunToItsEndCanBeEndedByAnotherThread)
 {
     std::thread other;
     const auto result = processes.runEndable(
-        shell(QStringLiteral("echo begun; exec sleep 1000")), [&other](const std::shared_ptr<RunningChild> &child) {
-            other = std::thread([child] { child->terminate(); });
-        });
+        shell(QStringLiteral("echo begun; exec sleep 1000")),
+        [&other](const std::shared_ptr<RunningChild> &child) { other = std::thread([child] { child->terminate(); }); });
     other.join();
     EXPECT_EQ(result.launchError, std::nullopt);
     EXPECT_EQ(result.status, 128 + SIGTERM);

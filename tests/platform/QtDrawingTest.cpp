@@ -223,7 +223,8 @@ TEST_F(QtDrawingTest, brokenPicturesAreAbsentOrWhatIsThereOfThem)
 
 TEST_F(QtDrawingTest, aPictureIsRefusedByItsHeadIfItIsTooLarge)
 {
-    // The greatest one that is read and one that is larger by a row.
+    // The greatest one that is read, which icons do come in, and one that is larger by a row.
+    static_assert(Drawing::largestPicture >= 4096 * 4096);
     constexpr int rows = static_cast<int>(Drawing::largestPicture / 4096);
     QImage picture(4096, rows, QImage::Format_Grayscale8);
     picture.fill(0x55);

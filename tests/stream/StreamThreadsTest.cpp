@@ -1,6 +1,5 @@
 #include "stream/StreamThreads.h"
 
-
 #include <gtest/gtest.h>
 
 #include <atomic>

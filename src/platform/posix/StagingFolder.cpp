@@ -51,8 +51,7 @@ void StagingFolder::removeLeftOvers(const fs::path &parent)
 }
 
 StagingFolder::StagingFolder(StagingFolder &&other) noexcept
-    : m_root(std::exchange(other.m_root, {}))
-    , m_descriptor(std::exchange(other.m_descriptor, -1))
+    : m_root(std::exchange(other.m_root, {})), m_descriptor(std::exchange(other.m_descriptor, -1))
 {
 }
 

@@ -67,8 +67,8 @@ zip_int64_t ZipSource::answer(void *self, void *data, zip_uint64_t length, zip_s
     case ZIP_SOURCE_READ:
         return source.read(static_cast<std::uint8_t *>(data), length);
     case ZIP_SOURCE_SEEK: {
-        const auto place = zip_source_seek_compute_offset(
-            source.m_position, source.m_size, data, length, &source.m_error);
+        const auto place
+            = zip_source_seek_compute_offset(source.m_position, source.m_size, data, length, &source.m_error);
         if (place < 0)
             return -1;
         source.m_position = static_cast<std::uint64_t>(place);

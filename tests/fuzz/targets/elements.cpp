@@ -1,12 +1,12 @@
 #include "fuzz/FuzzInput.h"
-#include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
 
 using namespace quillnest;
 
 QUILLNEST_FUZZ_TARGET(input)
 {
     auto budget = input.budget();
-    for (const auto &element : APKIconExtractor::elements(input.rest(), budget)) {
+    for (const auto &element : BinaryXml::elements(input.rest(), budget)) {
         fuzz::requireText(element.name);
         for (const auto &[name, value] : element.attrs) {
             fuzz::requireText(name);

@@ -1,6 +1,7 @@
 #include "package/IconVector.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/fakes/PackageFiles.h"
+#include "package/BinaryXml.h"
 #include "package/IconSource.h"
 #include "platform/desktop/QtDrawing.h"
 
@@ -50,7 +51,7 @@ private:
     };
 };
 
-std::size_t nodes(const IconVector::Node &node)
+std::size_t nodes(const BinaryXml::Node &node)
 {
     std::size_t count = 1;
     for (const auto &child : node.children)
@@ -81,8 +82,9 @@ QUILLNEST_FUZZ_TARGET(input)
                                                 fuzz::require(line.find('\n') == std::string::npos);
                                             }};
     IconSource forTree(tools, package, table, budget);
-    if (const auto root = IconVector::tree(forTree, drawable))
-        fuzz::require(nodes(*root) <= drawable.size());
+    const auto document = forTree.decode(drawable);
+    if (document.root)
+        fuzz::require(nodes(*document.root) <= drawable.size());
     IconSource forPicture(tools, package, table, budget);
     const auto picture = IconVector::render(forPicture, drawable, 0);
     constexpr auto side = APKIconExtractor::iconSize;

@@ -1,5 +1,5 @@
 #include "fuzz/FuzzInput.h"
-#include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
 
 using namespace quillnest;
 
@@ -7,7 +7,7 @@ QUILLNEST_FUZZ_TARGET(input)
 {
     const auto pool = input.i32();
     const auto index = input.i32();
-    const auto text = APKIconExtractor::string(input.rest(), pool, index);
+    const auto text = BinaryXml::string(input.rest(), pool, index);
     if (!text)
         return;
     fuzz::require(index >= 0);

@@ -1,5 +1,5 @@
 #include "fuzz/FuzzInput.h"
-#include "package/APKIconExtractor.h"
+#include "package/BinaryXml.h"
 
 using namespace quillnest;
 
@@ -19,12 +19,12 @@ QUILLNEST_FUZZ_TARGET(input)
     constexpr std::size_t compared = 100;
     const auto offset = input.i32();
     auto budget = input.budget();
-    const auto strings = APKIconExtractor::stringPool(input.rest(), offset, budget);
+    const auto strings = BinaryXml::stringPool(input.rest(), offset, budget);
     fuzz::require(strings.size() <= limit);
     for (const auto &text : strings)
         fuzz::requireText(text);
     for (std::size_t i = 0; i < std::min(strings.size(), compared); ++i) {
-        const auto whole = APKIconExtractor::string(input.rest(), offset, static_cast<std::int64_t>(i));
+        const auto whole = BinaryXml::string(input.rest(), offset, static_cast<std::int64_t>(i));
         fuzz::require(!whole || isBeginning(strings[i], *whole));
     }
 }
