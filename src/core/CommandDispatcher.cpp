@@ -72,13 +72,13 @@ void CommandDispatcher::media(const QString &)
 void CommandDispatcher::paste(const QString &)
 {
     if (auto *session = m_services.windows.firstSession())
-        session->videoView().pasteFromMac();
+        session->paste();
 }
 
 void CommandDispatcher::copy(const QString &)
 {
     if (auto *session = m_services.windows.firstSession())
-        session->client().send(ScrcpyControl::getClipboardCopy());
+        session->copy();
 }
 
 void CommandDispatcher::setAdBlock(bool on)

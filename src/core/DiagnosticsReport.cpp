@@ -37,27 +37,25 @@ QJsonObject rectangle(const QRect &rect)
         {QStringLiteral("height"), rect.height()}};
 }
 
-QJsonObject window(const AndroidWindowSession &session)
+QJsonObject window(const AppSession &session)
 {
-    const auto &client = session.client();
-    const auto &view = session.videoView();
-    const auto stream = client.statistics();
-    const auto renderer = view.renderer()->counters();
-    const auto shown = view.counters();
-    const auto video = client.videoSize().toSize();
-    const auto displayID = client.displayID();
+    const auto counters = session.counters();
+    const auto &stream = counters.stream;
+    const auto &renderer = counters.renderer;
+    const auto &shown = counters.view;
+    const auto displayID = session.displayID();
     return {
         {QStringLiteral("appID"), uuidText(session.appID())},
         {QStringLiteral("package"), session.package()},
-        {QStringLiteral("visible"), session.panel().isVisible()},
-        {QStringLiteral("active"), session.panel().isActiveWindow()},
-        {QStringLiteral("pinned"), session.isPinned()},
-        {QStringLiteral("windowId"), static_cast<qint64>(session.panel().winId())},
-        {QStringLiteral("frame"), rectangle(session.panel().frame())},
-        {QStringLiteral("videoArea"), rectangle({view.mapToGlobal(QPoint(0, 0)), view.size()})},
-        {QStringLiteral("scale"), view.devicePixelRatioF()},
-        {QStringLiteral("videoWidth"), video.width()},
-        {QStringLiteral("videoHeight"), video.height()},
+        {QStringLiteral("visible"), session.isVisible()},
+        {QStringLiteral("active"), counters.isActive},
+        {QStringLiteral("pinned"), counters.isPinned},
+        {QStringLiteral("windowId"), static_cast<qint64>(counters.windowId)},
+        {QStringLiteral("frame"), rectangle(counters.frame)},
+        {QStringLiteral("videoArea"), rectangle(counters.videoArea)},
+        {QStringLiteral("scale"), counters.scale},
+        {QStringLiteral("videoWidth"), counters.videoSize.width()},
+        {QStringLiteral("videoHeight"), counters.videoSize.height()},
         {QStringLiteral("displayID"), displayID ? QJsonValue(*displayID) : QJsonValue()},
         {QStringLiteral("framesEnqueued"), static_cast<qint64>(stream.framesEnqueued)},
         {QStringLiteral("framesReceived"), static_cast<qint64>(renderer.received)},
@@ -69,7 +67,7 @@ QJsonObject window(const AndroidWindowSession &session)
         {QStringLiteral("frameAgeP50Milliseconds"), shown.frameAges.percentile(0.5)},
         {QStringLiteral("frameAgeP99Milliseconds"), shown.frameAges.percentile(0.99)},
         {QStringLiteral("worstFrameAgeMilliseconds"), shown.frameAges.worst()},
-        {QStringLiteral("firstFrameSeconds"), optionalNumber(session.firstShownSeconds())},
+        {QStringLiteral("firstFrameSeconds"), optionalNumber(counters.firstShownSeconds)},
         {QStringLiteral("controlSent"), static_cast<qint64>(stream.controlLatency.count())},
         {QStringLiteral("controlP50Milliseconds"), stream.controlLatency.percentile(0.5)},
         {QStringLiteral("controlP99Milliseconds"), stream.controlLatency.percentile(0.99)},

@@ -141,14 +141,14 @@ void QuillnestApp::openPlayer()
     }
     m_player->setFrame(frame);
     auto *content = new AndroidPlayerView(m_windowServices, m_store->activeAndroidName(), m_player.get());
-    content->onClose = [this] {
+    connect(content, &AndroidPlayerView::closeRequested, this, [this] {
         m_player->orderOut();
         m_windows.showMenuBarPopup(m_player->frame().topLeft());
-    };
+    });
     auto *layout = new QVBoxLayout(m_player.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(content);
-    m_player->onCloseRequest = [this] { m_player->orderOut(); };
+    connect(m_player.get(), &AndroidAppPanel::closeRequested, m_player.get(), &AndroidAppPanel::orderOut);
     m_player->orderFront();
 }
 

@@ -36,6 +36,15 @@ AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
     }
 }
 
+void AndroidAppPanel::setFrame(QRect frame)
+{
+    const auto before = this->frame().size();
+    setGeometry(frame.marginsAdded(shadowMargins()));
+    // The event of a hidden window comes when it is shown, which may be never.
+    if (!isVisible() && frame.size() != before)
+        Q_EMIT resized();
+}
+
 void AndroidAppPanel::setMinimumFrameSize(QSize size)
 {
     setMinimumSize(size.grownBy(shadowMargins()));
@@ -85,6 +94,16 @@ void AndroidAppPanel::showEvent(QShowEvent *event)
     windowHandle()->removeEventFilter(this);
     windowHandle()->installEventFilter(this);
     declareShadow();
+    // The window system's own hiding and showing, as of another desktop, changes nothing.
+    if (!event->spontaneous())
+        Q_EMIT shown();
+}
+
+void AndroidAppPanel::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        Q_EMIT hidden();
 }
 
 void AndroidAppPanel::changeEvent(QEvent *event)
@@ -105,31 +124,31 @@ void AndroidAppPanel::keyStateChanged()
         return;
     }
     m_isKey = isActiveWindow();
-    const auto &told = m_isKey ? onBecomeKey : onResignKey;
-    if (told)
-        told();
+    if (m_isKey)
+        Q_EMIT becameKey();
+    else
+        Q_EMIT resignedKey();
 }
 
 void AndroidAppPanel::closeEvent(QCloseEvent *event)
 {
     event->ignore();
-    if (onCloseRequest)
-        onCloseRequest();
+    Q_EMIT closeRequested();
 }
 
 void AndroidAppPanel::moveEvent(QMoveEvent *event)
 {
     QWidget::moveEvent(event);
-    if (onMove && isVisible())
-        onMove();
+    if (isVisible())
+        Q_EMIT moved();
 }
 
 void AndroidAppPanel::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     declareShadow();
-    if (onResize && isVisible())
-        onResize();
+    if (isVisible())
+        Q_EMIT resized();
 }
 
 void AndroidAppPanel::paintEvent(QPaintEvent *event)

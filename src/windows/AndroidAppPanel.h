@@ -5,7 +5,6 @@
 
 #include <QWidget>
 
-#include <functional>
 #include <memory>
 
 namespace quillnest
@@ -25,21 +24,14 @@ public:
     /// The window as its user sees it, without its shadow, in points. Where the desktop blends windows the widget is
     /// larger than that by `shadowMargins`, which its layout leaves free.
     QRect frame() const { return geometry().marginsRemoved(shadowMargins()); }
-    void setFrame(QRect frame) { setGeometry(frame.marginsAdded(shadowMargins())); }
+    /// A hidden window tells of its new size as well.
+    void setFrame(QRect frame);
     void setMinimumFrameSize(QSize size);
     QMargins shadowMargins() const { return m_isBlended ? PanelShadow::reach : QMargins(); }
 
     /// Puts back what belongs outside the rounded corners, for a child that paints up to them; in the panel's own
     /// coordinates, as far as the painter's clip allows.
     void paintOutside(QPainter &painter) const;
-
-    // The delegate's part. Called on the main thread.
-    std::function<void()> onResignKey;
-    std::function<void()> onBecomeKey;
-    std::function<void()> onMove;
-    std::function<void()> onResize;
-    /// The user asked to close the window; it never closes by itself.
-    std::function<void()> onCloseRequest;
 
     /// Lets a drag of whatever takes no press itself move the window.
     void setMovableByBackground(bool on) { m_movableByBackground = on; }
@@ -52,6 +44,20 @@ public:
     void orderFront();
     void orderOut() { hide(); }
 
+Q_SIGNALS:
+    /// It has lost the keyboard, or got it.
+    void resignedKey();
+    void becameKey();
+    /// It has been moved while it is on screen.
+    void moved();
+    /// Its frame has another size.
+    void resized();
+    /// It has come onto the screen, or left it.
+    void shown();
+    void hidden();
+    /// The user asked to close the window; it never closes by itself.
+    void closeRequested();
+
 protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
@@ -59,6 +65,7 @@ protected:
     void moveEvent(QMoveEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 

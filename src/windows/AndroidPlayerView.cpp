@@ -210,10 +210,7 @@ AndroidPlayerView::AndroidPlayerView(const WindowServices &services, const QStri
     };
 
     const auto *library = addButton("chevron.backward", "Back to app library");
-    connect(library, &QAbstractButton::clicked, this, [this] {
-        if (onClose)
-            onClose();
-    });
+    connect(library, &QAbstractButton::clicked, this, &AndroidPlayerView::closeRequested);
     m_titleLabel = new ElidedLabel(title, header);
     m_titleLabel->setFont(interfaceFont(13, QFont::DemiBold));
     m_titleLabel->setTextFormat(Qt::PlainText);

@@ -5,8 +5,6 @@
 
 #include <QWidget>
 
-#include <functional>
-
 class QLabel;
 
 namespace quillnest
@@ -24,12 +22,13 @@ public:
     /// `services` outlives the view.
     AndroidPlayerView(const WindowServices &services, const QString &title, QWidget *parent = nullptr);
 
-    /// The user wants to go back to the library.
-    std::function<void()> onClose;
-
     AndroidMirrorModel &mirror() { return m_mirror; }
     bool isPinned() const { return m_isPinned; }
     QString title() const;
+
+Q_SIGNALS:
+    /// The user wants to go back to the library.
+    void closeRequested();
 
 protected:
     void showEvent(QShowEvent *event) override;

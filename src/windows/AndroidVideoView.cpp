@@ -1,12 +1,14 @@
 #include "windows/AndroidVideoView.h"
 
 #include "look/Palette.h"
-#include "windows/AndroidAppPanel.h"
+#include "windows/PicturePlace.h"
 
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
 #include <QPaintEngine>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +16,19 @@
 
 namespace quillnest
 {
+
+namespace
+{
+QList<QUrl> droppedFiles(const QMimeData *data)
+{
+    QList<QUrl> files;
+    for (const auto &url : data->urls()) {
+        if (url.isLocalFile() && !QFileInfo(url.toLocalFile()).isDir())
+            files.append(url);
+    }
+    return files;
+}
+} // namespace
 
 AndroidVideoView::AndroidVideoView(const Platform &platform, QWidget *parent)
     : QWidget(parent)
@@ -23,7 +38,6 @@ AndroidVideoView::AndroidVideoView(const Platform &platform, QWidget *parent)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_NoSystemBackground);
-    setAttribute(Qt::WA_InputMethodEnabled);
     setFocusPolicy(Qt::StrongFocus);
     setAcceptDrops(true);
     setAccessibleName(QStringLiteral("Android screen"));
@@ -103,7 +117,7 @@ QSize AndroidVideoView::sizeInPixels() const
 
 QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
 {
-    const auto picture = pictureRect(exactSizeInPixels(), frame.size());
+    const auto picture = PicturePlace::rect(exactSizeInPixels(), frame.size());
     const bool followsShown = m_shownFrame && frame.sequence() == m_shownFrame->sequence() + 1
         && frame.size() == m_shownFrame->size() && picture.size() == frame.size();
     if (!followsShown)
@@ -127,22 +141,6 @@ QRegion AndroidVideoView::changedArea(const VideoFrame &frame) const
     return area & rect();
 }
 
-bool AndroidVideoView::fits(QSizeF view, QSize picture)
-{
-    // The display was asked for by the whole pixels alone, also where the rest is enough for one more on the screen.
-    const auto slack = QSize(static_cast<int>(view.width()), static_cast<int>(view.height())) - picture;
-    return slack.width() >= 0 && slack.width() < 8 && slack.height() >= 0 && slack.height() < 8;
-}
-
-QRect AndroidVideoView::pictureRect(QSizeF view, QSize picture)
-{
-    const QSize whole(qRound(view.width()), qRound(view.height()));
-    if (picture.isEmpty() || whole.isEmpty())
-        return {};
-    const auto size = fits(view, picture) ? picture : picture.scaled(whole, Qt::KeepAspectRatio);
-    return {QPoint((whole.width() - size.width()) / 2, (whole.height() - size.height()) / 2), size};
-}
-
 void AndroidVideoView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
@@ -152,8 +150,6 @@ void AndroidVideoView::paintEvent(QPaintEvent *event)
         paintFrame(painter, *m_shownFrame, event->region());
     else
         painter.fillRect(event->rect(), Qt::black);
-    if (window()->testAttribute(Qt::WA_TranslucentBackground))
-        roundCorners(painter, event->region());
     if (m_dropBorder) {
         painter.setPen(QPen(Palette::current(m_platform).controlAccent, 3));
         painter.setBrush(Qt::NoBrush);
@@ -161,48 +157,15 @@ void AndroidVideoView::paintEvent(QPaintEvent *event)
     }
 }
 
-/// Cuts the window's lower corners off, which are the view's, and lets the window's shadow show there.
-void AndroidVideoView::roundCorners(QPainter &painter, const QRegion &region) const
-{
-    constexpr int radius = windowCornerRadius;
-    const auto *panel = qobject_cast<const AndroidAppPanel *>(window());
-    QPainterPath round;
-    round.addRoundedRect(QRectF(0, height() - 3 * radius, width(), 3 * radius), radius, radius);
-    for (const int x : {0, width() - radius}) {
-        const QRect corner(x, height() - radius, radius, radius);
-        if (!region.intersects(corner))
-            continue;
-        QPainterPath square;
-        square.addRect(corner);
-        painter.save();
-        painter.setClipRect(corner, Qt::IntersectClip);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setCompositionMode(QPainter::CompositionMode_Clear);
-        painter.fillPath(square.subtracted(round), Qt::black);
-        if (panel) {
-            QImage shadow(corner.size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
-            shadow.setDevicePixelRatio(devicePixelRatioF());
-            QPainter below(&shadow);
-            below.translate(-mapTo(panel, corner.topLeft()));
-            panel->paintOutside(below);
-            below.end();
-            // Behind the picture, of whose edge pixels a part is still there.
-            painter.setCompositionMode(QPainter::CompositionMode_DestinationOver);
-            painter.drawImage(corner.topLeft(), shadow);
-        }
-        painter.restore();
-    }
-}
-
 void AndroidVideoView::paintFrame(QPainter &painter, const VideoFrame &frame, const QRegion &region)
 {
     const double scale = devicePixelRatioF();
-    const auto picture = pictureRect(exactSizeInPixels(), frame.size());
+    const auto picture = PicturePlace::rect(exactSizeInPixels(), frame.size());
     const auto toPoints
         = [scale](QRect pixels) { return QRectF(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale); };
 
     const auto bars = QRegion(QRect(QPoint(0, 0), sizeInPixels())).subtracted(picture);
-    if (!bars.isEmpty() && fits(exactSizeInPixels(), frame.size())) {
+    if (!bars.isEmpty() && PicturePlace::fits(exactSizeInPixels(), frame.size())) {
         paintEdges(painter, frame, picture, region);
     } else {
         for (const auto &bar : bars)
@@ -283,6 +246,45 @@ void AndroidVideoView::convertByImage(QPainter &painter, const VideoFrame &frame
     QImage image(even.size(), QImage::Format_RGB32);
     frame.convertTo(image.bits(), image.bytesPerLine(), even);
     painter.drawImage(target, image, part.translated(-even.topLeft()));
+}
+
+QVariant AndroidVideoView::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    // Where candidates are shown; where the app has its own cursor isn't told.
+    if (query == Qt::ImCursorRectangle)
+        return QRect(width() / 2, height() - 40, 1, 20);
+    return QWidget::inputMethodQuery(query);
+}
+
+void AndroidVideoView::setDropBorder(bool on)
+{
+    m_dropBorder = on;
+    update();
+}
+
+void AndroidVideoView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!onFilesDropped || droppedFiles(event->mimeData()).isEmpty())
+        return;
+    setDropBorder(true);
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void AndroidVideoView::dragLeaveEvent(QDragLeaveEvent *)
+{
+    setDropBorder(false);
+}
+
+void AndroidVideoView::dropEvent(QDropEvent *event)
+{
+    setDropBorder(false);
+    const auto files = droppedFiles(event->mimeData());
+    if (files.isEmpty() || !onFilesDropped)
+        return;
+    onFilesDropped(files);
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
 }
 
 } // namespace quillnest

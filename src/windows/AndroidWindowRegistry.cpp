@@ -1,23 +1,58 @@
 #include "windows/AndroidWindowRegistry.h"
 
 #include "base/QuillnestSettings.h"
+#include "windows/AndroidWindowSession.h"
 
 #include <QLocale>
 
+#include <algorithm>
+#include <utility>
+
 namespace quillnest
 {
+
+namespace
+{
+/// How long the end of the program waits for the streams' threads; they end at once but for a device that is stuck.
+constexpr std::chrono::seconds threadsEnd(5);
+/// More than that nobody can mean, and a timer can't count.
+constexpr double mostIdleMinutes = 14.0 * 24 * 60;
+
+/// Suspends until somebody resumes all who wait.
+class InTurn
+{
+public:
+    explicit InTurn(std::vector<std::coroutine_handle<>> &waiting) : m_waiting(waiting) { }
+
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> coroutine) { m_waiting.push_back(coroutine); }
+    void await_resume() const noexcept { }
+
+private:
+    std::vector<std::coroutine_handle<>> &m_waiting;
+};
+} // namespace
 
 AndroidWindowRegistry::AndroidWindowRegistry(WindowServices services)
     : m_services(std::move(services)), m_locator(m_services.platform), m_homePanel(m_services)
 {
 }
 
-AndroidWindowRegistry::~AndroidWindowRegistry() = default;
+AndroidWindowRegistry::~AndroidWindowRegistry()
+{
+    m_alive.reset();
+    m_outlived.clear();
+    m_windows.clear();
+    if (!m_services.streamThreads->waitForEnd(threadsEnd))
+        m_services.log->write(QStringLiteral("a stream has not ended"));
+    resumeWaiting();
+}
 
-AndroidWindowSession &AndroidWindowRegistry::open(
+AppSession &AndroidWindowRegistry::open(
     QUuid appID, const QString &package, const QString &title, std::function<void(std::optional<QString>)> onEnded)
 {
-    if (auto *present = session(appID)) {
+    auto *present = session(appID);
+    if (present && !present->isClosing()) {
         setUnread(appID, false);
         present->show();
         return *present;
@@ -26,73 +61,155 @@ AndroidWindowSession &AndroidWindowRegistry::open(
     cancelIdleShutdown();
     const auto anchor = pendingAnchor ? pendingAnchor : menuBarPopupFrame();
     pendingAnchor.reset();
-    auto created = std::make_unique<AndroidWindowSession>(
-        m_services, *this, appID, package, title, m_services.commands->paths().adb(), AndroidCommands::serial(),
-        components.server, anchor);
-    auto &opened = *created;
-    opened.onEnded
-        = [this, onEnded = std::move(onEnded)](AndroidWindowSession *ended, const std::optional<QString> &error) {
-              // The session goes with its callback, which is this very closure.
-              const auto told = onEnded;
-              sessionEnded(ended, error, told);
-          };
-    m_sessions.insert_or_assign(appID, std::move(created));
+    SessionSurroundings &surroundings = *this;
+    Window window{
+        std::make_unique<AndroidWindowSession>(
+            m_services, surroundings, AndroidWindowSession::App{appID, package, title},
+            AndroidWindowSession::Device{
+                m_services.commands->paths().adb(), AndroidCommands::serial(), components.server},
+            anchor),
+        std::move(onEnded)};
+    auto &opened = *window.session;
+    if (present)
+        m_outlived.push_back(std::exchange(m_windows.at(appID), std::move(window)));
+    else
+        m_windows.emplace(appID, std::move(window));
     Q_EMIT m_services.notifications->sessionsChanged();
+    Q_EMIT m_events.opened(&opened);
     closeMenuBarPopup();
     m_services.log->write(QStringLiteral("native window open package=%1 server=%2").arg(package, components.server));
     opened.start();
     return opened;
 }
 
-void AndroidWindowRegistry::sessionEnded(
-    AndroidWindowSession *session, const std::optional<QString> &error,
-    const std::function<void(std::optional<QString>)> &onEnded)
+AndroidWindowRegistry::Window AndroidWindowRegistry::take(const AndroidWindowSession &session)
 {
-    const auto package = session->package();
-    const auto found = m_sessions.find(session->appID());
-    // A newer session for the same app stays.
-    if (found != m_sessions.end() && found->second.get() == session) {
-        // The session is still on the stack of this call.
-        found->second.release()->deleteLater();
-        m_sessions.erase(found);
+    // A newer window of the same app stays.
+    const auto current = m_windows.find(session.appID());
+    if (current != m_windows.end() && current->second.session.get() == &session) {
+        auto window = std::move(current->second);
+        m_windows.erase(current);
+        return window;
     }
+    const auto outlived = std::find_if(m_outlived.begin(), m_outlived.end(), [&session](const Window &window) {
+        return window.session.get() == &session;
+    });
+    if (outlived == m_outlived.end())
+        return {};
+    auto window = std::move(*outlived);
+    m_outlived.erase(outlived);
+    return window;
+}
+
+void AndroidWindowRegistry::sessionEnded(AndroidWindowSession &session, const std::optional<QString> &error)
+{
+    auto window = take(session);
+    if (!window.session)
+        return;
+    // The session is still on the stack of this call.
+    window.session.release()->deleteLater();
     Q_EMIT m_services.notifications->sessionsChanged();
-    if (m_sessions.empty())
+    Q_EMIT m_events.ended(&session, error);
+    if (m_windows.empty())
         scheduleIdleShutdown();
-    m_services.log->write(
-        QStringLiteral("native window ended package=%1 error=%2").arg(package, error.value_or(QStringLiteral("none"))));
-    if (onEnded)
-        onEnded(error);
+    m_services.log->write(QStringLiteral("native window ended package=%1 error=%2")
+                              .arg(session.package(), error.value_or(QStringLiteral("none"))));
+    if (window.onEnded)
+        window.onEnded(error);
+    resumeWaiting();
 }
 
-AndroidWindowSession *AndroidWindowRegistry::session(QUuid appID) const
+void AndroidWindowRegistry::sessionShown(AndroidWindowSession &session)
 {
-    const auto found = m_sessions.find(appID);
-    return found == m_sessions.end() ? nullptr : found->second.get();
+    Q_EMIT m_events.shown(&session);
 }
 
-AndroidWindowSession *AndroidWindowRegistry::firstSession() const
+void AndroidWindowRegistry::sessionHidden(AndroidWindowSession &session)
 {
-    return m_sessions.empty() ? nullptr : m_sessions.begin()->second.get();
+    Q_EMIT m_events.hidden(&session);
+}
+
+void AndroidWindowRegistry::forceStop(QUuid appID, const QString &package)
+{
+    ++m_forceStops[appID];
+    const auto &services = m_services;
+    services.platform.executor->inBackground([this, alive = std::weak_ptr(m_alive), appID, package,
+                                              executor = services.platform.executor, commands = services.commands] {
+        commands->runADB({QStringLiteral("shell"), QStringLiteral("am"), QStringLiteral("force-stop"), package});
+        executor->onMain([this, alive, appID] {
+            if (alive.expired())
+                return;
+            if (--m_forceStops[appID] == 0)
+                m_forceStops.erase(appID);
+            resumeWaiting();
+        });
+    });
+}
+
+bool AndroidWindowRegistry::isEnding(QUuid appID) const
+{
+    const auto *current = session(appID);
+    return m_forceStops.contains(appID) || (current && current->isClosing())
+        || std::any_of(m_outlived.begin(), m_outlived.end(), [appID](const Window &window) {
+               return window.session->appID() == appID;
+           });
+}
+
+Task<> AndroidWindowRegistry::untilEnded(QUuid appID)
+{
+    const std::weak_ptr<bool> alive = m_alive;
+    while (!alive.expired() && isEnding(appID))
+        co_await InTurn(m_waiting);
+}
+
+void AndroidWindowRegistry::resumeWaiting()
+{
+    for (const auto waiting : std::exchange(m_waiting, {}))
+        waiting.resume();
+}
+
+AndroidWindowRegistry::Sessions AndroidWindowRegistry::sessions() const
+{
+    Sessions result;
+    for (const auto &[appID, window] : m_windows)
+        result.emplace(appID, window.session.get());
+    return result;
+}
+
+std::vector<AndroidWindowSession *> AndroidWindowRegistry::openSessions() const
+{
+    std::vector<AndroidWindowSession *> result;
+    for (const auto &[appID, window] : m_windows)
+        result.push_back(window.session.get());
+    return result;
+}
+
+AppSession *AndroidWindowRegistry::session(QUuid appID) const
+{
+    const auto found = m_windows.find(appID);
+    return found == m_windows.end() ? nullptr : found->second.session.get();
+}
+
+AppSession *AndroidWindowRegistry::firstSession() const
+{
+    return m_windows.empty() ? nullptr : m_windows.begin()->second.session.get();
 }
 
 void AndroidWindowRegistry::closeOthers(QUuid except)
 {
-    for (const auto &[appID, session] : m_sessions) {
-        if (appID == except)
+    for (auto *session : openSessions()) {
+        if (session->appID() == except)
             continue;
-        const auto package = session->package();
         session->close(QStringLiteral("another app opened"));
-        m_services.log->write(QStringLiteral("single-app mode: closed %1").arg(package));
+        m_services.log->write(QStringLiteral("single-app mode: closed %1").arg(session->package()));
         // A second force-stop, apart from the window's own, for an app that comes back while its stream ends.
-        m_services.runADBInBackground(
-            {QStringLiteral("shell"), QStringLiteral("am"), QStringLiteral("force-stop"), package});
+        forceStop(session->appID(), session->package());
     }
 }
 
 void AndroidWindowRegistry::closeAll()
 {
-    for (const auto &[appID, session] : m_sessions)
+    for (auto *session : openSessions())
         session->close(QStringLiteral("close all"));
 }
 
@@ -109,6 +226,7 @@ double AndroidWindowRegistry::idleShutdownMinutes() const
 
 void AndroidWindowRegistry::scheduleIdleShutdown()
 {
+    // What was scheduled before doesn't come, but was scheduled all the same.
     m_idleTimer.reset();
     const double minutes = idleShutdownMinutes();
     if (!(minutes > 0))
@@ -117,16 +235,18 @@ void AndroidWindowRegistry::scheduleIdleShutdown()
     if (!shown.contains(QLatin1Char('.')))
         shown += QStringLiteral(".0");
     m_services.log->write(QStringLiteral("idle: Android stops in %1 min unless an app is opened").arg(shown));
-    const auto delay = std::chrono::duration_cast<Clock::Duration>(std::chrono::duration<double>(minutes * 60));
+    const auto delay = std::chrono::duration_cast<Clock::Duration>(
+        std::chrono::duration<double>(std::min(minutes, mostIdleMinutes) * 60));
+    m_hasIdleTimer = true;
     m_idleTimer = m_services.platform.clock->after(delay, [this, shown] {
-        if (m_sessions.empty())
+        if (m_windows.empty())
             stopAndroid(QStringLiteral("idle %1 min").arg(shown), false);
     });
 }
 
 void AndroidWindowRegistry::cancelIdleShutdown()
 {
-    if (!m_idleTimer)
+    if (!std::exchange(m_hasIdleTimer, false))
         return;
     m_services.log->write(QStringLiteral("idle: shutdown cancelled (app opened)"));
     m_idleTimer.reset();
@@ -169,7 +289,7 @@ void AndroidWindowRegistry::applySize(const WindowSizePreset &preset)
 {
     const QSizeF size(preset.width, preset.height + QuillnestLayout::headerHeight);
     QuillnestLayout::setSize(*m_services.platform.settings, size);
-    for (const auto &[appID, session] : m_sessions)
+    for (auto *session : openSessions())
         session->setPanelSize(size);
     m_services.log->write(QStringLiteral("window size preset %1").arg(preset.label()));
 }

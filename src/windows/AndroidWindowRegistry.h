@@ -1,45 +1,62 @@
 #pragma once
 
 #include "base/QuillnestLayout.h"
+#include "platform/Tasks.h"
 #include "runtime/RuntimeComponentLocator.h"
 #include "windows/AndroidMedia.h"
-#include "windows/AndroidWindowSession.h"
+#include "windows/AppSession.h"
 #include "windows/HomePanelController.h"
+#include "windows/SessionEvents.h"
+#include "windows/SessionSurroundings.h"
 #include "windows/WindowServices.h"
 
 #include <QSet>
 #include <QUuid>
 
+#include <coroutine>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace quillnest
 {
 
 /// The open app windows, and what belongs to no single window: unread marks, where the launcher stands, the idle
 /// shutdown of the device. Main thread.
-class AndroidWindowRegistry
+class AndroidWindowRegistry : private SessionSurroundings
 {
 public:
     explicit AndroidWindowRegistry(WindowServices services);
-    ~AndroidWindowRegistry();
+    /// Ends all windows, and waits a moment for their streams' threads.
+    ~AndroidWindowRegistry() override;
+    AndroidWindowRegistry(const AndroidWindowRegistry &) = delete;
+    AndroidWindowRegistry &operator=(const AndroidWindowRegistry &) = delete;
 
-    using Sessions = std::map<QUuid, std::unique_ptr<AndroidWindowSession>>;
-    const Sessions &sessions() const { return m_sessions; }
+    /// Told of every window.
+    const SessionEvents &events() const { return m_events; }
+
+    using Sessions = std::map<QUuid, AppSession *>;
+    /// By their apps, those that are closing among them.
+    Sessions sessions() const;
     const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
 
-    /// Opens a window for the app, or raises the one it has; then `onEnded` is dropped and the first one stays.
-    /// `onEnded` gets the error text of an end that nobody asked for. Throws AndroidBridgeError.
-    AndroidWindowSession &open(
+    /// Opens a window for the app, or raises the one it has; then `onEnded` is dropped and the first one stays. A
+    /// window that is closing isn't raised any more, the app gets a new one. `onEnded` gets the error text of an end
+    /// that nobody asked for. Throws AndroidBridgeError.
+    AppSession &open(
         QUuid appID, const QString &package, const QString &title, std::function<void(std::optional<QString>)> onEnded);
 
-    AndroidWindowSession *session(QUuid appID) const;
+    AppSession *session(QUuid appID) const;
     /// The window that commands without a name are for.
-    AndroidWindowSession *firstSession() const;
+    AppSession *firstSession() const;
     void closeOthers(QUuid except);
     void closeAll();
+
+    /// Comes back when none of the app's windows is closing and the device has been told of its end: an app that is
+    /// opened before that would end with its old window. At once when there is nothing to wait for.
+    Task<> untilEnded(QUuid appID);
 
     bool singleAppMode() const;
     /// 0 or less means never.
@@ -60,7 +77,7 @@ public:
     /// What an app plays, or that it plays nothing, which counts only for the app that is shown as playing.
     void setNowPlaying(const std::optional<AndroidMedia> &media, QUuid appID);
 
-    void applySize(const WindowSizePreset &preset);
+    void applySize(const WindowSizePreset &preset) override;
 
     HomePanelController &homePanel() { return m_homePanel; }
     void showMenuBarPopup(std::optional<QPoint> origin);
@@ -71,17 +88,42 @@ public:
     std::optional<QRect> pendingAnchor;
 
 private:
-    void sessionEnded(
-        AndroidWindowSession *session, const std::optional<QString> &error,
-        const std::function<void(std::optional<QString>)> &onEnded);
+    /// An open window and whom to tell of its end.
+    struct Window {
+        std::unique_ptr<AndroidWindowSession> session;
+        std::function<void(std::optional<QString>)> onEnded;
+    };
+
+    void setRead(QUuid appID) override { setUnread(appID, false); }
+    void setSilent(QUuid appID) override { setNowPlaying(std::nullopt, appID); }
+    void forceStop(QUuid appID, const QString &package) override;
+    void showLauncher(QPoint origin) override { showMenuBarPopup(origin); }
+    void sessionShown(AndroidWindowSession &session) override;
+    void sessionHidden(AndroidWindowSession &session) override;
+    void sessionEnded(AndroidWindowSession &session, const std::optional<QString> &error) override;
+
+    Window take(const AndroidWindowSession &session);
+    std::vector<AndroidWindowSession *> openSessions() const;
+    bool isEnding(QUuid appID) const;
+    void resumeWaiting();
 
     const WindowServices m_services;
     RuntimeComponentLocator m_locator;
     HomePanelController m_homePanel;
-    Sessions m_sessions;
+    SessionEvents m_events;
+    std::map<QUuid, Window> m_windows;
+    /// Windows that are closing while their apps have newer ones.
+    std::vector<Window> m_outlived;
+    /// How often each app is being stopped on the device.
+    std::map<QUuid, int> m_forceStops;
+    std::vector<std::coroutine_handle<>> m_waiting;
     QSet<QUuid> m_unreadAppIDs;
     std::optional<NowPlaying> m_nowPlaying;
     std::unique_ptr<Timer> m_idleTimer;
+    /// A shutdown was scheduled and hasn't been cancelled, though its timer may have run out or been taken back.
+    bool m_hasIdleTimer = false;
+    /// Gone with the registry.
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 
 } // namespace quillnest

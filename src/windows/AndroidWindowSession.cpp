@@ -3,10 +3,17 @@
 #include "base/QuillnestLayout.h"
 #include "base/QuillnestSettings.h"
 #include "runtime/AndroidVolume.h"
-#include "windows/AndroidWindowRegistry.h"
+#include "stream/ScrcpyControl.h"
+#include "windows/AndroidVideoView.h"
+#include "windows/HeaderView.h"
+#include "windows/SizeMenu.h"
+#include "windows/VideoInput.h"
+#include "windows/WindowPlacement.h"
 
 #include <QPointer>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace quillnest
 {
@@ -14,139 +21,120 @@ namespace quillnest
 namespace
 {
 
-bool isNumber(const QVariant &value)
+constexpr std::chrono::milliseconds resizeSettles(250);
+/// Smaller displays aren't asked for, in pixels.
+constexpr int smallestDisplay = 101;
+
+std::uint32_t keyCode(MediaAction action)
 {
-    return value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Int
-        || value.typeId() == QMetaType::Double;
+    switch (action) {
+    case MediaAction::previous:
+        return 88;
+    case MediaAction::playPause:
+        return 85;
+    case MediaAction::next:
+        break;
+    }
+    return 87;
 }
 
 } // namespace
 
 AndroidWindowSession::AndroidWindowSession(
-    const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package, QString title,
-    const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor)
+    const WindowServices &services, SessionSurroundings &surroundings, App app, const Device &device,
+    std::optional<QRect> anchor)
     : m_services(services)
-    , m_registry(registry)
-    , m_appID(appID)
-    , m_package(std::move(package))
-    , m_title(std::move(title))
+    , m_surroundings(surroundings)
+    , m_app(std::move(app))
     , m_log(std::make_shared<QuillnestLog>(
-          services.platform.clock, services.platform.folders.logs, QStringLiteral("native-%1.log").arg(m_package),
+          services.platform.clock, services.platform.folders.logs, QStringLiteral("native-%1.log").arg(m_app.package),
           true))
-    , m_backWatch(m_services, m_package, [this] { leftByBack(); })
+    , m_backWatch(m_services, m_app.package, [this] { leftByBack(); })
 {
-    const auto record = m_services.platform.settings->value(recordKey()).toMap();
-    m_pinned = record.value(QStringLiteral("pinned")).toBool();
-    const auto size = QuillnestLayout::size(*m_services.platform.settings).toSize();
-    const auto origin = initialOrigin(size, anchor);
+    const auto &platform = m_services.platform;
+    const auto record = WindowPlacement::load(*platform.settings, m_app.package);
+    m_pinned = record.isPinned;
+    const auto size = QuillnestLayout::size(*platform.settings).toSize();
+    const auto origin = WindowPlacement::initialOrigin(*platform.screens, record, size, anchor);
 
-    m_panel = std::make_unique<AndroidAppPanel>(m_services.platform, AndroidAppPanel::Resizing::AtEdges);
-    m_header = new HeaderView(m_services.platform, m_title, m_panel.get());
-    m_videoView = new AndroidVideoView(m_services.platform, m_panel.get());
+    m_panel = std::make_unique<AndroidAppPanel>(platform, AndroidAppPanel::Resizing::AtEdges);
+    m_content = new WindowContent(platform, m_app.title, m_panel.get());
     m_panel->setFrame(QRect(origin, size));
-    m_client = makeClient(adb, serial, server, size);
+    m_client = makeClient(device, size);
     configurePanel();
     wire();
 }
 
 AndroidWindowSession::~AndroidWindowSession()
 {
-    m_backWatch.stop();
     // The client lives on in its threads until they end; nobody is left to be told.
     m_client->stop();
+    m_panel->disconnect(this);
 }
 
-QString AndroidWindowSession::recordKey() const
-{
-    return QStringLiteral("Quillnest.window.") + m_package;
-}
-
-QPoint AndroidWindowSession::initialOrigin(QSize size, std::optional<QRect> anchor) const
-{
-    const auto record = m_services.platform.settings->value(recordKey()).toMap();
-    const auto x = record.value(QStringLiteral("x"));
-    const auto y = record.value(QStringLiteral("y"));
-    if (m_pinned && isNumber(x) && isNumber(y)) {
-        const QPoint saved(x.toInt(), y.toInt());
-        // A spot inside the upper left corner tells whether the screen is still there.
-        for (const auto &screen : m_services.platform.screens->all()) {
-            if (screen.visibleFrame.contains(saved + QPoint(20, 20)))
-                return saved;
-        }
-    }
-    if (anchor)
-        return anchor->topLeft();
-    const auto screen = m_services.platform.screens->main();
-    if (!screen)
-        return {0, 0};
-    const auto visible = screen->visibleFrame;
-    return {visible.x() + visible.width() - size.width() - 12, visible.y() + 6};
-}
-
-std::shared_ptr<AndroidStreamClient> AndroidWindowSession::makeClient(
-    const QString &adb, const QString &serial, const QString &server, QSize panelSize) const
+std::shared_ptr<AndroidStreamClient> AndroidWindowSession::makeClient(const Device &device, QSize panelSize) const
 {
     const auto screen = m_services.platform.screens->main();
     const double scale = screen ? screen->backingScaleFactor : 2.0;
-    const QSizeF video(panelSize.width(), panelSize.height() - QuillnestLayout::headerHeight);
     AndroidStreamClient::Config config;
-    config.adb = adb;
-    config.serial = serial;
-    config.server = server;
-    config.package = m_package;
-    config.pixelSize = video * scale;
+    config.adb = device.adb;
+    config.serial = device.serial;
+    config.server = device.server;
+    config.package = m_app.package;
+    config.pixelSize = QSizeF(WindowContent::pictureSize(panelSize)) * scale;
     // One density-independent pixel of Android is one point here.
     config.dpi = static_cast<int>(scale * 160);
     config.bitRate = 8000000;
     config.maxFPS = 60;
-    return AndroidStreamClient::create(m_services.platform, config, m_videoView->renderer(), m_log);
+    return AndroidStreamClient::create(
+        m_services.platform, config, m_content->videoView().renderer(), m_log, m_services.streamThreads);
 }
 
 void AndroidWindowSession::configurePanel()
 {
     m_panel->setMinimumFrameSize(QuillnestLayout::minimumSize);
-    m_panel->setWindowTitle(QStringLiteral("Quillnest · %1").arg(m_title));
-    auto *content = new QVBoxLayout(m_panel.get());
-    content->setContentsMargins(0, 0, 0, 0);
-    content->setSpacing(0);
-    content->addWidget(m_header);
-    content->addWidget(m_videoView, 1);
-    m_videoView->setClient(m_client);
+    m_panel->setWindowTitle(QStringLiteral("Quillnest · %1").arg(m_app.title));
+    auto *layout = new QVBoxLayout(m_panel.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_content);
+    m_content->input().setSender(m_client);
     m_panel->setFloating(m_pinned);
-    m_header->setPinned(m_pinned);
-    m_header->setShadeAvailable(false);
-    m_header->setCaptureAvailable(false);
+    auto &header = m_content->header();
+    header.setPinned(m_pinned);
+    header.setShadeAvailable(false);
+    header.setCaptureAvailable(false);
 }
 
 void AndroidWindowSession::wire()
 {
-    m_header->onBack = [this] { handleBack(); };
-    m_header->onSizeMenu = [this](QWidget *button) { showSizeMenu(button); };
-    m_header->onHome = [this] { goHome(); };
-    m_header->onPin = [this] { togglePinned(); };
-    m_header->onHide = [this] { hide(); };
-    m_header->onClose = [this] { close(QStringLiteral("close button")); };
-    m_videoView->onBackRequest = [this] { handleBack(); };
+    const auto &header = m_content->header();
+    connect(&header, &HeaderView::backRequested, this, &AndroidWindowSession::handleBack);
+    connect(&header, &HeaderView::sizeMenuRequested, this, &AndroidWindowSession::showSizeMenu);
+    connect(&header, &HeaderView::homeRequested, this, &AndroidWindowSession::goHome);
+    connect(&header, &HeaderView::pinToggled, this, &AndroidWindowSession::togglePinned);
+    connect(&header, &HeaderView::hideRequested, this, &AndroidWindowSession::hide);
+    connect(&header, &HeaderView::closeRequested, this, [this] { close(QStringLiteral("close button")); });
+    m_content->input().onBackRequest = [this] { handleBack(); };
     if (m_services.fileTransfer)
-        m_videoView->onFilesDropped = [this](const QList<QUrl> &files) { receiveFiles(files); };
+        m_content->videoView().onFilesDropped = [this](const QList<QUrl> &files) { receiveFiles(files); };
 
-    m_panel->onResignKey = [this] { windowDidResignKey(); };
-    m_panel->onBecomeKey = [this] { windowDidBecomeKey(); };
-    m_panel->onMove = [this] { saveFrame(); };
-    m_panel->onResize = [this] { windowDidResize(); };
-    m_panel->onCloseRequest = [this] { close(QStringLiteral("window close (Cmd+W)")); };
+    const auto *panel = m_panel.get();
+    connect(panel, &AndroidAppPanel::resignedKey, this, &AndroidWindowSession::windowDidResignKey);
+    connect(panel, &AndroidAppPanel::becameKey, this, &AndroidWindowSession::windowDidBecomeKey);
+    connect(panel, &AndroidAppPanel::moved, this, &AndroidWindowSession::saveFrame);
+    connect(panel, &AndroidAppPanel::resized, this, &AndroidWindowSession::windowDidResize);
+    connect(panel, &AndroidAppPanel::shown, this, [this] { m_surroundings.sessionShown(*this); });
+    connect(panel, &AndroidAppPanel::hidden, this, [this] { m_surroundings.sessionHidden(*this); });
+    connect(panel, &AndroidAppPanel::closeRequested, this, [this] { close(QStringLiteral("window close (Cmd+W)")); });
 
     const QPointer<AndroidWindowSession> self(this);
     m_client->onFirstFrame = [self] {
-        if (!self)
-            return;
-        const auto &services = self->m_services;
-        services.log->write(QStringLiteral("native first frame package=%1").arg(self->m_package));
-        // Android sets the volume anew when an app starts to play, so this comes a while after the start.
-        services.platform.clock->later(
-            std::chrono::milliseconds(1500), [executor = services.platform.executor, commands = services.commands] {
-                executor->inBackground([commands] { AndroidVolume::maximize(*commands); });
-            });
+        if (self)
+            self->firstFrameCame();
+    };
+    m_client->onSnapshot = [self](const ImageBox &box) {
+        if (self)
+            self->stillCame(box.image);
     };
     m_client->onEnded = [self](const std::optional<QString> &error) {
         if (self)
@@ -158,20 +146,43 @@ void AndroidWindowSession::start()
 {
     m_startedAt = m_services.platform.clock->monotonic();
     m_client->start();
-    m_registry.setUnread(m_appID, false);
+    m_surroundings.setRead(m_app.id);
     show();
 }
 
-std::optional<double> AndroidWindowSession::firstShownSeconds() const
+void AndroidWindowSession::firstFrameCame()
 {
-    const auto shownAt = m_videoView->counters().firstShownAt;
-    return shownAt ? std::optional(secondsBetween(m_startedAt, *shownAt)) : std::nullopt;
+    m_services.log->write(QStringLiteral("native first frame package=%1").arg(m_app.package));
+    // Android sets the volume anew when an app starts to play, so this comes a while after the start.
+    m_services.platform.clock->later(
+        std::chrono::milliseconds(1500), [executor = m_services.platform.executor, commands = m_services.commands] {
+            executor->inBackground([commands] { AndroidVolume::maximize(*commands); });
+        });
+}
+
+SessionCounters AndroidWindowSession::counters() const
+{
+    const auto &view = m_content->videoView();
+    SessionCounters result;
+    result.stream = m_client->statistics();
+    result.renderer = view.renderer()->counters();
+    result.view = view.counters();
+    result.videoSize = m_client->videoSize().toSize();
+    result.frame = m_panel->frame();
+    result.videoArea = QRect(view.mapToGlobal(QPoint(0, 0)), view.size());
+    result.scale = view.devicePixelRatioF();
+    result.windowId = m_panel->winId();
+    result.isActive = m_panel->isActiveWindow();
+    result.isPinned = m_pinned;
+    if (result.view.firstShownAt)
+        result.firstShownSeconds = secondsBetween(m_startedAt, *result.view.firstShownAt);
+    return result;
 }
 
 void AndroidWindowSession::show()
 {
     m_panel->orderFront();
-    m_videoView->setFocus();
+    m_content->videoView().setFocus();
 }
 
 void AndroidWindowSession::hide()
@@ -183,22 +194,21 @@ void AndroidWindowSession::hide()
 
 void AndroidWindowSession::noteSeenIfLocked()
 {
-    if (m_services.locks->isLocked(m_appID))
-        m_services.locks->noteSeen(m_appID);
+    if (m_services.locks->isLocked(m_app.id))
+        m_services.locks->noteSeen(m_app.id);
 }
 
 void AndroidWindowSession::close(const QString &reason)
 {
-    m_services.log->write(QStringLiteral("close package=%1 reason=%2").arg(m_package, reason));
+    m_services.log->write(QStringLiteral("close package=%1 reason=%2").arg(m_app.package, reason));
     if (m_closing)
         return;
-    m_services.runADBInBackground(
-        {QStringLiteral("shell"), QStringLiteral("am"), QStringLiteral("force-stop"), m_package});
+    m_surroundings.forceStop(m_app.id, m_app.package);
     m_closing = true;
     noteSeenIfLocked();
     m_backWatch.stop();
-    m_registry.setUnread(m_appID, false);
-    m_registry.setNowPlaying(std::nullopt, m_appID);
+    m_surroundings.setRead(m_app.id);
+    m_surroundings.setSilent(m_app.id);
     saveFrame();
     m_panel->orderOut();
     m_client->stop();
@@ -207,31 +217,57 @@ void AndroidWindowSession::close(const QString &reason)
 void AndroidWindowSession::streamEnded(const std::optional<QString> &error)
 {
     m_panel->orderOut();
-    if (onEnded)
-        onEnded(this, m_closing ? std::nullopt : error);
+    m_surroundings.sessionEnded(*this, m_closing ? std::nullopt : error);
 }
 
 void AndroidWindowSession::handleBack()
 {
-    m_videoView->sendBack();
+    m_content->input().sendBack();
     m_backWatch.backSent();
+}
+
+void AndroidWindowSession::paste()
+{
+    m_content->input().pasteFromMac();
+}
+
+void AndroidWindowSession::copy()
+{
+    send(ScrcpyControl::getClipboardCopy());
 }
 
 void AndroidWindowSession::sendMediaKey(MediaAction action)
 {
-    const auto keycode = [action]() -> std::uint32_t {
-        switch (action) {
-        case MediaAction::previous:
-            return 88;
-        case MediaAction::playPause:
-            return 85;
-        case MediaAction::next:
-            break;
-        }
-        return 87;
-    }();
-    m_client->send(ScrcpyControl::key(ScrcpyControl::KeyAction::down, keycode, 0));
-    m_client->send(ScrcpyControl::key(ScrcpyControl::KeyAction::up, keycode, 0));
+    send(ScrcpyControl::key(ScrcpyControl::KeyAction::down, keyCode(action), 0));
+    send(ScrcpyControl::key(ScrcpyControl::KeyAction::up, keyCode(action), 0));
+}
+
+void AndroidWindowSession::requestStill(std::function<void(const QImage &)> take)
+{
+    m_stillsWanted.push_back(std::move(take));
+    m_client->requestSnapshot();
+    // A key frame comes soon then.
+    send(ScrcpyControl::resetVideo());
+}
+
+void AndroidWindowSession::stillCame(const QImage &still)
+{
+    // One picture serves all who wait, and one of them may ask again.
+    for (const auto &take : std::exchange(m_stillsWanted, {}))
+        take(still);
+}
+
+bool AndroidWindowSession::showMessage(const WindowMessage &message)
+{
+    if (!isVisible() || !m_messageDisplay)
+        return false;
+    m_messageDisplay(message);
+    return true;
+}
+
+void AndroidWindowSession::setMessageDisplay(std::function<void(const WindowMessage &)> display)
+{
+    m_messageDisplay = std::move(display);
 }
 
 void AndroidWindowSession::receiveFiles(const QList<QUrl> &files)
@@ -239,7 +275,7 @@ void AndroidWindowSession::receiveFiles(const QList<QUrl> &files)
     if (!m_services.fileTransfer || files.isEmpty())
         return;
     m_services.platform.executor->inBackground(
-        [transfer = m_services.fileTransfer, files, package = m_package, displayID = m_client->displayID()] {
+        [transfer = m_services.fileTransfer, files, package = m_app.package, displayID = displayID()] {
             transfer->push(files, package, displayID);
         });
 }
@@ -249,37 +285,47 @@ void AndroidWindowSession::leftByBack()
     if (m_closing)
         return;
     const auto frame = m_panel->frame();
-    m_services.log->write(QStringLiteral("back left %1: closing window, showing Quillnest home").arg(m_package));
+    m_services.log->write(QStringLiteral("back left %1: closing window, showing Quillnest home").arg(m_app.package));
     close(QStringLiteral("back on first screen"));
-    m_registry.showMenuBarPopup(frame.topLeft());
+    m_surroundings.showLauncher(frame.topLeft());
 }
 
 void AndroidWindowSession::goHome()
 {
     const auto frame = m_panel->frame();
     hide();
-    m_registry.showMenuBarPopup(frame.topLeft());
+    m_surroundings.showLauncher(frame.topLeft());
 }
 
 void AndroidWindowSession::togglePinned()
 {
     m_pinned = !m_pinned;
     m_panel->setFloating(m_pinned);
-    m_header->setPinned(m_pinned);
+    m_content->header().setPinned(m_pinned);
     saveFrame();
 }
 
 void AndroidWindowSession::saveFrame()
 {
+    WindowPlacement::save(*m_services.platform.settings, m_app.package, m_panel->frame(), m_pinned);
+}
+
+void AndroidWindowSession::showSizeMenu(QWidget *from)
+{
+    SizeMenu menu(m_content->videoView().size());
+    connect(
+        &menu, &SizeMenu::picked, this, [this](const WindowSizePreset &preset) { m_surroundings.applySize(preset); });
+    menu.exec(from->mapToGlobal(QPoint(0, from->height() + 4)));
+}
+
+void AndroidWindowSession::setPanelSize(QSizeF size)
+{
+    const auto &screens = *m_services.platform.screens;
     const auto frame = m_panel->frame();
-    m_services.platform.settings->setValue(
-        recordKey(),
-        QVariantMap{
-            {QStringLiteral("x"), frame.x()},
-            {QStringLiteral("y"), frame.y()},
-            {QStringLiteral("w"), frame.width()},
-            {QStringLiteral("h"), frame.height()},
-            {QStringLiteral("pinned"), m_pinned}});
+    auto screen = screens.containing(frame.center());
+    if (!screen)
+        screen = screens.main();
+    m_panel->setFrame(WindowPlacement::fittedFrame(frame, size.toSize(), screen ? screen->visibleFrame : frame));
 }
 
 void AndroidWindowSession::windowDidResignKey()
@@ -298,7 +344,26 @@ void AndroidWindowSession::windowDidBecomeKey()
     m_lastPasteboardChange = count;
     const auto text = m_services.platform.pasteboard->string().value_or(QString());
     if (!text.isEmpty())
-        m_client->send(ScrcpyControl::setClipboard(text, false, m_client->nextClipboardSequence()));
+        send(ScrcpyControl::setClipboard(text, false, m_client->nextClipboardSequence()));
+}
+
+void AndroidWindowSession::windowDidResize()
+{
+    saveFrame();
+    QuillnestLayout::setSize(*m_services.platform.settings, m_panel->frame().size());
+    // A drag sends one message, after it has stopped for a moment.
+    m_resizeWork = m_services.platform.clock->after(resizeSettles, [this] { sendDisplaySize(); });
+}
+
+void AndroidWindowSession::sendDisplaySize()
+{
+    // From the frame: the widgets of a hidden window get their places when it is shown.
+    const QSizeF picture = WindowContent::pictureSize(m_panel->frame().size());
+    const auto display = AndroidStreamClient::displaySize(picture * m_panel->devicePixelRatioF());
+    if (display.width() < smallestDisplay || display.height() < smallestDisplay)
+        return;
+    send(ScrcpyControl::resizeDisplay(display.width(), display.height()));
+    m_log->write(QStringLiteral("Quillnest: resize display %1x%2").arg(display.width()).arg(display.height()));
 }
 
 } // namespace quillnest

@@ -2,93 +2,105 @@
 
 #include "stream/AndroidStreamClient.h"
 #include "windows/AndroidAppPanel.h"
-#include "windows/AndroidMedia.h"
-#include "windows/AndroidVideoView.h"
+#include "windows/AppSession.h"
 #include "windows/BackWatch.h"
-#include "windows/HeaderView.h"
+#include "windows/SessionSurroundings.h"
 #include "windows/WindowServices.h"
 
 #include <QObject>
 #include <QRect>
+#include <QUrl>
 #include <QUuid>
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace quillnest
 {
 
-class AndroidWindowRegistry;
-
-/// One running Android app as a window: a panel with a header and the video view, bound to one stream. Turns window
-/// events into protocol messages and decides what back, home, hide and close mean. Main thread.
-class AndroidWindowSession : public QObject
+/// One running Android app as a window: a panel with its content, bound to one stream. Turns window events into
+/// protocol messages and decides what back, home, hide and close mean. Main thread.
+class AndroidWindowSession : public QObject, public AppSession
 {
     Q_OBJECT
 
 public:
-    /// `anchor` is where the launcher stood, if it is on screen: the window takes its place.
+    /// What a session is made for.
+    struct App {
+        QUuid id;
+        QString package;
+        QString title;
+    };
+    /// The way to the device.
+    struct Device {
+        QString adb;
+        QString serial;
+        /// The stream server's file on this machine.
+        QString server;
+    };
+
+    /// `anchor` is where the launcher stood, if it is on screen: the window takes its place. The surroundings outlive
+    /// the session.
     AndroidWindowSession(
-        const WindowServices &services, AndroidWindowRegistry &registry, QUuid appID, QString package, QString title,
-        const QString &adb, const QString &serial, const QString &server, std::optional<QRect> anchor);
+        const WindowServices &services, SessionSurroundings &surroundings, App app, const Device &device,
+        std::optional<QRect> anchor);
     ~AndroidWindowSession() override;
 
-    QUuid appID() const { return m_appID; }
-    QString package() const { return m_package; }
+    QUuid appID() const override { return m_app.id; }
+    QString package() const override { return m_app.package; }
+    QString title() const override { return m_app.title; }
+    bool isVisible() const override { return m_panel->isVisible() && !m_closing; }
+    bool isClosing() const override { return m_closing; }
+    std::optional<int> displayID() const override { return m_client->displayID(); }
+    SessionCounters counters() const override;
     AndroidAppPanel &panel() const { return *m_panel; }
-    AndroidVideoView &videoView() const { return *m_videoView; }
-    AndroidStreamClient &client() const { return *m_client; }
-    bool isClosing() const { return m_closing; }
-    bool isPinned() const { return m_pinned; }
-    /// From `start` to the first picture on the screen.
-    std::optional<double> firstShownSeconds() const;
-
-    /// The session's end, with the error text of an end that nobody asked for. Set by the registry.
-    std::function<void(AndroidWindowSession *, std::optional<QString>)> onEnded;
 
     void start();
-    /// Raises the window and gives it the keyboard.
-    void show();
-    /// Takes the window off the screen; the stream goes on.
-    void hide();
-    void close(const QString &reason);
-    void handleBack();
-    /// Presses one of the media keys.
-    void sendMediaKey(MediaAction action);
+    void show() override;
+    void hide() override;
+    void close(const QString &reason) override;
+    void handleBack() override;
+    void paste() override;
+    void copy() override;
+    void sendMediaKey(MediaAction action) override;
+    void send(const QByteArray &message) override { m_client->send(message); }
+    void requestStill(std::function<void(const QImage &)> take) override;
+    void attach(const std::shared_ptr<SampleConsumer> &consumer) override { m_client->samples().attach(consumer); }
+    void detach(const std::shared_ptr<SampleConsumer> &consumer) override { m_client->samples().detach(consumer); }
+    bool showMessage(const WindowMessage &message) override;
+    void setMessageDisplay(std::function<void(const WindowMessage &)> display) override;
+    void put(QWidget *overlay, WindowContent::Place place) override { m_content->put(overlay, place); }
+
     /// Takes files into the app.
     void receiveFiles(const QList<QUrl> &files);
 
-    /// Sets the frame's size in points, keeping the top left corner where the screen allows it.
+    /// Sets the frame's size in points, keeping the top left corner where the screen allows it. A hidden window tells
+    /// Android of it too.
     void setPanelSize(QSizeF size);
-    void showSizeMenu(QWidget *from);
-
-    /// Where a frame of `wanted` size goes that keeps `frame`'s top left corner inside `visible`.
-    static QRect fittedFrame(QRect frame, QSize wanted, QRect visible);
 
 private:
-    QPoint initialOrigin(QSize size, std::optional<QRect> anchor) const;
-    std::shared_ptr<AndroidStreamClient>
-    makeClient(const QString &adb, const QString &serial, const QString &server, QSize panelSize) const;
+    std::shared_ptr<AndroidStreamClient> makeClient(const Device &device, QSize panelSize) const;
     void configurePanel();
     void wire();
+    void firstFrameCame();
+    void stillCame(const QImage &still);
     void streamEnded(const std::optional<QString> &error);
     void leftByBack();
     void goHome();
     void togglePinned();
     void saveFrame();
+    void showSizeMenu(QWidget *from);
     void noteSeenIfLocked();
     void windowDidResignKey();
     void windowDidBecomeKey();
     void windowDidResize();
     void sendDisplaySize();
-    QString recordKey() const;
 
     const WindowServices m_services;
-    AndroidWindowRegistry &m_registry;
-    const QUuid m_appID;
-    const QString m_package;
-    const QString m_title;
+    SessionSurroundings &m_surroundings;
+    const App m_app;
     const std::shared_ptr<QuillnestLog> m_log;
     std::chrono::nanoseconds m_startedAt{};
     bool m_pinned = false;
@@ -97,10 +109,12 @@ private:
     int m_lastPasteboardChange = -1;
     std::unique_ptr<Timer> m_resizeWork;
     std::unique_ptr<AndroidAppPanel> m_panel;
-    HeaderView *m_header = nullptr;
-    AndroidVideoView *m_videoView = nullptr;
+    WindowContent *m_content = nullptr;
     std::shared_ptr<AndroidStreamClient> m_client;
     BackWatch m_backWatch;
+    /// Those who wait for the next still.
+    std::vector<std::function<void(const QImage &)>> m_stillsWanted;
+    std::function<void(const WindowMessage &)> m_messageDisplay;
 };
 
 } // namespace quillnest

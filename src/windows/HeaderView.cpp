@@ -25,14 +25,10 @@ HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *
     stack->setContentsMargins(10, 0, 10, 0);
     stack->setSpacing(6);
 
-    const auto call = [](const std::function<void()> &action) {
-        if (action)
-            action();
-    };
     const auto *home = addButton(QStringLiteral("square.grid.2x2"), QStringLiteral("Quillnest apps"));
-    connect(home, &QAbstractButton::clicked, this, [this, call] { call(onHome); });
+    connect(home, &QAbstractButton::clicked, this, &HeaderView::homeRequested);
     const auto *back = addButton(QStringLiteral("chevron.left"), QStringLiteral("Android Back (Esc / right-click)"));
-    connect(back, &QAbstractButton::clicked, this, [this, call] { call(onBack); });
+    connect(back, &QAbstractButton::clicked, this, &HeaderView::backRequested);
 
     m_titleLabel = new ElidedLabel(title, this);
     m_titleLabel->setFont(interfaceFont(13, QFont::DemiBold));
@@ -43,23 +39,17 @@ HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *
     stack->addStretch(1);
 
     m_captureButton = addButton(QStringLiteral("camera"), QStringLiteral("Screenshot / screen recording"));
-    connect(m_captureButton, &QAbstractButton::clicked, this, [this] {
-        if (onCapture)
-            onCapture(m_captureButton);
-    });
+    connect(m_captureButton, &QAbstractButton::clicked, this, [this] { Q_EMIT captureMenuRequested(m_captureButton); });
     m_shadeButton = addButton(QStringLiteral("bell"), QStringLiteral("Notifications"));
-    connect(m_shadeButton, &QAbstractButton::clicked, this, [this, call] { call(onShade); });
+    connect(m_shadeButton, &QAbstractButton::clicked, this, &HeaderView::shadeRequested);
     m_sizeButton = addButton(QStringLiteral("aspectratio"), QStringLiteral("Window size"));
-    connect(m_sizeButton, &QAbstractButton::clicked, this, [this] {
-        if (onSizeMenu)
-            onSizeMenu(m_sizeButton);
-    });
+    connect(m_sizeButton, &QAbstractButton::clicked, this, [this] { Q_EMIT sizeMenuRequested(m_sizeButton); });
     m_pinButton = addButton(QStringLiteral("pin"), QStringLiteral("Pin on top (keeps the window open)"));
-    connect(m_pinButton, &QAbstractButton::clicked, this, [this, call] { call(onPin); });
+    connect(m_pinButton, &QAbstractButton::clicked, this, &HeaderView::pinToggled);
     const auto *hide = addButton(QStringLiteral("minus"), QStringLiteral("Hide"));
-    connect(hide, &QAbstractButton::clicked, this, [this, call] { call(onHide); });
+    connect(hide, &QAbstractButton::clicked, this, &HeaderView::hideRequested);
     const auto *close = addButton(QStringLiteral("xmark"), QStringLiteral("Close app"));
-    connect(close, &QAbstractButton::clicked, this, [this, call] { call(onClose); });
+    connect(close, &QAbstractButton::clicked, this, &HeaderView::closeRequested);
 }
 
 SymbolButton *HeaderView::addButton(const QString &symbol, const QString &toolTip)

@@ -4,8 +4,6 @@
 
 #include <QWidget>
 
-#include <functional>
-
 class QLabel;
 
 namespace quillnest
@@ -21,20 +19,21 @@ class HeaderView : public QWidget
 public:
     HeaderView(const Platform &platform, const QString &title, QWidget *parent = nullptr);
 
-    std::function<void()> onBack;
-    std::function<void()> onPin;
-    std::function<void()> onHide;
-    std::function<void()> onClose;
-    std::function<void()> onHome;
-    /// With the button that a menu belongs to.
-    std::function<void(QWidget *)> onSizeMenu;
-    std::function<void()> onShade;
-    std::function<void(QWidget *)> onCapture;
-
     void setPinned(bool on);
     /// Buttons whose feature has no user yet are shown disabled.
     void setShadeAvailable(bool on);
     void setCaptureAvailable(bool on);
+
+Q_SIGNALS:
+    void homeRequested();
+    void backRequested();
+    /// With the button that a menu belongs to.
+    void captureMenuRequested(QWidget *button);
+    void shadeRequested();
+    void sizeMenuRequested(QWidget *button);
+    void pinToggled();
+    void hideRequested();
+    void closeRequested();
 
 protected:
     void paintEvent(QPaintEvent *event) override;

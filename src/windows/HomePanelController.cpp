@@ -22,8 +22,9 @@ void HomePanelController::makePanel()
     auto *layout = new QVBoxLayout(m_panel.get());
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(content);
-    m_panel->onResignKey = [this] { m_panel->orderOut(); };
-    m_panel->onCloseRequest = [this] { m_panel->orderOut(); };
+    auto *panel = m_panel.get();
+    QObject::connect(panel, &AndroidAppPanel::resignedKey, panel, &AndroidAppPanel::orderOut);
+    QObject::connect(panel, &AndroidAppPanel::closeRequested, panel, &AndroidAppPanel::orderOut);
 }
 
 void HomePanelController::show(std::optional<QPoint> origin)

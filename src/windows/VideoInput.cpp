@@ -1,15 +1,14 @@
-#include "windows/AndroidVideoView.h"
+#include "windows/VideoInput.h"
 
-#include <QDragEnterEvent>
-#include <QFileInfo>
+#include "windows/PicturePlace.h"
+
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QWheelEvent>
+#include <QWidget>
 
 #include <algorithm>
-
-// What the view makes of mouse, wheel, keyboard, input methods and dropped files.
+#include <utility>
 
 namespace quillnest
 {
@@ -59,6 +58,22 @@ std::optional<std::uint32_t> androidKeyCode(int key)
     }
 }
 
+/// Whether a key together with Command means something here.
+bool isCommand(int key)
+{
+    switch (key) {
+    case Qt::Key_V:
+    case Qt::Key_C:
+    case Qt::Key_X:
+    case Qt::Key_A:
+    case Qt::Key_W:
+    case Qt::Key_Tab:
+        return true;
+    default:
+        return false;
+    }
+}
+
 /// Whether text is something that a person typed: no control characters and no function keys.
 bool isTypedText(const QString &text)
 {
@@ -68,66 +83,112 @@ bool isTypedText(const QString &text)
     });
 }
 
-QList<QUrl> droppedFiles(const QMimeData *data)
+/// Whether a key does something here. A shortcut of the program may have all others.
+bool isWanted(const QKeyEvent &event)
 {
-    QList<QUrl> files;
-    for (const auto &url : data->urls()) {
-        if (url.isLocalFile() && !QFileInfo(url.toLocalFile()).isDir())
-            files.append(url);
-    }
-    return files;
+    if (event.modifiers() & commandModifier)
+        return isCommand(event.key());
+    return event.key() == Qt::Key_Escape || androidKeyCode(event.key())
+        || (!(event.modifiers() & controlModifier) && isTypedText(event.text()));
 }
 
 } // namespace
 
-QPointF AndroidVideoView::videoPoint(QPointF point, QSizeF view, QSizeF video)
+VideoInput::VideoInput(const Platform &platform, QWidget *view) : QObject(view), m_platform(platform), m_view(*view)
 {
-    const double scale = std::min(view.width() / video.width(), view.height() / video.height());
-    const double x = (point.x() - (view.width() - video.width() * scale) / 2) / scale;
-    const double y = (point.y() - (view.height() - video.height() * scale) / 2) / scale;
-    return {std::clamp(x, 0.0, video.width() - 1), std::clamp(y, 0.0, video.height() - 1)};
+    view->setAttribute(Qt::WA_InputMethodEnabled);
+    view->setFocusPolicy(Qt::StrongFocus);
+    view->installEventFilter(this);
 }
 
-std::optional<AndroidVideoView::Position> AndroidVideoView::androidPoint(QPointF position) const
+bool VideoInput::eventFilter(QObject *watched, QEvent *event)
 {
-    const auto client = m_client.lock();
-    const auto video = client ? client->videoSize() : QSizeF();
-    if (!(video.width() > 0 && video.height() > 0))
+    if (watched != &m_view)
+        return QObject::eventFilter(watched, event);
+    if (!event->isInputEvent() && event->type() != QEvent::InputMethod)
+        return false;
+    // How long a message takes counts from here on, where the toolkit hands over what it comes from.
+    const auto before = std::exchange(m_inputSince, m_platform.clock->monotonic());
+    const bool done = handle(event);
+    m_inputSince = before;
+    return done;
+}
+
+bool VideoInput::handle(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::ShortcutOverride:
+        if (!isWanted(*static_cast<QKeyEvent *>(event)))
+            return false;
+        break;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        mousePressed(*static_cast<QMouseEvent *>(event));
+        break;
+    case QEvent::MouseMove:
+        mouseMoved(*static_cast<QMouseEvent *>(event));
+        break;
+    case QEvent::MouseButtonRelease:
+        mouseReleased(*static_cast<QMouseEvent *>(event));
+        break;
+    case QEvent::Wheel:
+        wheelTurned(*static_cast<QWheelEvent *>(event));
+        break;
+    case QEvent::KeyPress:
+        keyPressed(*static_cast<QKeyEvent *>(event));
+        break;
+    case QEvent::InputMethod:
+        textComposed(*static_cast<QInputMethodEvent *>(event));
+        break;
+    default:
+        return false;
+    }
+    event->accept();
+    return true;
+}
+
+std::optional<VideoInput::Position> VideoInput::androidPoint(QPointF position) const
+{
+    const auto sender = m_sender.lock();
+    const auto video = sender ? sender->videoSize() : QSizeF();
+    // A message has sixteen bits for each side.
+    const auto isSide = [](double length) { return length > 0 && length <= 0xFFFF; };
+    if (!isSide(video.width()) || !isSide(video.height()))
         return std::nullopt;
-    return Position{videoPoint(position, size(), video), video};
+    return Position{PicturePlace::pixelAt(position, m_view.size(), m_view.devicePixelRatioF(), video.toSize()), video};
 }
 
-void AndroidVideoView::send(const QByteArray &message)
+void VideoInput::send(const QByteArray &message)
 {
-    if (const auto client = m_client.lock())
-        client->send(message, m_inputSince);
+    if (const auto sender = m_sender.lock())
+        sender->send(message, m_inputSince);
 }
 
-void AndroidVideoView::sendTouch(ScrcpyControl::MotionAction action, QPointF position)
+void VideoInput::sendTouch(ScrcpyControl::MotionAction action, QPointF position)
 {
     if (const auto at = androidPoint(position))
         send(ScrcpyControl::touch(action, at->point, at->video));
 }
 
-void AndroidVideoView::sendKey(std::uint32_t keycode, std::uint32_t meta)
+void VideoInput::sendKey(std::uint32_t keycode, std::uint32_t meta)
 {
     send(ScrcpyControl::key(ScrcpyControl::KeyAction::down, keycode, meta));
     send(ScrcpyControl::key(ScrcpyControl::KeyAction::up, keycode, meta));
 }
 
-void AndroidVideoView::sendText(const QString &text)
+void VideoInput::sendText(const QString &text)
 {
     if (isTypedText(text))
         send(ScrcpyControl::text(text));
 }
 
-void AndroidVideoView::sendBack()
+void VideoInput::sendBack()
 {
     send(ScrcpyControl::backDown());
     send(ScrcpyControl::backUp());
 }
 
-void AndroidVideoView::requestBack()
+void VideoInput::requestBack()
 {
     if (onBackRequest)
         onBackRequest();
@@ -135,37 +196,36 @@ void AndroidVideoView::requestBack()
         sendBack();
 }
 
-void AndroidVideoView::mousePressEvent(QMouseEvent *event)
+void VideoInput::mousePressed(const QMouseEvent &event)
 {
-    if (event->button() == Qt::RightButton) {
+    if (event.button() == Qt::RightButton) {
         requestBack();
-    } else if (event->button() == Qt::LeftButton) {
-        setFocus(Qt::MouseFocusReason);
-        sendTouch(ScrcpyControl::MotionAction::down, event->position());
+    } else if (event.button() == Qt::LeftButton) {
+        m_view.setFocus(Qt::MouseFocusReason);
+        sendTouch(ScrcpyControl::MotionAction::down, event.position());
     }
 }
 
-void AndroidVideoView::mouseMoveEvent(QMouseEvent *event)
+void VideoInput::mouseMoved(const QMouseEvent &event)
 {
-    if (event->buttons() & Qt::LeftButton)
-        sendTouch(ScrcpyControl::MotionAction::move, event->position());
+    if (event.buttons() & Qt::LeftButton)
+        sendTouch(ScrcpyControl::MotionAction::move, event.position());
 }
 
-void AndroidVideoView::mouseReleaseEvent(QMouseEvent *event)
+void VideoInput::mouseReleased(const QMouseEvent &event)
 {
-    if (event->button() == Qt::LeftButton)
-        sendTouch(ScrcpyControl::MotionAction::up, event->position());
+    if (event.button() == Qt::LeftButton)
+        sendTouch(ScrcpyControl::MotionAction::up, event.position());
 }
 
-void AndroidVideoView::wheelEvent(QWheelEvent *event)
+void VideoInput::wheelTurned(const QWheelEvent &event)
 {
-    event->accept();
-    const auto at = androidPoint(event->position());
+    const auto at = androidPoint(event.position());
     if (!at)
         return;
     // A trackpad tells pixels; a wheel tells eighths of a degree, 120 for a notch.
-    const bool precise = !event->pixelDelta().isNull();
-    const auto delta = precise ? QPointF(event->pixelDelta()) * 0.08 : QPointF(event->angleDelta()) / 120.0;
+    const bool precise = !event.pixelDelta().isNull();
+    const auto delta = precise ? QPointF(event.pixelDelta()) * 0.08 : QPointF(event.angleDelta()) / 120.0;
     const auto dx = static_cast<float>(delta.x());
     const auto dy = static_cast<float>(delta.y());
     if (dx == 0 && dy == 0)
@@ -174,123 +234,63 @@ void AndroidVideoView::wheelEvent(QWheelEvent *event)
     send(ScrcpyControl::scroll(at->point, at->video, dx * -0.0625F, dy * 0.0625F));
 }
 
-bool AndroidVideoView::event(QEvent *event)
+void VideoInput::keyPressed(const QKeyEvent &event)
 {
-    // Nothing else may take a key that the app is to have.
-    if (event->type() == QEvent::ShortcutOverride) {
-        event->accept();
-        return true;
-    }
-    if (!event->isInputEvent())
-        return QWidget::event(event);
-    // How long a message takes counts from here on, where the toolkit hands over what it comes from.
-    const auto before = std::exchange(m_inputSince, m_platform.clock->monotonic());
-    const bool done = QWidget::event(event);
-    m_inputSince = before;
-    return done;
-}
-
-bool AndroidVideoView::focusNextPrevChild(bool)
-{
-    // Tab belongs to the app.
-    return false;
-}
-
-void AndroidVideoView::keyPressEvent(QKeyEvent *event)
-{
-    const auto modifiers = event->modifiers();
+    const auto modifiers = event.modifiers();
     if (modifiers & commandModifier) {
-        handleCommand(event);
+        handleCommand(event.key());
         return;
     }
-    if (event->key() == Qt::Key_Escape) {
+    if (event.key() == Qt::Key_Escape) {
         requestBack();
         return;
     }
-    if (const auto code = androidKeyCode(event->key())) {
+    if (const auto code = androidKeyCode(event.key())) {
         sendKey(*code, modifiers & Qt::ShiftModifier ? shiftMeta : 0);
         return;
     }
     if (!(modifiers & controlModifier))
-        sendText(event->text());
+        sendText(event.text());
 }
 
-bool AndroidVideoView::handleCommand(const QKeyEvent *event)
+void VideoInput::handleCommand(int key)
 {
-    switch (event->key()) {
+    switch (key) {
     case Qt::Key_V:
         pasteFromMac();
-        return true;
+        break;
     case Qt::Key_C:
         send(ScrcpyControl::getClipboardCopy());
-        return true;
+        break;
     case Qt::Key_X:
         send(ScrcpyControl::getClipboardCut());
-        return true;
+        break;
     case Qt::Key_A:
         sendKey(letterA, controlMeta);
-        return true;
+        break;
     case Qt::Key_W:
-        window()->close();
-        return true;
+        m_view.window()->close();
+        break;
     case Qt::Key_Tab:
         // The way out of the app to the header, since Tab alone is the app's.
-        return QWidget::focusNextPrevChild(true);
+        Q_EMIT leaveRequested();
+        break;
     default:
-        return false;
+        break;
     }
 }
 
-void AndroidVideoView::pasteFromMac()
+void VideoInput::pasteFromMac()
 {
     const auto text = m_platform.pasteboard->string().value_or(QString());
-    const auto client = m_client.lock();
-    if (!text.isEmpty() && client)
-        client->send(ScrcpyControl::setClipboard(text, true, client->nextClipboardSequence()));
+    const auto sender = m_sender.lock();
+    if (!text.isEmpty() && sender)
+        sender->send(ScrcpyControl::setClipboard(text, true, sender->nextClipboardSequence()), m_inputSince);
 }
 
-void AndroidVideoView::inputMethodEvent(QInputMethodEvent *event)
+void VideoInput::textComposed(const QInputMethodEvent &event)
 {
-    sendText(event->commitString());
-    event->accept();
-}
-
-QVariant AndroidVideoView::inputMethodQuery(Qt::InputMethodQuery query) const
-{
-    if (query == Qt::ImCursorRectangle)
-        return QRect(width() / 2, height() - 40, 1, 20);
-    return QWidget::inputMethodQuery(query);
-}
-
-void AndroidVideoView::setDropBorder(bool on)
-{
-    m_dropBorder = on;
-    update();
-}
-
-void AndroidVideoView::dragEnterEvent(QDragEnterEvent *event)
-{
-    if (!onFilesDropped || droppedFiles(event->mimeData()).isEmpty())
-        return;
-    setDropBorder(true);
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-}
-
-void AndroidVideoView::dragLeaveEvent(QDragLeaveEvent *)
-{
-    setDropBorder(false);
-}
-
-void AndroidVideoView::dropEvent(QDropEvent *event)
-{
-    setDropBorder(false);
-    const auto files = droppedFiles(event->mimeData());
-    if (files.isEmpty() || !onFilesDropped)
-        return;
-    onFilesDropped(files);
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    sendText(event.commitString());
 }
 
 } // namespace quillnest

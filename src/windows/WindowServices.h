@@ -5,6 +5,7 @@
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidCommands.h"
+#include "stream/StreamThreads.h"
 #include "windows/FileTransfer.h"
 
 #include <memory>
@@ -21,6 +22,8 @@ struct WindowServices {
     std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
     /// Null: dropped files are refused.
     std::shared_ptr<FileTransfer> fileTransfer{};
+    /// Where the windows' streams run.
+    std::shared_ptr<StreamThreads> streamThreads = std::make_shared<StreamThreads>();
 
     /// Runs adb on the device in the background; whatever comes of it doesn't matter.
     void runADBInBackground(const QStringList &arguments) const

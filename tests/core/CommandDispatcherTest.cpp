@@ -114,15 +114,15 @@ TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
     fakes.processes->on(QStringLiteral("grep ResumedActivity"), QByteArray(" u0 org.example.moon/.MainActivity\n"));
     // A window that gets the keyboard sends the clipboard, which is not what this is about.
     ASSERT_TRUE(giveKeyboard(fakes, session.panel()));
-    loopback.connect(session.client());
-    loopback.sent(session.client());
+    loopback.connect(session);
+    loopback.sent(session);
     run(QStringLiteral("back"));
-    EXPECT_EQ(loopback.sent(session.client()), bytes::back());
+    EXPECT_EQ(loopback.sent(session), bytes::back());
     run(QStringLiteral("copy"));
-    EXPECT_EQ(loopback.sent(session.client()), QByteArray::fromHex("0801"));
+    EXPECT_EQ(loopback.sent(session), QByteArray::fromHex("0801"));
     fakes.pasteboard->put(QStringLiteral("text"));
     run(QStringLiteral("paste"));
-    EXPECT_EQ(loopback.sent(session.client()), bytes::clipboard(2, true, QStringLiteral("text")));
+    EXPECT_EQ(loopback.sent(session), bytes::clipboard(2, true, QStringLiteral("text")));
 }
 
 TEST_F(CommandDispatcherTest, mediaGoesToTheWindowOfTheAppThatPlays)
@@ -130,15 +130,15 @@ TEST_F(CommandDispatcherTest, mediaGoesToTheWindowOfTheAppThatPlays)
     fakes.settings->setValue(QStringLiteral("QuillnestSingleApp"), false);
     const auto moon = addApp(QStringLiteral("Moon"));
     auto &session = open(moon);
-    loopback.connect(session.client());
-    loopback.sent(session.client());
+    loopback.connect(session);
+    loopback.sent(session);
     run(QStringLiteral("media"));
     registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QString(), true}, QUuid::createUuid());
     run(QStringLiteral("media"));
-    EXPECT_EQ(loopback.sent(session.client()), QByteArray());
+    EXPECT_EQ(loopback.sent(session), QByteArray());
     registry->setNowPlaying(AndroidMedia{QStringLiteral("Song"), QString(), true}, moon.id);
     run(QStringLiteral("media"));
-    EXPECT_EQ(loopback.sent(session.client()), bytes::key(85));
+    EXPECT_EQ(loopback.sent(session), bytes::key(85));
 }
 
 TEST_F(CommandDispatcherTest, hideAndCloseAllActOnTheWindows)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreFixture.h"
+#include "windows/AndroidWindowSession.h"
 #include "windows/LoopbackDevice.h"
 #include "windows/WindowFakes.h"
 
@@ -13,7 +14,7 @@ class LaunchFixture : public CoreFixture
 protected:
     LaunchFixture()
     {
-        fakes.platform.video = std::make_shared<FakeVideo>();
+        fakes.platform.video = video;
         fakes.platform.symbols = std::make_shared<FakeSymbols>();
         fakes.screens->composited = false;
         fakes.screens->screens = {{QRect(0, 0, 1600, 1200), QRect(0, 30, 1600, 1170), 1.0}};
@@ -26,23 +27,15 @@ protected:
             return ScriptedProcesses::Answer{"Success\n"};
         });
         makeStore();
-        watchClients(*notifications, *registry);
     }
 
     ~LaunchFixture() override
     {
         store.reset();
         registry.reset();
-        for (const auto &client : clients)
-            EXPECT_TRUE(waitFor([&client] { return client.expired(); })) << "a client outlives its window";
-    }
-
-    void watchClients(ChangeNotifications &changes, AndroidWindowRegistry &windows)
-    {
-        QObject::connect(&changes, &ChangeNotifications::sessionsChanged, &changes, [this, &windows] {
-            for (const auto &[id, session] : windows.sessions())
-                clients.push_back(session->client().weak_from_this());
-        });
+        for (const auto &renderer : video->renderers)
+            EXPECT_TRUE(waitFor([&renderer] { return renderer.use_count() == 1; }))
+                << "a stream or a view outlives its window";
     }
 
     bool waitFor(const std::function<bool()> &condition) const { return comesTrue(fakes, condition); }
@@ -58,12 +51,12 @@ protected:
     {
         store->launch(app);
         fakes.runUntil([&] { return registry->session(app.id) != nullptr; });
-        return *registry->session(app.id);
+        return dynamic_cast<AndroidWindowSession &>(*registry->session(app.id));
     }
 
     using State = AppLibraryStore::AndroidState;
     LoopbackDevice loopback{fakes};
-    std::vector<std::weak_ptr<AndroidStreamClient>> clients;
+    std::shared_ptr<FakeVideo> video = std::make_shared<FakeVideo>();
 };
 
 } // namespace quillnest

@@ -35,12 +35,7 @@ class QuillnestAppTest : public LaunchFixture
 protected:
     QuillnestAppTest() { fakes.platform.diagnostics = diagnostics; }
 
-    ~QuillnestAppTest() override
-    {
-        for (const auto &[id, session] : app ? app->windows().sessions() : none)
-            clients.push_back(session->client().weak_from_this());
-        app.reset();
-    }
+    ~QuillnestAppTest() override { app.reset(); }
 
     void start(const QStringList &arguments = {})
     {
@@ -58,7 +53,6 @@ protected:
 
     qsizetype count(const char *text) const { return fakes.processes->count(QLatin1String(text)); }
 
-    const AndroidWindowRegistry::Sessions none;
     std::shared_ptr<FakeDiagnostics> diagnostics = std::make_shared<FakeDiagnostics>();
     std::unique_ptr<QuillnestApp> app;
 };

@@ -63,7 +63,7 @@ TEST_F(QuillDockTest, theOpenAppComesForwardAndCloses)
     EXPECT_EQ(button(QStringLiteral("Play or pause")), nullptr);
     registry->session(moon.id)->hide();
     button(QStringLiteral("Show Moon"))->click();
-    EXPECT_TRUE(registry->session(moon.id)->panel().isVisible());
+    EXPECT_TRUE(registry->session(moon.id)->isVisible());
     button(QStringLiteral("Close"))->click();
     EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
     EXPECT_EQ(button(QStringLiteral("Show Moon")), nullptr);

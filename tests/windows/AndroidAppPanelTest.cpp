@@ -23,8 +23,8 @@ protected:
     {
         auto panel = std::make_unique<AndroidAppPanel>(fakes.platform, resizing);
         panel->setGeometry(200, 200, 300, 400);
-        panel->onBecomeKey = [this] { ++becameKey; };
-        panel->onResignKey = [this] { ++resignedKey; };
+        QObject::connect(panel.get(), &AndroidAppPanel::becameKey, panel.get(), [this] { ++becameKey; });
+        QObject::connect(panel.get(), &AndroidAppPanel::resignedKey, panel.get(), [this] { ++resignedKey; });
         return panel;
     }
     std::unique_ptr<AndroidAppPanel> openKey(AndroidAppPanel::Resizing resizing = AndroidAppPanel::Resizing::AtEdges)
@@ -89,11 +89,12 @@ TEST_F(AndroidAppPanelTest, aRequestToCloseIsHandedOnAndNeverCloses)
 {
     const auto panel = openKey();
     int asked = 0;
-    panel->onCloseRequest = [&asked] { ++asked; };
+    const auto connection
+        = QObject::connect(panel.get(), &AndroidAppPanel::closeRequested, panel.get(), [&asked] { ++asked; });
     EXPECT_FALSE(panel->close());
     EXPECT_EQ(asked, 1);
     EXPECT_TRUE(panel->isVisible());
-    panel->onCloseRequest = nullptr;
+    QObject::disconnect(connection);
     EXPECT_FALSE(panel->close());
     EXPECT_TRUE(panel->isVisible());
 }
@@ -103,8 +104,8 @@ TEST_F(AndroidAppPanelTest, movesAndSizesAreToldOnlyWhileItIsOnScreen)
     int moves = 0;
     int sizes = 0;
     const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
-    panel->onMove = [&moves] { ++moves; };
-    panel->onResize = [&sizes] { ++sizes; };
+    QObject::connect(panel.get(), &AndroidAppPanel::moved, panel.get(), [&moves] { ++moves; });
+    QObject::connect(panel.get(), &AndroidAppPanel::resized, panel.get(), [&sizes] { ++sizes; });
     panel->setGeometry(210, 210, 310, 410);
     EXPECT_EQ(moves + sizes, 0);
     panel->orderFront();
@@ -115,6 +116,33 @@ TEST_F(AndroidAppPanelTest, movesAndSizesAreToldOnlyWhileItIsOnScreen)
     const int before = moves;
     panel->move(250, 260);
     EXPECT_TRUE(comesTrue(fakes, [&] { return moves > before; }));
+}
+
+TEST_F(AndroidAppPanelTest, aNewFrameOfAHiddenWindowIsToldAtOnceWhenItHasAnotherSize)
+{
+    int sizes = 0;
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    panel->setFrame({200, 200, 300, 400});
+    QObject::connect(panel.get(), &AndroidAppPanel::resized, panel.get(), [&sizes] { ++sizes; });
+    panel->setFrame({210, 220, 300, 400});
+    EXPECT_EQ(sizes, 0) << "it is only elsewhere";
+    panel->setFrame({210, 220, 320, 400});
+    EXPECT_EQ(sizes, 1);
+}
+
+TEST_F(AndroidAppPanelTest, comingAndGoingAreTold)
+{
+    QStringList told;
+    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    QObject::connect(
+        panel.get(), &AndroidAppPanel::shown, panel.get(), [&told] { told.append(QStringLiteral("shown")); });
+    QObject::connect(
+        panel.get(), &AndroidAppPanel::hidden, panel.get(), [&told] { told.append(QStringLiteral("hidden")); });
+    panel->orderFront();
+    panel->orderFront();
+    panel->orderOut();
+    panel->orderOut();
+    EXPECT_EQ(told, (QStringList{QStringLiteral("shown"), QStringLiteral("hidden")}));
 }
 
 TEST_F(AndroidAppPanelTest, edgesAndCornersShowHowTheyResize)

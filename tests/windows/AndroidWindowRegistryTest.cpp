@@ -3,7 +3,11 @@
 #include "runtime/AndroidBridgeError.h"
 #include "windows/WindowFixture.h"
 
+#include <QDir>
 #include <QSignalSpy>
+
+#include <limits>
+#include <thread>
 
 using namespace quillnest;
 using namespace std::chrono_literals;
@@ -78,15 +82,139 @@ TEST_F(AndroidWindowRegistryTest, withoutAServerOpenThrowsAndLeavesEverythingAsI
     EXPECT_EQ(kills(), 1);
 }
 
-TEST_F(AndroidWindowRegistryTest, aStaleEndRemovesNoNewerWindow)
+TEST_F(AndroidWindowRegistryTest, anAppWhoseWindowIsClosingGetsANewOneThatTheOldOnesEndLeavesAlone)
 {
     auto &first = open();
-    const auto firstEnded = first.onEnded;
-    firstEnded(&first, std::nullopt);
+    first.close(QStringLiteral("test"));
     auto &second = open();
     ASSERT_NE(&second, &first);
-    firstEnded(&first, std::nullopt);
+    EXPECT_TRUE(second.isVisible());
+    EXPECT_FALSE(first.isVisible()) << "the dying window isn't raised";
     EXPECT_EQ(registry->session(appID), &second);
+    EXPECT_EQ(registry->sessions().size(), 1U);
+    // Both openers are told of their own window's end.
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    EXPECT_EQ(registry->session(appID), &second);
+    EXPECT_FALSE(second.isClosing());
+    EXPECT_EQ(idleLines(), 0) << "a window is open";
+    closeAndWait(second);
+    EXPECT_EQ(registry->session(appID), nullptr);
+    EXPECT_EQ(idleLines(), 1);
+}
+
+TEST_F(AndroidWindowRegistryTest, theEndOfAnAppsWindowCanBeAwaited)
+{
+    bool isOver = false;
+    const auto wait = [](AndroidWindowRegistry &windows, QUuid app, bool &over) -> Task<> {
+        auto waiting = windows.untilEnded(app);
+        co_await waiting;
+        over = true;
+    };
+    wait(*registry, appID, isOver);
+    EXPECT_TRUE(isOver) << "there is no window";
+    auto &session = open();
+    isOver = false;
+    wait(*registry, appID, isOver);
+    EXPECT_TRUE(isOver) << "there is one, and it stays";
+
+    isOver = false;
+    session.close(QStringLiteral("test"));
+    wait(*registry, appID, isOver);
+    EXPECT_FALSE(isOver);
+    bool otherIsOver = false;
+    wait(*registry, otherID, otherIsOver);
+    EXPECT_TRUE(otherIsOver);
+    ASSERT_TRUE(waitFor([&isOver] { return isOver; }));
+    EXPECT_EQ(ends.size(), 1U);
+    EXPECT_EQ(forceStops(), 1) << "the device has been told";
+}
+
+TEST_F(AndroidWindowRegistryTest, anAppIsNotOverBeforeTheDeviceHasBeenToldToStopIt)
+{
+    auto &session = open();
+    bool isOver = false;
+    const auto wait = [](AndroidWindowRegistry &windows, QUuid app, bool &over) -> Task<> {
+        auto waiting = windows.untilEnded(app);
+        co_await waiting;
+        over = true;
+    };
+    session.close(QStringLiteral("test"));
+    wait(*registry, appID, isOver);
+    // The stream's end alone: the main thread has its turns, and the background none.
+    for (int turn = 0; turn < 2000 && ends.empty(); ++turn) {
+        std::this_thread::sleep_for(1ms);
+        fakes.executor->drainMain();
+    }
+    ASSERT_EQ(ends.size(), 1U);
+    EXPECT_EQ(forceStops(), 0);
+    EXPECT_FALSE(isOver);
+    fakes.settle();
+    EXPECT_EQ(forceStops(), 1);
+    EXPECT_TRUE(isOver);
+}
+
+TEST_F(AndroidWindowRegistryTest, whoeverWaitsForAnEndIsNotLeftWaitingByTheEndOfAll)
+{
+    auto &session = open();
+    bool isOver = false;
+    const auto wait = [](AndroidWindowRegistry &windows, QUuid app, bool &over) -> Task<> {
+        auto waiting = windows.untilEnded(app);
+        co_await waiting;
+        over = true;
+    };
+    session.close(QStringLiteral("test"));
+    wait(*registry, appID, isOver);
+    EXPECT_FALSE(isOver);
+    registry.reset();
+    EXPECT_TRUE(isOver);
+}
+
+TEST_F(AndroidWindowRegistryTest, noThreadOfAStreamOutlivesTheRegistry)
+{
+    const auto threads = [] { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); };
+    const auto before = threads();
+    auto &session = open();
+    device.connect(session);
+    EXPECT_GT(threads(), before);
+    registry.reset();
+    EXPECT_EQ(threads(), before);
+}
+
+TEST_F(AndroidWindowRegistryTest, whatHappensToWindowsIsToldToWhoeverCares)
+{
+    // The window that opens takes the keyboard, at which the others would hide.
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
+    QStringList told;
+    const auto &events = registry->events();
+    const auto note = [&told](const QString &what) {
+        return [&told, what](const AppSession *session) {
+            told.append(what + QLatin1Char(' ') + session->package().section(QLatin1Char('.'), -1));
+        };
+    };
+    QObject::connect(&events, &SessionEvents::opened, &other, note(QStringLiteral("opened")));
+    QObject::connect(&events, &SessionEvents::shown, &other, note(QStringLiteral("shown")));
+    QObject::connect(&events, &SessionEvents::hidden, &other, note(QStringLiteral("hidden")));
+    QObject::connect(
+        &events, &SessionEvents::ended, &other,
+        [&told](const AppSession *session, const std::optional<QString> &error) {
+            told.append(
+                QStringLiteral("ended %1 %2")
+                    .arg(session->package().section(QLatin1Char('.'), -1), error.value_or(QStringLiteral("well"))));
+        });
+    auto &first = open();
+    auto &second = open(otherID, otherPackage);
+    first.hide();
+    first.hide();
+    first.show();
+    closeAndWait(second);
+    fakes.processes->on(QStringLiteral(" push "), ScriptedProcesses::Answer{"no room", 1});
+    open(QUuid::createUuid(), QStringLiteral("org.example.third"));
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 2; }));
+    EXPECT_EQ(
+        told.join(QLatin1Char(',')).toStdString(),
+        "opened app,shown app,opened other,shown other,hidden app,shown app,hidden other,ended other well,"
+        "opened third,shown third,hidden third,"
+        "ended third Could not connect to Android: failed(\"push server: no room\")");
 }
 
 TEST_F(AndroidWindowRegistryTest, theLauncherGivesItsPlaceToTheWindowThatOpens)
@@ -190,6 +318,35 @@ TEST_F(AndroidWindowRegistryTest, withNoIdleMinutesNothingIsLoggedAndNoTimerRuns
         closeAndWait(open());
         EXPECT_EQ(idleLines(), 0);
         EXPECT_EQ(fakes.clock->pending(), 0U);
+    }
+}
+
+TEST_F(AndroidWindowRegistryTest, aShutdownThatIsCancelledIsLoggedThoughItsTimerWasTakenBack)
+{
+    const auto cancelled = [this] { return logLines().filter(QStringLiteral("idle: shutdown cancelled")).size(); };
+    registry->scheduleIdleShutdown();
+    setMinutes(0.0);
+    registry->scheduleIdleShutdown();
+    registry->cancelIdleShutdown();
+    EXPECT_EQ(cancelled(), 1);
+    registry->cancelIdleShutdown();
+    EXPECT_EQ(cancelled(), 1);
+    // Nor does it matter that it has run out.
+    setMinutes(1.0);
+    registry->scheduleIdleShutdown();
+    pass(2min);
+    registry->cancelIdleShutdown();
+    EXPECT_EQ(cancelled(), 2);
+}
+
+TEST_F(AndroidWindowRegistryTest, moreMinutesThanATimerCanCountAreManyAllTheSame)
+{
+    for (const double minutes : {71583.0, 1e18, std::numeric_limits<double>::infinity()}) {
+        setMinutes(minutes);
+        registry->scheduleIdleShutdown();
+        fakes.clock->advance(24h);
+        fakes.settle();
+        EXPECT_EQ(kills(), 0) << minutes;
     }
 }
 

@@ -65,7 +65,7 @@ TEST_F(AndroidWindowSessionTest, aPinnedWindowOpensWhereItWas)
     setRecord(saved(true, 100, 150));
     auto &session = open();
     EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(100, 150));
-    EXPECT_TRUE(session.isPinned());
+    EXPECT_TRUE(session.counters().isPinned);
     EXPECT_TRUE(session.panel().isFloating());
 }
 
@@ -118,22 +118,20 @@ TEST_F(AndroidWindowSessionTest, withoutAScreenItOpensAtNothingWithTwoPixelsToTh
     fakes.screens->screens.clear();
     auto &session = open();
     EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(0, 0));
-    EXPECT_EQ(session.client().config().dpi, 320);
-    EXPECT_EQ(session.client().config().pixelSize, QSizeF(780, 1448));
+    ASSERT_TRUE(waitFor([this] { return device.servers() == 1; }));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("new_display=776x1448/320 ")), 1);
 }
 
 TEST_F(AndroidWindowSessionTest, theStreamIsAskedForThePixelsOfTheVideoArea)
 {
     fakes.screens->screens[0].backingScaleFactor = 1.5;
-    auto &session = open();
-    const auto &config = session.client().config();
-    EXPECT_EQ(config.pixelSize, QSizeF(585, 1086));
-    EXPECT_EQ(config.dpi, 240);
-    EXPECT_EQ(config.bitRate, 8000000);
-    EXPECT_EQ(config.maxFPS, 60);
-    EXPECT_EQ(config.package, package);
-    EXPECT_EQ(config.serial, QStringLiteral("emulator-5556"));
-    EXPECT_EQ(config.server, fakes.path(QStringLiteral("dev/share/scrcpy/scrcpy-server")));
+    open();
+    ASSERT_TRUE(waitFor([this] { return device.servers() == 1; }));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("video_bit_rate=8000000 max_fps=60 new_display=584x1080/240 ")), 1);
+    EXPECT_EQ(
+        fakes.processes->count(
+            QStringLiteral("-s emulator-5556 push ") + fakes.path(QStringLiteral("dev/share/scrcpy/scrcpy-server"))),
+        1);
 }
 
 TEST_F(AndroidWindowSessionTest, theServerGetsTheSizeCutToEightPixels)
@@ -149,8 +147,8 @@ TEST_F(AndroidWindowSessionTest, theWindowHasItsTitleItsLeastSizeAndItsParts)
     auto &session = openKey();
     EXPECT_EQ(session.panel().windowTitle(), QStringLiteral("Quillnest · Example"));
     EXPECT_EQ(session.panel().minimumSize(), QSize(280, 420));
-    EXPECT_EQ(session.videoView().geometry(), QRect(0, 36, 390, 724));
-    EXPECT_TRUE(session.videoView().hasFocus());
+    EXPECT_EQ(videoView(session).geometry(), QRect(0, 36, 390, 724));
+    EXPECT_TRUE(videoView(session).hasFocus());
 }
 
 TEST_F(AndroidWindowSessionTest, theSessionLogBeginsAnewWithEveryWindow)
@@ -203,10 +201,10 @@ TEST_F(AndroidWindowSessionTest, hidingAndClosingSaveTheFrame)
 TEST_F(AndroidWindowSessionTest, aHiddenWindowsStreamGoesOn)
 {
     auto &session = openKey();
-    device.connect(session.client());
+    device.connect(session);
     QTest::mouseClick(headerButton(session, QStringLiteral("Hide")), Qt::LeftButton);
     EXPECT_FALSE(session.panel().isVisible());
-    device.announce(session.client(), {392, 720});
+    device.announce(session, {392, 720});
     EXPECT_FALSE(session.isClosing());
     EXPECT_EQ(forceStops(), 0);
     EXPECT_TRUE(ends.empty());
@@ -250,7 +248,7 @@ TEST_F(AndroidWindowSessionTest, closeStopsTheAppAndTellsTheOpener)
 {
     auto &session = openKey();
     registry->setUnread(appID, true);
-    device.connect(session.client());
+    device.connect(session);
     session.close(QStringLiteral("a reason"));
     EXPECT_FALSE(session.panel().isVisible());
     EXPECT_TRUE(registry->unreadAppIDs().isEmpty());
@@ -280,7 +278,7 @@ TEST_F(AndroidWindowSessionTest, theCloseButtonAndTheCloseCommandCloseTheApp)
     EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=close button")));
     ASSERT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
     auto &second = openKey();
-    QTest::keyClick(&second.videoView(), Qt::Key_W, Qt::ControlModifier);
+    QTest::keyClick(&videoView(second), Qt::Key_W, Qt::ControlModifier);
     EXPECT_TRUE(second.isClosing());
     EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=window close (Cmd+W)")));
 }
@@ -308,7 +306,7 @@ TEST_F(AndroidWindowSessionTest, anErrorAfterCloseIsNotTold)
 TEST_F(AndroidWindowSessionTest, theFirstPictureIsLoggedAndTurnsTheVolumeUpAMomentLater)
 {
     auto &session = openKey();
-    device.connect(session.client());
+    device.connect(session);
     device.sendPicture();
     EXPECT_TRUE(waitFor([this] { return hasLogged(QStringLiteral("native first frame package=org.example.app")); }));
     const auto volumes = [this] { return fakes.processes->count(QStringLiteral("media_session volume")); };
@@ -344,15 +342,15 @@ TEST_F(AndroidWindowSessionTest, everyWayOfGoingBackSendsBack)
 {
     setResumed(stillThere);
     auto &session = openKey();
-    device.connect(session.client());
-    device.announce(session.client(), {392, 720});
-    device.sent(session.client());
+    device.connect(session);
+    device.announce(session, {392, 720});
+    device.sent(session);
     QTest::mouseClick(headerButton(session, QStringLiteral("Android Back (Esc / right-click)")), Qt::LeftButton);
-    EXPECT_EQ(device.sent(session.client()), bytes::back());
-    QTest::keyClick(&session.videoView(), Qt::Key_Escape);
-    EXPECT_EQ(device.sent(session.client()), bytes::back());
-    QTest::mouseClick(&session.videoView(), Qt::RightButton);
-    EXPECT_EQ(device.sent(session.client()), bytes::back());
+    EXPECT_EQ(device.sent(session), bytes::back());
+    QTest::keyClick(&videoView(session), Qt::Key_Escape);
+    EXPECT_EQ(device.sent(session), bytes::back());
+    QTest::mouseClick(&videoView(session), Qt::RightButton);
+    EXPECT_EQ(device.sent(session), bytes::back());
     // Each of them is watched.
     pass(2s);
     EXPECT_EQ(looks(), 4);
@@ -440,31 +438,19 @@ TEST_F(AndroidWindowSessionTest, aWindowThatClosesIsNotLookedAfter)
     EXPECT_EQ(looks(), 0);
 }
 
-TEST(BackWatch, anAppIsResumedWhenALineNamesOneOfItsActivities)
-{
-    const auto app = QStringLiteral("org.example.app");
-    EXPECT_TRUE(BackWatch::isResumed(QStringLiteral("ResumedActivity: u0 org.example.app/.Main t7"), app));
-    EXPECT_TRUE(BackWatch::isResumed(QStringLiteral("a\nb u0 org.example.app/org.other.Main\nc"), app));
-    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 org.example.app.second/.Main"), app));
-    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 com.org.example.app/.Main"), app));
-    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("org.example.app/.Main"), app));
-    EXPECT_FALSE(BackWatch::isResumed(QStringLiteral("u0 org.example.app"), app));
-    EXPECT_FALSE(BackWatch::isResumed(QString(), app));
-}
-
 // The clipboard.
 
 TEST_F(AndroidWindowSessionTest, theClipboardGoesOverWhenItHasChangedSinceTheWindowLastHadTheKeyboard)
 {
     fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
     auto &session = openKey();
-    device.connect(session.client());
-    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    device.connect(session);
+    EXPECT_EQ(device.sent(session), QByteArray());
     const auto comeBack = [&] {
         takeKeyboard();
         session.show();
         EXPECT_TRUE(giveKeyboard(fakes, session.panel()));
-        return device.sent(session.client());
+        return device.sent(session);
     };
     fakes.pasteboard->put(QStringLiteral("copied"));
     EXPECT_EQ(comeBack(), bytes::clipboard(2, false, QStringLiteral("copied")));
@@ -485,8 +471,11 @@ TEST_F(AndroidWindowSessionTest, theFirstTimeTheClipboardGoesOverWhateverItsCoun
     fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
     fakes.pasteboard->put(QStringLiteral("from before"));
     auto &session = openKey();
+    device.connect(session);
+    device.sent(session);
     // The device wasn't there yet, but the message has taken its number.
-    EXPECT_EQ(session.client().nextClipboardSequence(), 3U);
+    session.paste();
+    EXPECT_EQ(device.sent(session), bytes::clipboard(3, true, QStringLiteral("from before")));
 }
 
 // Sizes.
@@ -494,18 +483,18 @@ TEST_F(AndroidWindowSessionTest, theFirstTimeTheClipboardGoesOverWhateverItsCoun
 TEST_F(AndroidWindowSessionTest, manyResizesInARowSendOneMessageWhenTheyHaveStopped)
 {
     auto &session = openKey();
-    device.connect(session.client());
-    device.sent(session.client());
+    device.connect(session);
+    device.sent(session);
     for (const auto size : {QSize(400, 700), QSize(410, 720), QSize(430, 750)}) {
         session.panel().resize(size);
-        ASSERT_TRUE(waitFor([&] { return session.videoView().size() == size - QSize(0, 36); }));
+        ASSERT_TRUE(waitFor([&] { return videoView(session).size() == size - QSize(0, 36); }));
         pass(200ms);
     }
-    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    EXPECT_EQ(device.sent(session), QByteArray());
     pass(50ms);
-    EXPECT_EQ(device.sent(session.client()), bytes::resize(424, 712));
+    EXPECT_EQ(device.sent(session), bytes::resize(424, 712));
     pass(5s);
-    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    EXPECT_EQ(device.sent(session), QByteArray());
     const auto content = fakes.readFile(QStringLiteral("Logs/Quillnest/native-org.example.app.log"));
     EXPECT_TRUE(content && content->contains("Quillnest: resize display 424x712\n"));
     EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(430, 750));
@@ -514,53 +503,10 @@ TEST_F(AndroidWindowSessionTest, manyResizesInARowSendOneMessageWhenTheyHaveStop
 TEST_F(AndroidWindowSessionTest, openingAWindowSendsNoSize)
 {
     auto &session = openKey();
-    device.connect(session.client());
+    device.connect(session);
     pass(5s);
-    EXPECT_EQ(device.sent(session.client()), QByteArray());
+    EXPECT_EQ(device.sent(session), QByteArray());
     EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.panelWidth")), QVariant());
-}
-
-TEST_F(AndroidWindowSessionTest, aVideoAreaThatIsTooSmallSendsNothing)
-{
-    auto &session = openKey();
-    device.connect(session.client());
-    session.panel().setMinimumSize(1, 1);
-    const auto sentAt = [&](int height) {
-        session.panel().resize(390, 36 + height);
-        EXPECT_TRUE(waitFor([&] { return session.videoView().height() == height; }));
-        pass(300ms);
-        return device.sent(session.client());
-    };
-    EXPECT_EQ(sentAt(103), QByteArray());
-    EXPECT_EQ(sentAt(104), bytes::resize(384, 104));
-}
-
-TEST(FittedFrame, keepsTheTopLeftCornerWhereTheScreenAllows)
-{
-    const QRect visible(100, 30, 1500, 1170);
-    struct Row {
-        QRect frame;
-        QSize wanted;
-        QRect expected;
-    };
-    const std::vector<Row> table{
-        {{200, 100, 390, 760}, {440, 956}, {200, 100, 440, 956}},
-        // The bottom edge would pass the screen's.
-        {{200, 400, 390, 760}, {440, 956}, {200, 244, 440, 956}},
-        // The right edge would.
-        {{1200, 100, 390, 760}, {440, 956}, {1160, 100, 440, 956}},
-        {{1500, 1100, 390, 760}, {760, 1036}, {840, 164, 760, 1036}},
-        // Higher and wider than the screen.
-        {{200, 100, 390, 760}, {390, 2000}, {200, 30, 390, 1170}},
-        {{200, 100, 390, 760}, {3000, 760}, {100, 100, 1500, 760}},
-        // A frame that hangs out on the left comes in.
-        {{50, 100, 390, 760}, {300, 500}, {100, 100, 300, 500}},
-        // Just so.
-        {{1160, 244, 10, 10}, {440, 956}, {1160, 244, 440, 956}},
-    };
-    for (const auto &row : table)
-        EXPECT_EQ(AndroidWindowSession::fittedFrame(row.frame, row.wanted, visible), row.expected)
-            << row.wanted.width() << "x" << row.wanted.height();
 }
 
 TEST_F(AndroidWindowSessionTest, theSizeMenuNamesTheSizesAndTicksThePresentOne)
@@ -590,7 +536,7 @@ TEST_F(AndroidWindowSessionTest, aSizeOfTheMenuIsAppliedToTheWindow)
     session.panel().move(100, 100);
     ASSERT_TRUE(waitFor([&session] { return session.panel().geometry().topLeft() == QPoint(100, 100); }));
     withSizeMenu(session, [](QMenu &menu) { menu.actions()[6]->trigger(); });
-    EXPECT_TRUE(waitFor([&session] { return session.videoView().size() == QSize(390, 840); }));
+    EXPECT_TRUE(waitFor([&session] { return videoView(session).size() == QSize(390, 840); }));
     EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(100, 100));
     EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(390, 876));
     EXPECT_TRUE(hasLogged(QStringLiteral("window size preset Tall — 390 × 840")));
@@ -611,7 +557,7 @@ TEST_F(AndroidWindowSessionTest, aSizeThatTheScreenCutsIsNotTicked)
 TEST_F(AndroidWindowSessionTest, aWindowMayEndWhileItsSizeMenuIsOpen)
 {
     auto &session = openKey();
-    device.connect(session.client());
+    device.connect(session);
     withSizeMenu(session, [this](QMenu &) {
         device.hangUp();
         EXPECT_TRUE(waitFor([this] { return ends.size() == 1; }));
@@ -638,12 +584,12 @@ TEST_F(AndroidWindowSessionTest, aLockedAppIsSeenUntilItsWindowIsHiddenOrClosed)
 TEST_F(AndroidWindowSessionTest, mediaKeysArePressedAndReleased)
 {
     auto &session = open();
-    device.connect(session.client());
-    device.sent(session.client());
+    device.connect(session);
+    device.sent(session);
     session.sendMediaKey(MediaAction::previous);
     session.sendMediaKey(MediaAction::playPause);
     session.sendMediaKey(MediaAction::next);
-    EXPECT_EQ(device.sent(session.client()), bytes::key(88) + bytes::key(85) + bytes::key(87));
+    EXPECT_EQ(device.sent(session), bytes::key(88) + bytes::key(85) + bytes::key(87));
 }
 
 TEST_F(AndroidWindowSessionTest, aClosedWindowPlaysNothingAnyMore)
@@ -659,7 +605,7 @@ TEST_F(AndroidWindowSessionTest, droppedFilesAreTakenIntoTheAppInTheBackground)
     auto &session = open();
     const QList<QUrl> files{
         QUrl::fromLocalFile(QStringLiteral("/a/one.txt")), QUrl::fromLocalFile(QStringLiteral("/a/two.txt"))};
-    session.videoView().onFilesDropped(files);
+    videoView(session).onFilesDropped(files);
     EXPECT_TRUE(transfer->pushed.isEmpty());
     fakes.settle();
     EXPECT_EQ(
@@ -675,4 +621,100 @@ TEST_F(AndroidWindowSessionTest, aSavedOriginOfAnotherTypeIsNone)
          {QStringLiteral("y"), QStringLiteral("100")},
          {QStringLiteral("pinned"), true}});
     EXPECT_EQ(open().panel().geometry().topLeft(), QPoint(1600 - 390 - 12, 36));
+}
+
+// What commands and features may ask.
+
+TEST_F(AndroidWindowSessionTest, theHandleTellsWhoItIsAndWhetherItCanBeSeen)
+{
+    auto &session = openKey();
+    AppSession &handle = session;
+    EXPECT_EQ(handle.appID(), appID);
+    EXPECT_EQ(handle.package(), package);
+    EXPECT_EQ(handle.title(), QStringLiteral("Example"));
+    EXPECT_TRUE(handle.isVisible());
+    EXPECT_EQ(handle.displayID(), std::nullopt);
+    EXPECT_EQ(handle.counters().frame, session.panel().frame());
+    EXPECT_EQ(handle.counters().videoArea.size(), QSize(390, 724));
+    EXPECT_EQ(handle.counters().windowId, session.panel().winId());
+    handle.hide();
+    EXPECT_FALSE(handle.isVisible());
+    handle.show();
+    handle.close(QStringLiteral("test"));
+    EXPECT_FALSE(handle.isVisible());
+    EXPECT_TRUE(handle.isClosing());
+}
+
+TEST_F(AndroidWindowSessionTest, commandsTravelAsMessages)
+{
+    auto &session = open();
+    device.connect(session);
+    device.sent(session);
+    session.copy();
+    session.send("\x11");
+    fakes.pasteboard->put(QStringLiteral("text"));
+    session.paste();
+    EXPECT_EQ(device.sent(session), QByteArray("\x08\x01\x11", 3) + bytes::clipboard(2, true, QStringLiteral("text")));
+}
+
+TEST_F(AndroidWindowSessionTest, aStillServesAllWhoAskedForIt)
+{
+    auto &session = open();
+    device.connect(session);
+    device.sent(session);
+    std::vector<QSize> stills;
+    const auto take = [&stills](const QImage &still) { stills.push_back(still.size()); };
+    session.requestStill(take);
+    session.requestStill([&](const QImage &still) {
+        take(still);
+        session.requestStill(take);
+    });
+    EXPECT_EQ(device.sent(session), QByteArray("\x11\x11")) << "a key frame is asked for";
+    device.sendPicture();
+    ASSERT_TRUE(waitFor([&stills] { return stills.size() == 2; }));
+    device.sendPicture();
+    ASSERT_TRUE(waitFor([&stills] { return stills.size() == 3; }));
+    device.sendPicture();
+    ASSERT_TRUE(waitFor([&session] { return session.counters().stream.framesEnqueued == 3; }));
+    fakes.settle();
+    EXPECT_EQ(stills, (std::vector<QSize>(3, QSize(4, 4))));
+}
+
+TEST_F(AndroidWindowSessionTest, samplesCanBeWatched)
+{
+    /// Counts.
+    class Counter : public SampleConsumer
+    {
+    public:
+        void takeVideo(const VideoSample &, std::chrono::microseconds) override { ++pictures; }
+        void takeAudio(std::span<const std::uint8_t>, std::chrono::microseconds) override { }
+        void ended() override { hasEnded = true; }
+        int pictures = 0;
+        bool hasEnded = false;
+    };
+    auto &session = open();
+    device.connect(session);
+    const auto counter = std::make_shared<Counter>();
+    session.attach(counter);
+    device.sendPicture();
+    EXPECT_TRUE(waitFor([&] { return counter->pictures == 1; }));
+    EXPECT_FALSE(counter->hasEnded);
+    session.detach(counter);
+    EXPECT_TRUE(waitFor([&] { return counter->hasEnded; }));
+}
+
+TEST_F(AndroidWindowSessionTest, aMessageIsShownOnlyWhereItCanBeSeen)
+{
+    auto &session = openKey();
+    QStringList shown;
+    EXPECT_FALSE(session.showMessage({QStringLiteral("nobody"), QString()}));
+    session.setMessageDisplay(
+        [&shown](const WindowMessage &message) { shown.append(message.title + QLatin1Char('|') + message.text); });
+    EXPECT_TRUE(session.showMessage({QStringLiteral("Saved"), QStringLiteral("in a folder")}));
+    session.hide();
+    EXPECT_FALSE(session.showMessage({QStringLiteral("unseen"), QString()}));
+    session.show();
+    session.close(QStringLiteral("test"));
+    EXPECT_FALSE(session.showMessage({QStringLiteral("too late"), QString()}));
+    EXPECT_EQ(shown, QStringList{QStringLiteral("Saved|in a folder")});
 }

@@ -85,37 +85,33 @@ TEST_F(HeaderViewTest, itemsStandInTheirOrderWithSymbolsAndNames)
     EXPECT_EQ(title->font().weight(), QFont::DemiBold);
 }
 
-TEST_F(HeaderViewTest, eachButtonCallsItsOwnCallback)
+TEST_F(HeaderViewTest, eachButtonTellsItsOwnEvent)
 {
     QStringList calls;
     QWidget *sizeFrom = nullptr;
     QWidget *captureFrom = nullptr;
-    header->onHome = [&calls] { calls.append(QStringLiteral("home")); };
-    header->onBack = [&calls] { calls.append(QStringLiteral("back")); };
-    header->onCapture = [&](QWidget *from) {
+    const auto note = [&calls](const QString &name) { return [&calls, name] { calls.append(name); }; };
+    auto *subject = header.get();
+    QObject::connect(subject, &HeaderView::homeRequested, subject, note(QStringLiteral("home")));
+    QObject::connect(subject, &HeaderView::backRequested, subject, note(QStringLiteral("back")));
+    QObject::connect(subject, &HeaderView::captureMenuRequested, subject, [&](QWidget *from) {
         calls.append(QStringLiteral("capture"));
         captureFrom = from;
-    };
-    header->onShade = [&calls] { calls.append(QStringLiteral("shade")); };
-    header->onSizeMenu = [&](QWidget *from) {
+    });
+    QObject::connect(subject, &HeaderView::shadeRequested, subject, note(QStringLiteral("shade")));
+    QObject::connect(subject, &HeaderView::sizeMenuRequested, subject, [&](QWidget *from) {
         calls.append(QStringLiteral("size"));
         sizeFrom = from;
-    };
-    header->onPin = [&calls] { calls.append(QStringLiteral("pin")); };
-    header->onHide = [&calls] { calls.append(QStringLiteral("hide")); };
-    header->onClose = [&calls] { calls.append(QStringLiteral("close")); };
+    });
+    QObject::connect(subject, &HeaderView::pinToggled, subject, note(QStringLiteral("pin")));
+    QObject::connect(subject, &HeaderView::hideRequested, subject, note(QStringLiteral("hide")));
+    QObject::connect(subject, &HeaderView::closeRequested, subject, note(QStringLiteral("close")));
     const auto present = buttons();
     for (auto *button : present)
         QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_EQ(calls.join(QLatin1Char(' ')), QStringLiteral("home back capture shade size pin hide close"));
     EXPECT_EQ(captureFrom, present[2]);
     EXPECT_EQ(sizeFrom, present[4]);
-}
-
-TEST_F(HeaderViewTest, buttonsWithoutACallbackDoNothing)
-{
-    for (auto *button : buttons())
-        QTest::mouseClick(button, Qt::LeftButton);
 }
 
 TEST_F(HeaderViewTest, aPinnedWindowShowsAFilledPinInTheAccentColour)
@@ -137,8 +133,8 @@ TEST_F(HeaderViewTest, buttonsWithoutAFeatureAreDisabled)
     header->setShadeAvailable(false);
     header->setCaptureAvailable(false);
     int calls = 0;
-    header->onShade = [&calls] { ++calls; };
-    header->onCapture = [&calls](QWidget *) { ++calls; };
+    QObject::connect(header.get(), &HeaderView::shadeRequested, header.get(), [&calls] { ++calls; });
+    QObject::connect(header.get(), &HeaderView::captureMenuRequested, header.get(), [&calls] { ++calls; });
     for (auto *button : buttons())
         QTest::mouseClick(button, Qt::LeftButton);
     EXPECT_EQ(calls, 0);
@@ -154,7 +150,7 @@ TEST_F(HeaderViewTest, aButtonIsReachedByTabAndAClickLeavesTheKeyboardWhereItIs)
     for (const auto *button : buttons())
         EXPECT_EQ(button->focusPolicy(), Qt::TabFocus);
     int calls = 0;
-    header->onHide = [&calls] { ++calls; };
+    QObject::connect(header.get(), &HeaderView::hideRequested, header.get(), [&calls] { ++calls; });
     QTest::keyClick(buttons().at(6), Qt::Key_Space);
     EXPECT_EQ(calls, 1);
 }

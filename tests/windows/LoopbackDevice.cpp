@@ -60,7 +60,7 @@ LoopbackDevice::LoopbackDevice(const FakePlatform &fakes) : m_fakes(fakes)
         QStringLiteral("app_process / com.genymobile.scrcpy.Server"), [this](ScriptedChild &) { ++m_servers; });
 }
 
-void LoopbackDevice::connect(AndroidStreamClient &client)
+void LoopbackDevice::connect(const AppSession &session)
 {
     if (!comesTrue(m_fakes, [this] { return m_servers > m_connections; }))
         throw std::runtime_error("no server was started");
@@ -70,18 +70,18 @@ void LoopbackDevice::connect(AndroidStreamClient &client)
     m_control = connected(m_port);
     write(*m_video, QByteArray("a device").leftJustified(64, '\0') + bigEndian(0x68323634));
     // The first message is the one that starts the app; from here on everything arrives.
-    const auto begin = ScrcpyControl::startApp(QLatin1Char('+') + client.config().package);
+    const auto begin = ScrcpyControl::startApp(QLatin1Char('+') + session.package());
     if (receive(begin.size()) != begin)
         throw std::runtime_error("the app was not started");
 }
 
-void LoopbackDevice::announce(AndroidStreamClient &client, QSize size)
+void LoopbackDevice::announce(const AppSession &session, QSize size)
 {
     write(
         *m_video,
         bigEndian(0x80000000) + bigEndian(static_cast<std::uint32_t>(size.width()))
             + bigEndian(static_cast<std::uint32_t>(size.height())));
-    if (!comesTrue(m_fakes, [&] { return client.videoSize() == QSizeF(size); }))
+    if (!comesTrue(m_fakes, [&] { return session.counters().videoSize == size; }))
         throw std::runtime_error("the size did not arrive");
 }
 
@@ -105,17 +105,17 @@ QByteArray LoopbackDevice::receive(qsizetype count)
         return m_received.size() >= count;
     });
     if (!came)
-        throw std::runtime_error("the client sent too little");
+        throw std::runtime_error("the session sent too little");
     const auto bytes = m_received.left(count);
     m_received.remove(0, count);
     return bytes;
 }
 
-QByteArray LoopbackDevice::sent(AndroidStreamClient &client)
+QByteArray LoopbackDevice::sent(AppSession &session)
 {
     // Messages arrive in the order in which they were sent, so nothing is under way once this one is here.
     static const QByteArray mark = QByteArrayLiteral("\xFE the end of what was sent \xFE");
-    client.send(mark);
+    session.send(mark);
     qsizetype at = -1;
     const bool came = comesTrue(m_fakes, [this, &at] {
         m_control->waitForReadyRead(1);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "fakes/FakePlatform.h"
-#include "stream/AndroidStreamClient.h"
+#include "windows/AppSession.h"
 
 #include <QTcpSocket>
 
@@ -12,7 +12,7 @@ namespace quillnest
 {
 
 /// The device's end of one stream: a scripted adb, and real sockets over the loopback address. The stream carries no
-/// sound. What the client sends can be read byte for byte.
+/// sound. What the session sends can be read byte for byte.
 class LoopbackDevice
 {
 public:
@@ -21,16 +21,16 @@ public:
     /// How many servers were started so far.
     int servers() const { return m_servers; }
 
-    /// Connects to the client whose server was started last, as the server would, and waits until the stream stands.
-    void connect(AndroidStreamClient &client);
-    /// Tells the size of the video and waits until the client knows it.
-    void announce(AndroidStreamClient &client, QSize size);
+    /// Connects to the session whose server was started last, as the server would, and waits until the stream stands.
+    void connect(const AppSession &session);
+    /// Tells the size of the video and waits until the session knows it.
+    void announce(const AppSession &session, QSize size);
 
     /// Sends parameter sets and a key frame.
     void sendPicture();
 
-    /// All that the client has sent since the last look.
-    QByteArray sent(AndroidStreamClient &client);
+    /// All that the session has sent since the last look.
+    QByteArray sent(AppSession &session);
 
     /// Ends the stream from the device's side.
     void hangUp();

@@ -1,6 +1,7 @@
 #include "windows/AndroidVideoView.h"
 
 #include "windows/LoopbackDevice.h"
+#include "windows/PicturePlace.h"
 #include "windows/WindowFakes.h"
 
 #include <QScreen>
@@ -181,7 +182,7 @@ TEST_F(VideoPaintTest, aPictureThatLacksMoreIsScaled)
     picture.fill(Qt::red);
     const auto frame = showWhole(picture);
     EXPECT_TRUE(frame->converted.empty());
-    const auto area = AndroidVideoView::pictureRect(pixels, picture.size());
+    const auto area = PicturePlace::rect(pixels, picture.size());
     ASSERT_FALSE(frame->scaledTo.empty());
     EXPECT_EQ(frame->scaledTo.at(0), area.size());
 }
@@ -192,7 +193,7 @@ TEST_F(VideoPaintTest, aPictureOfOtherProportionsStandsBetweenBlackBars)
     QImage picture(pixels.width(), pixels.height() / 4, QImage::Format_RGB32);
     picture.fill(Qt::green);
     showWhole(picture);
-    const auto area = AndroidVideoView::pictureRect(pixels, picture.size());
+    const auto area = PicturePlace::rect(pixels, picture.size());
     QImage expected(pixels, QImage::Format_RGB32);
     expected.fill(Qt::black);
     QPainter painter(&expected);
@@ -211,7 +212,7 @@ TEST_F(VideoPaintTest, theBarsOfATallerPictureAreClearedWhenAWiderOneComes)
     QImage wide(pixels.width(), pixels.height() / 4, QImage::Format_RGB32);
     wide.fill(Qt::blue);
     showWhole(wide);
-    const auto area = AndroidVideoView::pictureRect(pixels, wide.size());
+    const auto area = PicturePlace::rect(pixels, wide.size());
     QImage expected(pixels, QImage::Format_RGB32);
     expected.fill(Qt::black);
     QPainter painter(&expected);
@@ -451,27 +452,4 @@ TEST_F(VideoPaintTest, aViewThatHasGoneIsNotToldOfAPictureUnderWay)
     view.reset();
     EXPECT_FALSE(kept->hasHandler());
     fakes.settle();
-}
-
-TEST_F(VideoPaintTest, aWindowThatMayBeSeenThroughHasRoundLowerCorners)
-{
-    QWidget window;
-    window.setAttribute(Qt::WA_TranslucentBackground);
-    view->setParent(&window);
-    view->setGeometry(0, 0, 160, 120);
-    window.resize(160, 120);
-    QImage picture(window.size() * window.devicePixelRatioF(), QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    showWhole(picture);
-    const auto grabbed = window.grab().toImage();
-    const int right = grabbed.width() - 1;
-    const int bottom = grabbed.height() - 1;
-    EXPECT_EQ(qAlpha(grabbed.pixel(0, bottom)), 0);
-    EXPECT_EQ(qAlpha(grabbed.pixel(right, bottom)), 0);
-    EXPECT_EQ(qAlpha(grabbed.pixel(0, 0)), 255);
-    EXPECT_EQ(qAlpha(grabbed.pixel(right, 0)), 255);
-    EXPECT_EQ(grabbed.pixelColor(grabbed.rect().center()), QColor(Qt::red));
-    view->setParent(nullptr);
 }

@@ -126,6 +126,18 @@ private:
     std::function<void()> m_handler;
 };
 
+/// Makes a picture of 4 by 4 pixels of every sample.
+class FakeStills : public StillDecoder
+{
+public:
+    QImage decode(const VideoSample &) const override
+    {
+        QImage still(4, 4, QImage::Format_RGB32);
+        still.fill(Qt::red);
+        return still;
+    }
+};
+
 /// Hands out renderers and remembers them.
 class FakeVideo : public VideoDecoding
 {
@@ -135,7 +147,7 @@ public:
         renderers.push_back(std::make_shared<FakeRenderer>());
         return renderers.back();
     }
-    std::shared_ptr<StillDecoder> stillDecoder() override { return nullptr; }
+    std::shared_ptr<StillDecoder> stillDecoder() override { return std::make_shared<FakeStills>(); }
     bool accepts(const VideoFormat &) const override { return true; }
 
     std::vector<std::shared_ptr<FakeRenderer>> renderers;

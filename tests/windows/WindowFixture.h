@@ -3,8 +3,11 @@
 #include "base/QuillnestLayout.h"
 #include "fakes/FakeLocks.h"
 #include "fakes/FakePlatform.h"
+#include "windows/AndroidVideoView.h"
 #include "windows/AndroidWindowRegistry.h"
+#include "windows/AndroidWindowSession.h"
 #include "windows/KeyboardFocus.h"
+#include "windows/LoopbackDevice.h"
 #include "windows/WindowFakes.h"
 
 #include <QAbstractButton>
@@ -53,8 +56,10 @@ protected:
     ~WindowFixture() override
     {
         registry.reset();
-        for (const auto &client : clients)
-            EXPECT_TRUE(comesTrue(fakes, [&client] { return client.expired(); })) << "a client outlives its window";
+        // Each stream holds its window's renderer, and so does its view.
+        for (const auto &renderer : video->renderers)
+            EXPECT_TRUE(comesTrue(fakes, [&renderer] { return renderer.use_count() == 1; }))
+                << "a stream or a view outlives its window";
         // What is still set keeps the platform, and with it the clock that keeps it.
         while (fakes.clock->advanceToNext())
             fakes.settle();
@@ -66,8 +71,7 @@ protected:
             = registry->open(id, name, QStringLiteral("Example"), [this](const std::optional<QString> &error) {
                   ends.push_back(error);
               });
-        clients.push_back(session.client().weak_from_this());
-        return session;
+        return dynamic_cast<AndroidWindowSession &>(session);
     }
     AndroidWindowSession &open() { return open(appID, package); }
     /// The same, waited for until the window has the keyboard.
@@ -76,6 +80,12 @@ protected:
         auto &session = open();
         EXPECT_TRUE(giveKeyboard(fakes, session.panel()));
         return session;
+    }
+
+    /// What the window holds.
+    static AndroidVideoView &videoView(const AndroidWindowSession &session)
+    {
+        return *session.panel().findChild<AndroidVideoView *>();
     }
 
     bool waitFor(const std::function<bool()> &condition) const { return comesTrue(fakes, condition); }
@@ -133,7 +143,6 @@ protected:
     LoopbackDevice device{fakes};
     QWidget other;
     std::unique_ptr<AndroidWindowRegistry> registry;
-    std::vector<std::weak_ptr<AndroidStreamClient>> clients;
     /// What the openers were told.
     std::vector<std::optional<QString>> ends;
 };

@@ -1,0 +1,120 @@
+#include "windows/ControlBytes.h"
+#include "windows/WindowFixture.h"
+#include "windows/WindowPlacement.h"
+
+// How a change of a window's size reaches Android. The numbers are those of scale 1 and 2, at which the
+// tests are run.
+
+using namespace quillnest;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+class WindowSizingTest : public WindowFixture
+{
+protected:
+    /// The one of the values that belongs to the scale of the test's display.
+    template <typename Value> static Value atScale(const AndroidWindowSession &session, Value one, Value two)
+    {
+        return session.panel().devicePixelRatioF() == 2 ? two : one;
+    }
+
+    QByteArray resizedTo(AndroidWindowSession &session, QSize frame)
+    {
+        session.panel().resize(frame);
+        EXPECT_TRUE(waitFor([&] { return videoView(session).size() == frame - QSize(0, 36); }));
+        pass(300ms);
+        return device.sent(session);
+    }
+};
+
+} // namespace
+
+TEST_F(WindowSizingTest, theDisplayIsAskedForThePixelsOfThePicture)
+{
+    auto &session = openKey();
+    device.connect(session);
+    device.sent(session);
+    const auto display = atScale(session, QSize(424, 712), QSize(856, 1424));
+    EXPECT_EQ(resizedTo(session, {430, 750}), bytes::resize(display.width(), display.height()));
+}
+
+TEST_F(WindowSizingTest, aDisplayThatIsTooSmallIsNotAskedFor)
+{
+    auto &session = openKey();
+    device.connect(session);
+    session.panel().setMinimumSize(1, 1);
+    // 40 points are 80 pixels at most.
+    EXPECT_EQ(resizedTo(session, {390, 36 + 40}), QByteArray());
+    const int height = atScale(session, 103, 51);
+    EXPECT_EQ(resizedTo(session, {390, 36 + height}), QByteArray());
+    const auto display = atScale(session, QSize(384, 104), QSize(776, 104));
+    EXPECT_EQ(resizedTo(session, {390, 36 + height + 1}), bytes::resize(display.width(), display.height()));
+}
+
+TEST_F(WindowSizingTest, aSizeThatIsAppliedToAHiddenWindowReachesAndroid)
+{
+    auto &session = openKey();
+    device.connect(session);
+    device.sent(session);
+    session.hide();
+    registry->applySize(QuillnestLayout::presets[3]);
+    pass(240ms);
+    EXPECT_EQ(device.sent(session), QByteArray());
+    pass(20ms);
+    const auto display = atScale(session, QSize(376, 720), QSize(760, 1440));
+    EXPECT_EQ(device.sent(session), bytes::resize(display.width(), display.height()));
+    EXPECT_EQ(record().value(QStringLiteral("w")), 380);
+    // What the window hears of it when it is shown is nothing new.
+    session.show();
+    ASSERT_TRUE(waitFor([&] { return videoView(session).size() == QSize(380, 720); }));
+    pass(1s);
+    const auto again = device.sent(session);
+    EXPECT_TRUE(again.isEmpty() || again == bytes::resize(display.width(), display.height()));
+}
+
+TEST(WindowPlacement, aFrameKeepsItsTopLeftCornerWhereTheScreenAllows)
+{
+    const QRect visible(100, 30, 1500, 1170);
+    struct Row {
+        QRect frame;
+        QSize wanted;
+        QRect expected;
+    };
+    const std::vector<Row> table{
+        {{200, 100, 390, 760}, {440, 956}, {200, 100, 440, 956}},
+        // The bottom edge would pass the screen's.
+        {{200, 400, 390, 760}, {440, 956}, {200, 244, 440, 956}},
+        // The right edge would.
+        {{1200, 100, 390, 760}, {440, 956}, {1160, 100, 440, 956}},
+        {{1500, 1100, 390, 760}, {760, 1036}, {840, 164, 760, 1036}},
+        // Higher and wider than the screen.
+        {{200, 100, 390, 760}, {390, 2000}, {200, 30, 390, 1170}},
+        {{200, 100, 390, 760}, {3000, 760}, {100, 100, 1500, 760}},
+        // A frame that hangs out on the left comes in.
+        {{50, 100, 390, 760}, {300, 500}, {100, 100, 300, 500}},
+        // Just so.
+        {{1160, 244, 10, 10}, {440, 956}, {1160, 244, 440, 956}},
+    };
+    for (const auto &row : table)
+        EXPECT_EQ(WindowPlacement::fittedFrame(row.frame, row.wanted, visible), row.expected)
+            << row.wanted.width() << "x" << row.wanted.height();
+}
+
+TEST_F(WindowSizingTest, aRecordWhoseValuesHaveOtherTypesIsReadAsFarAsItGoes)
+{
+    const auto load = [this](const QVariant &pinned, const QVariant &x) {
+        // A value that only has another type counts as the same one.
+        setRecord({});
+        setRecord({{QStringLiteral("pinned"), pinned}, {QStringLiteral("x"), x}, {QStringLiteral("y"), 5}});
+        return WindowPlacement::load(*fakes.settings, package);
+    };
+    EXPECT_TRUE(load(true, 3).isPinned);
+    EXPECT_EQ(load(true, 3).origin, QPoint(3, 5));
+    EXPECT_EQ(load(true, 3.0).origin, QPoint(3, 5));
+    EXPECT_EQ(load(true, QStringLiteral("3")).origin, std::nullopt);
+    // Only a switch can be on.
+    for (const auto &value : {QVariant(1), QVariant(QStringLiteral("true")), QVariant(2.5), QVariant()})
+        EXPECT_FALSE(load(value, 3).isPinned) << value.toString().toStdString();
+}
