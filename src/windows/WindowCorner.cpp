@@ -37,7 +37,8 @@ void WindowCorner::paintEvent(QPaintEvent *)
     // A rounded rectangle whose lower corner on this side is this one.
     constexpr double radius = windowCornerRadius;
     QPainterPath round;
-    round.addRoundedRect(QRectF(m_side == Side::left ? 0 : -2 * radius, -2 * radius, 3 * radius, 3 * radius), radius, radius);
+    round.addRoundedRect(
+        QRectF(m_side == Side::left ? 0 : -2 * radius, -2 * radius, 3 * radius, 3 * radius), radius, radius);
     QPainterPath square;
     square.addRect(rect());
 

@@ -7,7 +7,8 @@ namespace quillnest
 {
 
 /// One lower corner of a rounded window, above all that is laid into the window: whatever was painted there is cut off,
-/// and the window's shadow shows. So nothing else in the window needs to know of its corners. It lets the mouse through.
+/// and the window's shadow shows. So nothing else in the window needs to know of its corners. It lets the mouse
+/// through.
 class WindowCorner : public QWidget
 {
     Q_OBJECT

@@ -48,8 +48,8 @@ void WindowPlacement::save(SettingsStore &settings, const QString &package, QRec
             {QStringLiteral("pinned"), isPinned}});
 }
 
-QPoint WindowPlacement::initialOrigin(
-    const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor)
+QPoint
+WindowPlacement::initialOrigin(const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor)
 {
     if (record.isPinned && record.origin) {
         // A spot inside the upper left corner tells whether the screen is still there.

@@ -4,6 +4,7 @@
 #include "core/LoginItem.h"
 #include "windows/AndroidPlayerView.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -286,7 +287,10 @@ TEST_F(QuillnestAppTest, thePlayerWindowOpensAQuarterOfASecondAfterTheStart)
     const auto *content = window->findChild<AndroidPlayerView *>();
     ASSERT_NE(content, nullptr);
     EXPECT_EQ(content->title(), QStringLiteral("Android App"));
-    content->onClose();
+    for (auto *button : content->findChildren<QAbstractButton *>()) {
+        if (button->accessibleName() == QStringLiteral("Back to app library"))
+            button->click();
+    }
     EXPECT_FALSE(window->isVisible());
     EXPECT_TRUE(app->windows().menuBarPopupFrame());
 }

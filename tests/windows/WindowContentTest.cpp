@@ -123,8 +123,8 @@ TEST_F(WindowContentTest, aBannerIsAsHighAsItWantsToBeWheneverThatChanges)
     banner->grow(90);
     EXPECT_TRUE(comesTrue(fakes, [banner] { return banner->height() == 90; }));
 
-    auto *label = new QLabel(QStringLiteral("many words that don't stand in one line of this window, by far, ")
-                                 .repeated(4));
+    auto *label
+        = new QLabel(QStringLiteral("many words that don't stand in one line of this window, by far, ").repeated(4));
     label->setWordWrap(true);
     content->put(label, WindowContent::Place::belowHeader);
     label->show();
