@@ -5,7 +5,7 @@
 #include "benchmarks/StatusNotifierWatcher.h"
 #include "core/LibraryFormat.h"
 #include "driver/ProgramUnderTest.h"
-#include "platform/desktop/FileSettingsStore.h"
+#include "platform/posix/FileSettingsStore.h"
 
 #include <QDir>
 #include <QElapsedTimer>

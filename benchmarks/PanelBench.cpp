@@ -4,7 +4,7 @@
 #include "core/LibraryFormat.h"
 #include "fakes/FakePlatform.h"
 #include "launcher/MenuPanel.h"
-#include "platform/desktop/ThemeSymbols.h"
+#include "platform/HostPlatform.h"
 
 #include <QBuffer>
 #include <QElapsedTimer>
@@ -123,7 +123,7 @@ void run(BenchReport &report)
 {
     const auto fakes = fakePlatform();
     auto platform = fakes.platform;
-    platform.symbols = std::make_shared<ThemeSymbols>();
+    platform.symbols = hostSymbols();
     fakes.settings->setValue(QStringLiteral("Quillnest.apps.v1"), LibraryFormat::encode(sampleLibrary(appCount)));
     fakes.settings->setValue(QStringLiteral("QuillnestWallpaper"), QStringLiteral("aurora"));
     const auto log = std::make_shared<QuillnestLog>(

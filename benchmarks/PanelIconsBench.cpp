@@ -6,8 +6,8 @@
 #include "driver/ProgramUnderTest.h"
 #include "fakes/FakePlatform.h"
 #include "launcher/MenuPanel.h"
+#include "platform/HostPlatform.h"
 #include "platform/desktop/QtExecutor.h"
-#include "platform/desktop/ThemeSymbols.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QDir>
@@ -89,7 +89,7 @@ void run(BenchReport &report)
     auto platform = fakes.platform;
     platform.executor = std::make_shared<QtExecutor>();
     platform.archives = std::make_shared<ZipArchives>();
-    platform.symbols = std::make_shared<ThemeSymbols>();
+    platform.symbols = hostSymbols();
     fakes.settings->setValue(
         QStringLiteral("Quillnest.apps.v1"),
         LibraryFormat::encode(libraryOfCopies(fakes.path(QStringLiteral("Packages")))));

@@ -4,6 +4,7 @@
 #include "benchmarks/ProcessorTime.h"
 #include "platform/desktop/FFmpegSupport.h"
 #include "stream/AndroidStreamClient.h"
+#include "stream/BigEndian.h"
 
 #include <QCoreApplication>
 

@@ -21,7 +21,7 @@ target_compile_definitions(quillnest_options INTERFACE
 # Every room and test is compiled with the same set of Qt's modules, so that one precompiled header serves them all.
 # What a room really links is what it names under LIBRARIES.
 add_library(quillnest_qt INTERFACE)
-target_link_libraries(quillnest_qt INTERFACE quillnest_options Qt6::Widgets Qt6::Network Qt6::DBus QCoro6::Core)
+target_link_libraries(quillnest_qt INTERFACE quillnest_options Qt6::Widgets Qt6::Network QCoro6::Core)
 # libpulse asks for this of its users; a precompiled header serves only users with the same set.
 target_compile_options(quillnest_qt INTERFACE -D_REENTRANT)
 

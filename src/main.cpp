@@ -7,8 +7,8 @@
 #include "look/Fonts.h"
 #include "look/InterfaceStyle.h"
 #include "look/Palette.h"
-#include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/TerminationSignals.h"
+#include "platform/HostPlatform.h"
+#include "platform/TerminationSignals.h"
 #include "runtime/AndroidAdBlock.h"
 
 #include <QApplication>
@@ -29,7 +29,7 @@ int main(int argc, char **argv)
     QApplication::setStyle(new InterfaceStyle);
     QApplication::setFont(interfaceFont(13));
 
-    const auto platform = linuxPlatform();
+    const auto platform = hostPlatform();
     const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };
     applyAppearance();
     QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);

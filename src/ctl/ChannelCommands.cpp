@@ -4,7 +4,7 @@
 #include "ctl/Help.h"
 #include "ctl/KnownCommands.h"
 #include "ctl/Output.h"
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
 
 #include <algorithm>
 
@@ -38,7 +38,7 @@ int post(const QStringList &arguments)
     // An instance of another version may know more, so it is posted all the same.
     if (!isKnown(text))
         complain(QStringLiteral("\"%1\" is none of the commands of \"post --list\"; posted anyway").arg(text));
-    if (!linuxCommandChannel()->post(text))
+    if (!hostCommandChannel()->post(text))
         throw Failure(QStringLiteral("no session bus"));
     return 0;
 }
@@ -46,7 +46,7 @@ int post(const QStringList &arguments)
 int state(const QStringList &arguments)
 {
     ArgumentReader(arguments).operands({});
-    const auto report = linuxDiagnostics()->ask();
+    const auto report = hostDiagnostics()->ask();
     if (!report)
         throw Failure(QStringLiteral("Quillnest isn't running"));
     print(*report);

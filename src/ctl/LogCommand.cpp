@@ -3,7 +3,7 @@
 #include "ctl/Errors.h"
 #include "ctl/LogFollower.h"
 #include "ctl/Output.h"
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -81,7 +81,7 @@ int log(const QStringList &arguments)
     const bool following = reader.takeFlag({QStringLiteral("-f"), QStringLiteral("--follow")});
     const auto lines = lineCount(reader.takeValue({QStringLiteral("-n"), QStringLiteral("--lines")}));
     reader.operands({});
-    const auto path = linuxFolders().logs + QStringLiteral("/quillnest.log");
+    const auto path = hostFolders().logs + QStringLiteral("/quillnest.log");
     if (following)
         return follow(path, lines);
     printOnce(path, lines);

@@ -3,7 +3,7 @@
 #include "ctl/Errors.h"
 #include "ctl/Output.h"
 #include "ctl/SettingText.h"
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
 
 namespace quillnest::ctl
 {
@@ -15,7 +15,7 @@ const auto keyName = QStringLiteral("KEY");
 
 std::shared_ptr<SettingsStore> openStore()
 {
-    auto store = linuxSettings();
+    auto store = hostSettings();
     if (const auto file = store->damagedFile())
         complain(QStringLiteral("the settings could not be read and are now at %1").arg(*file));
     return store;

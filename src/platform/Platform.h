@@ -15,6 +15,7 @@
 #include "platform/Folders.h"
 #include "platform/ForeignWindows.h"
 #include "platform/HostProfile.h"
+#include "platform/LocalSockets.h"
 #include "platform/LoginItems.h"
 #include "platform/Network.h"
 #include "platform/Pasteboard.h"
@@ -39,6 +40,7 @@ struct Platform {
     std::shared_ptr<ChildProcesses> processes;
     std::shared_ptr<CommandChannel> commands;
     std::shared_ptr<DiagnosticsPort> diagnostics;
+    std::shared_ptr<LocalSockets> sockets;
     std::shared_ptr<Network> network;
     std::shared_ptr<Archives> archives;
     std::shared_ptr<Pasteboard> pasteboard;

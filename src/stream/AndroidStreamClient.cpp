@@ -86,7 +86,7 @@ void AndroidStreamClient::connect()
     if (push.status != 0)
         throw SocketError::failed("push server: " + inOneLine(push.output));
 
-    const auto listener = std::make_shared<LocalListener>();
+    const auto listener = m_platform.sockets->listen();
     const auto reverse = adb({QStringLiteral("reverse"), socketName, QStringLiteral("tcp:%1").arg(listener->port())});
     if (reverse.status != 0)
         throw SocketError::failed("adb reverse: " + inOneLine(reverse.output));

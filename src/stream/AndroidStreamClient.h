@@ -1,12 +1,12 @@
 #pragma once
 
 #include "base/QuillnestLog.h"
+#include "platform/LocalListener.h"
 #include "platform/Platform.h"
 #include "stream/AudioReader.h"
 #include "stream/ControlLink.h"
 #include "stream/ControlSender.h"
 #include "stream/DeviceMessageReader.h"
-#include "stream/LocalListener.h"
 #include "stream/SampleFeed.h"
 #include "stream/StreamStatistics.h"
 #include "stream/StreamThreads.h"

@@ -1,5 +1,7 @@
 #include "stream/AudioReader.h"
 
+#include "stream/BigEndian.h"
+
 #include <array>
 #include <cstdlib>
 #include <utility>

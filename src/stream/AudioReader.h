@@ -2,9 +2,9 @@
 
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
+#include "platform/StreamSocket.h"
 #include "stream/PCMAudioPlayer.h"
 #include "stream/SampleFeed.h"
-#include "stream/StreamSocket.h"
 
 #include <atomic>
 #include <memory>

@@ -3,8 +3,8 @@
 #include "base/LatencyHistogram.h"
 #include "platform/Clock.h"
 #include "platform/Executor.h"
+#include "platform/StreamSocket.h"
 #include "stream/ControlQueue.h"
-#include "stream/StreamSocket.h"
 
 #include <atomic>
 #include <memory>

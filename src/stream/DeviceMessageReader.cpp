@@ -1,5 +1,7 @@
 #include "stream/DeviceMessageReader.h"
 
+#include "stream/BigEndian.h"
+
 #include <QTextBoundaryFinder>
 
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
-#include "stream/StreamSocket.h"
+#include "platform/StreamSocket.h"
 
 #include <chrono>
 #include <memory>

@@ -1,6 +1,7 @@
 #include "stream/VideoReader.h"
 
 #include "base/QuillnestSettings.h"
+#include "stream/BigEndian.h"
 #include "stream/H264.h"
 
 #include <array>

@@ -2,8 +2,8 @@
 
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
+#include "platform/StreamSocket.h"
 #include "stream/SampleFeed.h"
-#include "stream/StreamSocket.h"
 
 #include <QImage>
 #include <QSizeF>

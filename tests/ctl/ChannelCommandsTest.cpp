@@ -1,5 +1,5 @@
 #include "ctl/Ctl.h"
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -37,7 +37,7 @@ protected:
 
     CtlResult post(const QString &text) const { return run({QStringLiteral("post"), text}); }
 
-    const std::shared_ptr<CommandChannel> channel = linuxCommandChannel();
+    const std::shared_ptr<CommandChannel> channel = hostCommandChannel();
     QStringList received;
 };
 
@@ -72,7 +72,7 @@ TEST_F(ChannelCommandsTest, anUnknownCommandIsMentionedAndPosted)
 TEST_F(ChannelCommandsTest, stateIsWhatTheInstanceReports)
 {
     const auto report = QByteArrayLiteral("{\"apps\": [\"Ünïcode\"]}\n");
-    const auto port = linuxDiagnostics();
+    const auto port = hostDiagnostics();
     ASSERT_TRUE(port->serve([report] { return report; }));
     const auto result = run({QStringLiteral("state")});
     EXPECT_EQ(result.status, 0);

@@ -1,6 +1,7 @@
 #include "fakes/FakePlatform.h"
 
 #include "platform/desktop/QtDrawing.h"
+#include "platform/posix/PosixLocalSockets.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -91,6 +92,7 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.screens = fakes.screens;
     platform.appearance = fakes.appearance;
     platform.drawing = std::make_shared<QtDrawing>();
+    platform.sockets = std::make_shared<PosixLocalSockets>();
     platform.alerts = fakes.alerts;
     platform.filePanels = fakes.filePanels;
     platform.fileManager = fakes.fileManager;

@@ -18,8 +18,8 @@ namespace quillnest
 {
 
 /// A whole platform of fakes, with a temporary folder as the user's home. `platform` is what the code under test gets;
-/// the other members are the same objects under their own types. Drawing is the real one; what is named nowhere is
-/// null.
+/// the other members are the same objects under their own types. Drawing and sockets are the real ones; what is named
+/// nowhere is null.
 struct FakePlatform {
     std::unique_ptr<QTemporaryDir> home;
     Platform platform;

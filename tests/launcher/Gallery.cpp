@@ -8,7 +8,7 @@
 #include "look/Fonts.h"
 #include "look/InterfaceStyle.h"
 #include "look/Palette.h"
-#include "platform/desktop/ThemeSymbols.h"
+#include "platform/HostPlatform.h"
 
 #include <QApplication>
 #include <QDir>
@@ -168,7 +168,7 @@ private:
 
     void prepare(const Scene &scene)
     {
-        fakes.platform.symbols = std::make_shared<ThemeSymbols>();
+        fakes.platform.symbols = hostSymbols();
         fakes.appearance->setDark(scene.dark);
         QApplication::setPalette(Palette::current(fakes.platform).toolkitPalette());
         fakes.clock->setWallTime(QDateTime(QDate(2026, 5, 14), QTime(9, 41)).toUTC());

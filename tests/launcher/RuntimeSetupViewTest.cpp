@@ -6,7 +6,7 @@
 #include "look/ProgressBar.h"
 #include "look/PushButton.h"
 #include "look/Spinner.h"
-#include "platform/desktop/ThemeSymbols.h"
+#include "platform/HostPlatform.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -39,7 +39,7 @@ protected:
     RuntimeSetupViewTest()
     {
         fakes.platform.network = network;
-        fakes.platform.symbols = std::make_shared<ThemeSymbols>();
+        fakes.platform.symbols = hostSymbols();
         network->answers[tools]
             = {200,
                "<r><license id='android-sdk-license'>Terms\n  &lt;b&gt;as written&lt;/b&gt;</license>"

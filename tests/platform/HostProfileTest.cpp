@@ -1,6 +1,6 @@
 #include "platform/HostProfile.h"
 
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
 
 #include <QDir>
 
@@ -66,7 +66,7 @@ TEST(LinuxFoldersTest, baseFoldersComeFromTheEnvironment)
 {
     const Variable data("XDG_DATA_HOME", "/base/data/");
     const Variable state("XDG_STATE_HOME", "/base/../state");
-    const auto folders = linuxFolders();
+    const auto folders = hostFolders();
     EXPECT_EQ(folders.applicationSupport, QStringLiteral("/base/data"));
     EXPECT_EQ(folders.logs, QStringLiteral("/state/Quillnest/Logs"));
 }
@@ -76,7 +76,7 @@ TEST(LinuxFoldersTest, emptyOrRelativeBaseFoldersCountAsUnset)
     const Variable home("HOME", "/home/somebody");
     const Variable data("XDG_DATA_HOME", "");
     const Variable state("XDG_STATE_HOME", "relative/state");
-    const auto folders = linuxFolders();
+    const auto folders = hostFolders();
     EXPECT_EQ(folders.home, QStringLiteral("/home/somebody"));
     EXPECT_EQ(folders.applicationSupport, QStringLiteral("/home/somebody/.local/share"));
     EXPECT_EQ(folders.logs, QStringLiteral("/home/somebody/.local/state/Quillnest/Logs"));

@@ -1,4 +1,4 @@
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/PosixChildProcesses.h"
 
 #include "platform/Conditions.h"
 #include "platform/Semaphore.h"

@@ -1,7 +1,7 @@
 #include "platform/linux/PulseAudioEngine.h"
 
 #include "platform/Conditions.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/PosixChildProcesses.h"
 
 #include <QLocalSocket>
 #include <QStandardPaths>

@@ -1,4 +1,4 @@
-#include "platform/desktop/ThemeSymbols.h"
+#include "platform/linux/ThemeSymbols.h"
 
 #include <QImage>
 

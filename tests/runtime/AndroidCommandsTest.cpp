@@ -1,6 +1,6 @@
 #include "RuntimeFixture.h"
 
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/HostServices.h"
 #include "runtime/AndroidRuntimeError.h"
 
 #include <QDir>
@@ -13,7 +13,7 @@ namespace
 class AndroidCommandsTest : public RuntimeFixture
 {
 protected:
-    AndroidCommandsTest() { fakes.platform.processes = std::make_shared<PosixChildProcesses>(); }
+    AndroidCommandsTest() { fakes.platform.processes = hostChildProcesses(); }
 
     QString tool(const QByteArray &script)
     {

@@ -1,6 +1,6 @@
 #include "RuntimeFixture.h"
 
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/HostServices.h"
 #include "runtime/AndroidRuntimeError.h"
 #include "runtime/AppInstaller.h"
 
@@ -14,7 +14,7 @@ namespace
 class HostileToolsTest : public RuntimeFixture
 {
 protected:
-    HostileToolsTest() { fakes.platform.processes = std::make_shared<PosixChildProcesses>(); }
+    HostileToolsTest() { fakes.platform.processes = hostChildProcesses(); }
 
     void makeAdb(const QByteArray &content)
     {

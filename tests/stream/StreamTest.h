@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DeviceSocket.h"
 #include "StreamFakes.h"
+#include "fakes/DeviceSocket.h"
 #include "fakes/FakePlatform.h"
 #include "platform/Conditions.h"
 #include "platform/desktop/QtExecutor.h"

@@ -1,6 +1,7 @@
 // quillnest-avd API...: writes the definitions of the managed virtual devices for these API levels.
 
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostServices.h"
+#include "platform/Platform.h"
 #include "runtime/AVDDefinition.h"
 #include "runtime/AndroidRuntimePaths.h"
 
@@ -13,8 +14,8 @@ int main(int argc, char **argv)
     using namespace quillnest;
     QCoreApplication application(argc, argv);
     Platform platform;
-    platform.profile = HostProfile::linuxX86_64();
-    platform.folders = linuxFolders();
+    platform.profile = hostProfile();
+    platform.folders = hostFolders();
     try {
         for (const auto &api : QCoreApplication::arguments().mid(1)) {
             const auto paths = AndroidRuntimePaths::managed(platform, api.toInt());

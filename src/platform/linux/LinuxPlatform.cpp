@@ -1,29 +1,25 @@
-#include "platform/linux/LinuxPlatform.h"
+#include "platform/HostPlatform.h"
 
 #include "platform/desktop/DesktopAlerts.h"
 #include "platform/desktop/DesktopFilePanels.h"
 #include "platform/desktop/DesktopPasteboard.h"
-#include "platform/desktop/DesktopScreens.h"
 #include "platform/desktop/FFmpegStillDecoder.h"
-#include "platform/desktop/FileSettingsStore.h"
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtDrawing.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/desktop/QtNetwork.h"
-#include "platform/desktop/ThemeSymbols.h"
 #include "platform/desktop/TrayStatusItems.h"
-#include "platform/linux/DBusCommandChannel.h"
-#include "platform/linux/DBusDiagnostics.h"
+#include "platform/linux/BaseFolders.h"
 #include "platform/linux/DBusFileManager.h"
 #include "platform/linux/EwmhWindows.h"
 #include "platform/linux/PortalAppearance.h"
-#include "platform/linux/PosixChildProcesses.h"
 #include "platform/linux/PulseAudioEngine.h"
+#include "platform/linux/ThemeSymbols.h"
+#include "platform/linux/X11Screens.h"
 #include "platform/linux/XdgLoginItems.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QGuiApplication>
 
 namespace quillnest
@@ -31,18 +27,6 @@ namespace quillnest
 
 namespace
 {
-
-/// One of the XDG base directories: the variable if it holds an absolute path, else the default.
-QString baseFolder(const char *variable, const QString &fallback)
-{
-    const auto value = qEnvironmentVariable(variable);
-    return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : QDir::homePath() + fallback;
-}
-
-QString configFolder()
-{
-    return baseFolder("XDG_CONFIG_HOME", QStringLiteral("/.config"));
-}
 
 /// Another place for the package lists than Google's, for tests and demonstrations.
 std::optional<QUrl> repositoryFromEnvironment()
@@ -59,54 +43,39 @@ std::optional<QUrl> repositoryFromEnvironment()
 
 } // namespace
 
-Folders linuxFolders()
+std::shared_ptr<AudioOutput> hostAudio()
 {
-    return {
-        .home = QDir::homePath(),
-        .applicationSupport = baseFolder("XDG_DATA_HOME", QStringLiteral("/.local/share")),
-        .logs = baseFolder("XDG_STATE_HOME", QStringLiteral("/.local/state")) + QStringLiteral("/Quillnest/Logs"),
-        .temporary = QDir::tempPath(),
-        .bundle = QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quillnest")),
-    };
+    return std::make_shared<PulseAudioOutput>();
 }
 
-std::shared_ptr<SettingsStore> linuxSettings()
+std::shared_ptr<Symbols> hostSymbols()
 {
-    return std::make_shared<FileSettingsStore>(configFolder() + QStringLiteral("/Quillnest/settings.json"));
+    return std::make_shared<ThemeSymbols>();
 }
 
-std::shared_ptr<CommandChannel> linuxCommandChannel()
-{
-    return std::make_shared<DBusCommandChannel>();
-}
-
-std::shared_ptr<DiagnosticsPort> linuxDiagnostics()
-{
-    return std::make_shared<DBusDiagnostics>();
-}
-
-Platform linuxPlatform()
+Platform hostPlatform()
 {
     Platform platform;
-    platform.profile = HostProfile::linuxX86_64();
+    platform.profile = hostProfile();
     if (const auto repository = repositoryFromEnvironment())
         platform.profile.sdkRepository = *repository;
-    platform.folders = linuxFolders();
+    platform.folders = hostFolders();
     platform.clock = std::make_shared<QtClock>();
     platform.executor = std::make_shared<QtExecutor>();
-    platform.settings = linuxSettings();
-    platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.settings = hostSettings();
+    platform.processes = hostChildProcesses();
+    platform.sockets = hostSockets();
     platform.network = std::make_shared<QtNetwork>(platform.executor);
     platform.archives = std::make_shared<ZipArchives>();
-    platform.commands = linuxCommandChannel();
+    platform.commands = hostCommandChannel();
     platform.pasteboard = std::make_shared<DesktopPasteboard>();
-    platform.screens = std::make_shared<DesktopScreens>();
+    platform.screens = std::make_shared<X11Screens>();
     platform.video = std::make_shared<FFmpegVideoDecoding>();
-    platform.audio = std::make_shared<PulseAudioOutput>();
-    platform.diagnostics = linuxDiagnostics();
+    platform.audio = hostAudio();
+    platform.diagnostics = hostDiagnostics();
     platform.statusItems = std::make_shared<TrayStatusItems>();
     platform.drawing = std::make_shared<QtDrawing>();
-    platform.symbols = std::make_shared<ThemeSymbols>();
+    platform.symbols = hostSymbols();
     platform.appearance = std::make_shared<PortalAppearance>();
     platform.alerts = std::make_shared<DesktopAlerts>();
     platform.filePanels = std::make_shared<DesktopFilePanels>();

@@ -8,10 +8,10 @@
 // A library is the list of its entries on one line. An entry that is about to be made has no id yet.
 
 #include "core/AppLibraryStore.h"
-#include "platform/desktop/FileSettingsStore.h"
+#include "platform/HostServices.h"
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/FileSettingsStore.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -135,7 +135,7 @@ int main(int argc, char **argv)
     platform.clock = std::make_shared<QtClock>();
     platform.executor = std::make_shared<QtExecutor>();
     platform.settings = std::make_shared<FileSettingsStore>(arguments[1]);
-    platform.processes = std::make_shared<PosixChildProcesses>();
+    platform.processes = hostChildProcesses();
     const auto log
         = std::make_shared<QuillnestLog>(platform.clock, platform.folders.logs, QStringLiteral("churn.log"), false);
     const auto notifications = std::make_shared<ChangeNotifications>();

@@ -1,7 +1,8 @@
-#include "stream/LocalListener.h"
+#include "platform/posix/PosixLocalListener.h"
 
-#include "DeviceSocket.h"
+#include "fakes/DeviceSocket.h"
 #include "platform/Conditions.h"
+#include "platform/posix/PosixStreamSocket.h"
 
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -25,10 +26,10 @@ template <typename Work> std::string failureOf(Work work)
 }
 } // namespace
 
-TEST(LocalListenerTest, listensOnAFreePortOfThisMachineAlone)
+TEST(PosixLocalListenerTest, listensOnAFreePortOfThisMachineAlone)
 {
-    LocalListener first;
-    LocalListener second;
+    PosixLocalListener first;
+    PosixLocalListener second;
     EXPECT_NE(first.port(), 0);
     EXPECT_NE(first.port(), second.port());
     QFile table(QStringLiteral("/proc/net/tcp"));
@@ -38,9 +39,9 @@ TEST(LocalListenerTest, listensOnAFreePortOfThisMachineAlone)
     EXPECT_TRUE(table.readAll().contains(entry));
 }
 
-TEST(LocalListenerTest, connectionsComeInTheOrderInWhichTheyWereMade)
+TEST(PosixLocalListenerTest, connectionsComeInTheOrderInWhichTheyWereMade)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     DeviceSocket devices[3]
         = {DeviceSocket(listener.port()), DeviceSocket(listener.port()), DeviceSocket(listener.port())};
     const char names[] = {'a', 'b', 'c'};
@@ -50,11 +51,12 @@ TEST(LocalListenerTest, connectionsComeInTheOrderInWhichTheyWereMade)
         EXPECT_EQ(listener.accept(10.0)->readExactly(1), std::vector<std::uint8_t>{static_cast<std::uint8_t>(name)});
 }
 
-TEST(LocalListenerTest, acceptedSocketSendsAtOnceAndIsNotInherited)
+TEST(PosixLocalListenerTest, acceptedSocketSendsAtOnceAndIsNotInherited)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     const DeviceSocket device(listener.port());
-    const auto socket = listener.accept(10.0);
+    const auto socket = std::dynamic_pointer_cast<PosixStreamSocket>(listener.accept(10.0));
+    ASSERT_TRUE(socket);
     int on = 0;
     socklen_t length = sizeof on;
     ::getsockopt(socket->descriptor(), IPPROTO_TCP, TCP_NODELAY, &on, &length);
@@ -62,26 +64,26 @@ TEST(LocalListenerTest, acceptedSocketSendsAtOnceAndIsNotInherited)
     EXPECT_NE(::fcntl(socket->descriptor(), F_GETFD) & FD_CLOEXEC, 0);
 }
 
-TEST(LocalListenerTest, nobodyConnecting)
+TEST(PosixLocalListenerTest, nobodyConnecting)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     EXPECT_EQ(
         failureOf([&] { listener.accept(0.01); }), "failed(\"timed out waiting for the Android side to connect\")");
 }
 
-TEST(LocalListenerTest, wakeEndsAWaitingAcceptAndEveryLaterOne)
+TEST(PosixLocalListenerTest, wakeEndsAWaitingAcceptAndEveryLaterOne)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     std::thread waiting([&] { EXPECT_NE(failureOf([&] { listener.accept(3600.0); }), "none"); });
     listener.wake();
     waiting.join();
     EXPECT_EQ(failureOf([&] { listener.accept(3600.0); }), "failed(\"accept\")");
 }
 
-TEST(LocalListenerTest, closesItsSocketWithItself)
+TEST(PosixLocalListenerTest, closesItsSocketWithItself)
 {
     const int before = openStreams();
-    auto listener = std::make_unique<LocalListener>();
+    auto listener = std::make_unique<PosixLocalListener>();
     const auto port = listener->port();
     EXPECT_EQ(openStreams(), before + 1);
     listener.reset();
@@ -89,9 +91,9 @@ TEST(LocalListenerTest, closesItsSocketWithItself)
     EXPECT_FALSE(DeviceSocket(port).isOpen());
 }
 
-TEST(StreamSocketTest, readsExactlyAsMuchAsWasAskedForWhateverThePieces)
+TEST(PosixStreamSocketTest, readsExactlyAsMuchAsWasAskedForWhateverThePieces)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     DeviceSocket device(listener.port());
     const auto socket = listener.accept(10.0);
     std::thread sender([&] {
@@ -103,18 +105,18 @@ TEST(StreamSocketTest, readsExactlyAsMuchAsWasAskedForWhateverThePieces)
     sender.join();
 }
 
-TEST(StreamSocketTest, readingNothingNeedsNoConnection)
+TEST(PosixStreamSocketTest, readingNothingNeedsNoConnection)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     DeviceSocket device(listener.port());
     const auto socket = listener.accept(10.0);
     device.close();
     EXPECT_EQ(socket->readExactly(0), std::vector<std::uint8_t>{});
 }
 
-TEST(StreamSocketTest, connectionThatEndsHalfWayGivesNothing)
+TEST(PosixStreamSocketTest, connectionThatEndsHalfWayGivesNothing)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     DeviceSocket device(listener.port());
     const auto socket = listener.accept(10.0);
     device.send("123");
@@ -122,9 +124,9 @@ TEST(StreamSocketTest, connectionThatEndsHalfWayGivesNothing)
     EXPECT_EQ(socket->readExactly(4), std::nullopt);
 }
 
-TEST(StreamSocketTest, shutDownWakesAReaderAndAWriter)
+TEST(PosixStreamSocketTest, shutDownWakesAReaderAndAWriter)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     const DeviceSocket device(listener.port());
     const auto socket = listener.accept(10.0);
     std::thread reader([&] { EXPECT_EQ(socket->readExactly(1), std::nullopt); });
@@ -137,21 +139,15 @@ TEST(StreamSocketTest, shutDownWakesAReaderAndAWriter)
     writer.join();
 }
 
-TEST(StreamSocketTest, writingToSomebodyWhoLeftFailsAndNothingElse)
+TEST(PosixStreamSocketTest, writingToSomebodyWhoLeftFailsAndNothingElse)
 {
-    LocalListener listener;
+    PosixLocalListener listener;
     DeviceSocket device(listener.port());
     const auto socket = listener.accept(10.0);
     device.close();
     const std::vector<std::uint8_t> bytes(1000);
     // The first writes may still find room; then the refusal arrives.
     EXPECT_TRUE(comesTrueWithoutMain([&] { return !socket->writeAll(bytes); }));
-}
-
-TEST(StreamSocketTest, bigEndianValue)
-{
-    const std::vector<std::uint8_t> bytes{0xff, 0x80, 0x01, 0x02, 0xfe};
-    EXPECT_EQ(readBE(bytes, 1), 0x800102feU);
 }
 
 TEST(SocketErrorTest, textFormNamesTheCaseWithItsTextInQuotes)

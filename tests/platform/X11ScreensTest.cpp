@@ -1,4 +1,4 @@
-#include "platform/desktop/DesktopScreens.h"
+#include "platform/linux/X11Screens.h"
 
 #include "platform/Conditions.h"
 
@@ -11,9 +11,9 @@
 
 using namespace quillnest;
 
-TEST(DesktopScreensTest, screenOfTheDisplay)
+TEST(X11ScreensTest, screenOfTheDisplay)
 {
-    const DesktopScreens screens;
+    const X11Screens screens;
     const auto all = screens.all();
     ASSERT_EQ(all.size(), static_cast<std::size_t>(QGuiApplication::screens().size()));
     ASSERT_TRUE(screens.main());
@@ -24,9 +24,9 @@ TEST(DesktopScreensTest, screenOfTheDisplay)
     EXPECT_EQ(main.frame.size() * main.backingScaleFactor, QSize(1600, 1200));
 }
 
-TEST(DesktopScreensTest, screenThatContainsAPoint)
+TEST(X11ScreensTest, screenThatContainsAPoint)
 {
-    const DesktopScreens screens;
+    const X11Screens screens;
     const auto frame = screens.main()->frame;
     ASSERT_TRUE(screens.containing(frame.center()));
     EXPECT_EQ(screens.containing(frame.center())->frame, frame);
@@ -34,14 +34,14 @@ TEST(DesktopScreensTest, screenThatContainsAPoint)
     EXPECT_FALSE(screens.containing(frame.bottomRight() + QPoint(1, 1)));
 }
 
-TEST(DesktopScreensTest, desktopWithoutACompositorIsNotComposited)
+TEST(X11ScreensTest, desktopWithoutACompositorIsNotComposited)
 {
-    EXPECT_FALSE(DesktopScreens().isComposited());
+    EXPECT_FALSE(X11Screens().isComposited());
 }
 
-TEST(DesktopScreensTest, windowWithTheInputFocusKeepsTheKeyboard)
+TEST(X11ScreensTest, windowWithTheInputFocusKeepsTheKeyboard)
 {
-    const DesktopScreens screens;
+    const X11Screens screens;
     QWidget window;
     window.resize(200, 200);
     window.show();
@@ -55,9 +55,9 @@ TEST(DesktopScreensTest, windowWithTheInputFocusKeepsTheKeyboard)
     EXPECT_FALSE(screens.keepsKeyboard(window.winId()));
 }
 
-TEST(DesktopScreensTest, shadowCountsForNoPlacementAndLetsTheMouseThrough)
+TEST(X11ScreensTest, shadowCountsForNoPlacementAndLetsTheMouseThrough)
 {
-    DesktopScreens screens;
+    X11Screens screens;
     QWidget window;
     window.setWindowFlags(Qt::FramelessWindowHint);
     window.setGeometry(100, 100, 240, 220);

@@ -1,4 +1,6 @@
-#include "platform/linux/PosixChildProcesses.h"
+#include "platform/posix/PosixChildProcesses.h"
+
+#include "platform/posix/HostCalls.h"
 
 #include <QFile>
 
@@ -6,7 +8,6 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,34 +25,6 @@ namespace quillnest
 
 namespace
 {
-
-class Descriptor
-{
-public:
-    Descriptor() = default;
-    explicit Descriptor(int value) : m_value(value) { }
-    Descriptor(Descriptor &&other) noexcept : m_value(std::exchange(other.m_value, -1)) { }
-    Descriptor &operator=(Descriptor &&other) noexcept
-    {
-        std::swap(m_value, other.m_value);
-        return *this;
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() { reset(); }
-
-    int get() const { return m_value; }
-    explicit operator bool() const { return m_value >= 0; }
-    void reset()
-    {
-        if (m_value >= 0)
-            ::close(m_value);
-        m_value = -1;
-    }
-
-private:
-    int m_value = -1;
-};
 
 struct Spawned {
     pid_t pid = -1;
@@ -104,11 +77,11 @@ Spawned spawn(const ChildCommand &command)
     Spawned result;
     Descriptor writeEnd;
     if (command.output == ChildCommand::Output::Pipe) {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0)
+        auto pipe = newPipe();
+        if (!pipe.readEnd)
             throw LaunchError(errorText(errno));
-        result.output = Descriptor(ends[0]);
-        writeEnd = Descriptor(ends[1]);
+        result.output = std::move(pipe.readEnd);
+        writeEnd = std::move(pipe.writeEnd);
     }
 
     posix_spawn_file_actions_t actions;
@@ -131,8 +104,10 @@ Spawned spawn(const ChildCommand &command)
     else
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
 
-    // Libraries may open descriptors without marking them.
-    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+    // A session of its own: what a terminal sends its foreground processes, such as Control-C, is for this program.
+    // What becomes of its children then is its own affair; the emulator may have to stay.
+    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID;
+    closeAllButStandardStreams(actions, flags);
 
     // This program ignores SIGPIPE; a tool must not inherit that.
     posix_spawnattr_t attributes;
@@ -142,7 +117,7 @@ Spawned spawn(const ChildCommand &command)
     posix_spawnattr_setsigmask(&attributes, &signals);
     sigaddset(&signals, SIGPIPE);
     posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setflags(&attributes, flags);
 
     const auto program = QFile::encodeName(command.program);
     TextArray arguments;
@@ -218,11 +193,11 @@ private:
 };
 
 /// Hands over what is written until the child has ended. A grandchild that keeps the pipe open, or writes to it on and
-/// on, doesn't hold this up: the end of the child itself is watched where the kernel offers that, and what is in the
+/// on, doesn't hold this up: the end of the child itself is watched where the system offers that, and what is in the
 /// pipe by then is the last that is read.
 void readToEnd(int output, pid_t pid, const std::function<void(QByteArray)> &onOutput)
 {
-    const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    const auto process = endOfChild(pid);
     std::optional<qsizetype> left;
     while (!left || *left > 0) {
         if (!left) {

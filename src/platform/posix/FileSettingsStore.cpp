@@ -1,4 +1,4 @@
-#include "platform/desktop/FileSettingsStore.h"
+#include "platform/posix/FileSettingsStore.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "DeviceSocket.h"
+#include "fakes/DeviceSocket.h"
 
 #include <QtEndian>
 
