@@ -8,6 +8,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 
 namespace standin
 {
@@ -101,12 +102,19 @@ UniqueFd connectToUnixPath(const QByteArray &path)
     return fd;
 }
 
-UniqueFd acceptConnection(int listener)
+void serveEachConnection(int listener, std::function<void(UniqueFd connection)> serve)
 {
-    UniqueFd fd(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
-    if (fd.isValid())
-        disableDelay(fd.get());
-    return fd;
+    std::thread([listener, serve = std::move(serve)] {
+        for (;;) {
+            UniqueFd connection(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+            if (!connection.isValid())
+                continue;
+            disableDelay(connection.get());
+            std::thread([serve, connection = std::move(connection)]() mutable {
+                serve(std::move(connection));
+            }).detach();
+        }
+    }).detach();
 }
 
 bool readExactly(int fd, void *data, size_t size)

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 namespace standin
 {
 
@@ -16,7 +18,8 @@ UniqueFd connectToLoopback(quint16 port);
 UniqueFd listenOnUnixPath(const QByteArray &path);
 UniqueFd connectToUnixPath(const QByteArray &path);
 
-UniqueFd acceptConnection(int listener);
+/// Gives each connection to `serve`, on a thread of its own, for as long as this process lives.
+void serveEachConnection(int listener, std::function<void(UniqueFd connection)> serve);
 
 bool readExactly(int fd, void *data, size_t size);
 bool writeAll(int fd, const void *data, size_t size);

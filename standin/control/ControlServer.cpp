@@ -6,7 +6,6 @@
 #include <QBuffer>
 #include <QFile>
 #include <QJsonDocument>
-#include <thread>
 #include <unistd.h>
 
 namespace standin
@@ -36,13 +35,7 @@ bool ControlServer::start(const QString &path)
     m_listener = listenOnUnixPath(QFile::encodeName(path));
     if (!m_listener.isValid())
         return false;
-    std::thread([this] {
-        for (;;) {
-            UniqueFd connection = acceptConnection(m_listener.get());
-            if (connection.isValid())
-                std::thread([this, connection = std::move(connection)] { serve(connection); }).detach();
-        }
-    }).detach();
+    serveEachConnection(m_listener.get(), [this](const UniqueFd &connection) { serve(connection); });
     return true;
 }
 

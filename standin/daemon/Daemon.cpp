@@ -6,7 +6,6 @@
 #include "daemon/SyncService.h"
 
 #include <QFile>
-#include <thread>
 
 namespace standin
 {
@@ -20,15 +19,7 @@ bool Daemon::start(quint16 port)
     m_listener = listenOnLoopback(port);
     if (!m_listener.isValid())
         return false;
-    std::thread([this] {
-        for (;;) {
-            UniqueFd connection = acceptConnection(m_listener.get());
-            if (connection.isValid())
-                std::thread([this, connection = std::move(connection)]() mutable {
-                    serve(std::move(connection));
-                }).detach();
-        }
-    }).detach();
+    serveEachConnection(m_listener.get(), [this](UniqueFd connection) { serve(std::move(connection)); });
     return true;
 }
 

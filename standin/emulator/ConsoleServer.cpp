@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QRandomGenerator>
-#include <thread>
 
 namespace standin
 {
@@ -30,13 +29,7 @@ bool ConsoleServer::start(quint16 port)
     m_listener = listenOnLoopback(port);
     if (!m_listener.isValid())
         return false;
-    std::thread([this] {
-        for (;;) {
-            UniqueFd connection = acceptConnection(m_listener.get());
-            if (connection.isValid())
-                std::thread([this, connection = std::move(connection)] { serve(connection); }).detach();
-        }
-    }).detach();
+    serveEachConnection(m_listener.get(), [this](const UniqueFd &connection) { serve(connection); });
     return true;
 }
 

@@ -56,13 +56,7 @@ bool PackageServer::start(quint16 port)
     socklen_t size = sizeof address;
     ::getsockname(m_listener.get(), reinterpret_cast<sockaddr *>(&address), &size);
     m_port = ntohs(address.sin_port);
-    std::thread([this] {
-        for (;;) {
-            UniqueFd connection = acceptConnection(m_listener.get());
-            if (connection.isValid())
-                std::thread([this, connection = std::move(connection)] { serve(connection); }).detach();
-        }
-    }).detach();
+    serveEachConnection(m_listener.get(), [this](const UniqueFd &connection) { serve(connection); });
     return true;
 }
 

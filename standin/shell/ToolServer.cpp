@@ -3,7 +3,6 @@
 #include "common/Sockets.h"
 
 #include <QFile>
-#include <thread>
 
 namespace standin
 {
@@ -18,15 +17,7 @@ bool ToolServer::start()
     m_listener = listenOnUnixPath(QFile::encodeName(m_device.tree.toolSocket()));
     if (!m_listener.isValid())
         return false;
-    std::thread([this] {
-        for (;;) {
-            UniqueFd connection = acceptConnection(m_listener.get());
-            if (connection.isValid())
-                std::thread([this, connection = std::move(connection)]() mutable {
-                    serve(std::move(connection));
-                }).detach();
-        }
-    }).detach();
+    serveEachConnection(m_listener.get(), [this](UniqueFd connection) { serve(std::move(connection)); });
     return true;
 }
 
