@@ -442,6 +442,19 @@ TEST_F(FileSettingsStoreTest, killAtAnyMomentLeavesAWholeFile)
     EXPECT_EQ(store()->damagedFile(), std::nullopt);
 }
 
+TEST_F(FileSettingsStoreTest, aLongerLeftOverOfAKilledWriteLeavesNothingInTheFile)
+{
+    store()->setValue(QStringLiteral("first"), 1);
+    QFile leftOver(path + QStringLiteral(".new"));
+    ASSERT_TRUE(leftOver.open(QIODevice::WriteOnly));
+    leftOver.write(QByteArray(100'000, 'x'));
+    leftOver.close();
+    EXPECT_EQ(store()->setValue(key, true), std::nullopt);
+    EXPECT_TRUE(QJsonDocument::fromJson(fileBytes()).isObject());
+    EXPECT_EQ(store()->value(key), QVariant(true));
+    EXPECT_EQ(store()->damagedFile(), std::nullopt);
+}
+
 TEST_F(FileSettingsStoreTest, returnedWriteSurvivesAKill)
 {
     for (int round = 0; round < 10; ++round) {

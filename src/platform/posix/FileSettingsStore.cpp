@@ -209,7 +209,10 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
                 values.insert(key, stored);
             else
                 values.remove(key);
-            failure = write(values);
+            // Bytes are what a user has put together, such as the library: the loss of power must not leave an empty
+            // file in its place. Switches and sizes are written many times a second while a window is dragged.
+            const bool isPrecious = stored.typeId() == QMetaType::QByteArray;
+            failure = write(values, isPrecious ? Durability::Disk : Durability::Process);
             if (!failure) {
                 m_values = std::move(values);
                 changed.append(key);
@@ -270,7 +273,7 @@ QStringList FileSettingsStore::reload(Damaged damaged)
     return changed;
 }
 
-std::optional<QString> FileSettingsStore::write(const QVariantMap &values)
+std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durability durability)
 {
     QJsonObject object;
     for (auto it = values.cbegin(); it != values.cend(); ++it)
@@ -287,6 +290,8 @@ std::optional<QString> FileSettingsStore::write(const QVariantMap &values)
         good = count > 0;
         done += good ? count : 0;
     }
+    if (good && durability == Durability::Disk)
+        good = ::fsync(descriptor) == 0;
     if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
         const auto reason = qt_error_string(errno);
         ::close(descriptor);

@@ -44,8 +44,10 @@ private:
     QStringList reload(Damaged damaged);
     /// Takes over the descriptor of the file that `m_values` now stands for, or -1.
     void setSeen(int descriptor);
+    /// What a write survives once it has returned: the end of this process, or the loss of power as well.
+    enum class Durability { Process, Disk };
     /// Puts `values` into the place of the file; answers why that was not possible.
-    std::optional<QString> write(const QVariantMap &values);
+    std::optional<QString> write(const QVariantMap &values, Durability durability);
     Stamp stamp() const;
     /// Emits `changed` for each key: at once on the main thread, and by way of it from any other.
     void announce(const QStringList &keys);
