@@ -6,6 +6,7 @@
 #include "core/LaunchArguments.h"
 #include "core/LoginItem.h"
 #include "ios/ExternalWindowManager.h"
+#include "platform/LeftOverProcesses.h"
 #include "runtime/AndroidAdBlock.h"
 #include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidVolume.h"
@@ -184,12 +185,7 @@ void QuillnestApp::openApp(const QString &text)
 void QuillnestApp::endHostSideServers()
 {
     // What an earlier run that was killed has left behind on this side of the tunnel.
-    ChildCommand command{.program = QStringLiteral("/usr/bin/pkill"), .arguments = {QStringLiteral("-f"), serverClass}};
-    command.output = ChildCommand::Output::Null;
-    try {
-        m_platform.processes->start(command);
-    } catch (const LaunchError &) {
-    }
+    endLeftOverProcesses(*m_platform.processes, serverClass);
 }
 
 Task<> QuillnestApp::cleanDevice()

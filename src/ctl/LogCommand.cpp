@@ -4,13 +4,9 @@
 #include "ctl/LogFollower.h"
 #include "ctl/Output.h"
 #include "platform/HostServices.h"
+#include "platform/StandardOutput.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
-
-#include <unistd.h>
-
-#include <csignal>
 
 namespace quillnest::ctl
 {
@@ -45,12 +41,8 @@ void printOnce(const QString &path, std::optional<int> lines)
 
 int follow(const QString &path, std::optional<int> lines)
 {
-    // At once, even from a write that waits for a reader; nothing is held back that could get lost.
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, [](int) { ::_exit(0); });
-    // A reader that goes away while nothing is written shows only in this.
-    QSocketNotifier reader(STDOUT_FILENO, QSocketNotifier::Exception);
-    QObject::connect(&reader, &QSocketNotifier::activated, [] { QCoreApplication::exit(0); });
+    endAtOnceWhenAsked();
+    watchReaderOfStandardOutput(qApp, [] { QCoreApplication::exit(0); });
     std::exception_ptr error;
     bool ended = false;
     const LogFollower follower(path, lines, [&ended, &error](const QByteArray &text) {

@@ -1,8 +1,8 @@
 #include "ctl/LogFollower.h"
 
-#include <QFileInfo>
+#include "platform/Files.h"
 
-#include <sys/stat.h>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -69,12 +69,8 @@ void LogFollower::watch()
 
 bool LogFollower::isReplaced() const
 {
-    struct stat open {
-    };
-    struct stat named {
-    };
-    return ::fstat(m_file.handle(), &open) != 0 || ::stat(QFile::encodeName(m_path).constData(), &named) != 0
-        || open.st_ino != named.st_ino || open.st_dev != named.st_dev;
+    const auto open = identityOf(m_file);
+    return !open || open != identityOf(m_path);
 }
 
 void LogFollower::readOn()

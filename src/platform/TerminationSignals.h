@@ -2,6 +2,9 @@
 
 #include <QObject>
 
+#include <atomic>
+#include <thread>
+
 namespace quillnest
 {
 
@@ -18,9 +21,14 @@ public:
 
     /// Needs the application object.
     TerminationSignals();
+    ~TerminationSignals() override;
 
 Q_SIGNALS:
     void requested();
+
+private:
+    std::atomic_bool m_ending = false;
+    std::thread m_waiting;
 };
 
 } // namespace quillnest

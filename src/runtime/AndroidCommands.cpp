@@ -2,16 +2,13 @@
 
 #include "base/MobileApp.h"
 #include "base/StrictUtf8.h"
+#include "platform/Files.h"
 #include "runtime/AndroidRuntimeError.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
-#include <system_error>
-
-#include <unistd.h>
 
 namespace quillnest
 {
@@ -25,7 +22,10 @@ public:
     explicit CommandOutput(const QString &folder)
         : m_file(QStringLiteral("%1/Quillnest-command-%2.log").arg(folder, uuidText(QUuid::createUuid())))
     {
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        // What tools say is nobody else's business, in a folder that all users share.
+        if (!m_file.open(
+                QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
+                QFileDevice::ReadOwner | QFileDevice::WriteOwner))
             throw AndroidRuntimeError::commandFailed(QStringLiteral("Could not create command output"));
     }
     ~CommandOutput()
@@ -38,11 +38,7 @@ public:
 
     int descriptor() const { return m_file.handle(); }
 
-    void synchronize() const
-    {
-        if (::fsync(m_file.handle()) != 0)
-            throw std::system_error(errno, std::generic_category(), "command output");
-    }
+    void synchronize() const { quillnest::synchronize(m_file); }
 
     /// What the child wrote; "" if it can't be read or isn't UTF-8.
     QString text() const
@@ -75,9 +71,8 @@ AndroidCommands::AndroidCommands(const Platform &platform, std::shared_ptr<Quill
 
 QString AndroidCommands::run(const QString &tool, const QStringList &arguments) const
 {
-    const QFileInfo file(tool);
-    if (!file.isFile() || !file.isExecutable())
-        throw AndroidRuntimeError::toolMissing(file.fileName());
+    if (!isExecutableFile(tool))
+        throw AndroidRuntimeError::toolMissing(QFileInfo(tool).fileName());
 
     const CommandOutput output(m_platform.folders.temporary);
     ChildCommand command;

@@ -1,22 +1,12 @@
 #include "runtime/AndroidRuntimePaths.h"
 
 #include "base/QuillnestSettings.h"
+#include "platform/Files.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidVersions.h"
 
-#include <QFileInfo>
-
 namespace quillnest
 {
-
-namespace
-{
-bool isExecutableFile(const QString &path)
-{
-    const QFileInfo file(path);
-    return file.isFile() && file.isExecutable();
-}
-} // namespace
 
 QString AndroidRuntimePaths::managedRoot(const Platform &platform)
 {

@@ -1,5 +1,6 @@
 #include "runtime/EmulatorBoot.h"
 
+#include "platform/Files.h"
 #include "runtime/AndroidAdBlock.h"
 #include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidHardware.h"
@@ -146,8 +147,7 @@ Task<> EmulatorBoot::startDevice(Self self)
         co_await pause(self, processPoll);
     if (!self->emulatorIsRunning())
         self->m_emulatorProcess.reset();
-    const QFileInfo emulator(self->m_commands->paths().emulator());
-    if (!emulator.isFile() || !emulator.isExecutable())
+    if (!isExecutableFile(self->m_commands->paths().emulator()))
         throw AndroidRuntimeError::toolMissing(QStringLiteral("Android Emulator"));
     if (!self->m_emulatorProcess)
         self->launchEmulator();

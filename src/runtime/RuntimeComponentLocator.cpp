@@ -1,5 +1,6 @@
 #include "runtime/RuntimeComponentLocator.h"
 
+#include "platform/Files.h"
 #include "runtime/AndroidBridgeError.h"
 #include "runtime/BridgeManifest.h"
 
@@ -15,12 +16,6 @@ namespace
 {
 const auto manifestPath = QStringLiteral("Resources/AndroidBridge/runtime-manifest.json");
 const auto helpersPath = QStringLiteral("Helpers/AndroidBridge");
-
-bool isExecutableFile(const QString &path)
-{
-    const QFileInfo file(path);
-    return file.isFile() && file.isExecutable();
-}
 
 /// Lower-case hexadecimal SHA-256 of a file, read piece by piece; absent if it can't be read.
 std::optional<QString> sha256(const QString &path)

@@ -1,5 +1,6 @@
 #include "runtime/RuntimeRepository.h"
 
+#include "platform/Files.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimePaths.h"
 #include "runtime/AndroidVersions.h"
@@ -18,12 +19,6 @@ namespace
 {
 
 using RuntimeRepository::Wanted;
-
-bool isExecutable(const QString &path)
-{
-    const QFileInfo file(path);
-    return file.isFile() && file.isExecutable();
-}
 
 /// The stable package of the greatest revision; of equal ones the first.
 const RepositoryList::Package *newestStable(const RepositoryList &list, const QString &path)
@@ -88,9 +83,9 @@ std::vector<Wanted> RuntimeRepository::wanted(const Platform &platform)
     const auto paths = AndroidRuntimePaths::managed(platform, api);
 
     std::vector<Wanted> result;
-    if (!isExecutable(paths.adb()))
+    if (!isExecutableFile(paths.adb()))
         result.push_back({QStringLiteral("platform-tools"), tools, repository});
-    if (!isExecutable(paths.emulator()))
+    if (!isExecutableFile(paths.emulator()))
         result.push_back({QStringLiteral("emulator"), tools, repository});
     result.push_back(
         {QStringLiteral("system-images;android-%1;default;%2").arg(api).arg(paths.imageAbi),

@@ -1,6 +1,7 @@
 #include "windows/AndroidMirrorModel.h"
 
 #include "base/FireAndForget.h"
+#include "platform/Files.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -20,12 +21,6 @@ constexpr std::chrono::seconds bootPollInterval{1};
 constexpr int bootPolls = 240;
 constexpr int swipeMilliseconds = 220;
 
-bool isExecutable(const QString &path)
-{
-    const QFileInfo file(path);
-    return file.isFile() && file.isExecutable();
-}
-
 QString developerTool(const Platform &platform, const QString &path)
 {
     return platform.folders.home + QLatin1Char('/') + platform.profile.developerSdk + path;
@@ -35,7 +30,7 @@ QString developerTool(const Platform &platform, const QString &path)
 QString adbPath(const Platform &platform)
 {
     const auto installed = QFileInfo(platform.profile.developmentScrcpy).path() + QStringLiteral("/adb");
-    return isExecutable(installed) ? installed : developerTool(platform, QStringLiteral("/platform-tools/adb"));
+    return isExecutableFile(installed) ? installed : developerTool(platform, QStringLiteral("/platform-tools/adb"));
 }
 
 /// What adb prints; nothing when it can't be started. Blocks.
@@ -163,7 +158,7 @@ Task<bool> AndroidMirrorModel::ensureRuntime(std::shared_ptr<Capture> capture)
     if (!m_emulator || !m_emulator->isRunning()) {
         ChildCommand command;
         command.program = developerTool(m_platform, QStringLiteral("/emulator/emulator"));
-        if (!isExecutable(command.program))
+        if (!isExecutableFile(command.program))
             co_return false;
         command.arguments
             = {QLatin1Char('@') + m_platform.profile.developerAvdName,

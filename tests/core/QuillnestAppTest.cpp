@@ -102,7 +102,8 @@ TEST_F(QuillnestAppTest, withoutADeviceThereIsNothingToCleanButTheIdleTimeRuns)
 TEST_F(QuillnestAppTest, serversThatAnEarlierRunLeftOnThisSideAreEnded)
 {
     start();
-    EXPECT_TRUE(fakes.processes->lines().contains(QStringLiteral("/usr/bin/pkill -f com.genymobile.scrcpy.Server")));
+    EXPECT_EQ(count("/usr/bin/pkill"), 1);
+    EXPECT_EQ(count("com\\.genymobile\\.scrcpy\\.Server"), 1);
 }
 
 TEST_F(QuillnestAppTest, aMissingProgramDoesNotStopTheStart)

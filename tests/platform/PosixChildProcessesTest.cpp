@@ -250,6 +250,15 @@ TEST_F(PosixChildProcessesTest, childrenStartWithTheUsualSignals)
     EXPECT_EQ(sets["SigIgn"] & (1ULL << (SIGPIPE - 1)), 0U);
 }
 
+TEST_F(PosixChildProcessesTest, childrenAreOutOfReachOfTheTerminalsKeys)
+{
+    const auto result = processes.run(shell(QStringLiteral("cut -d' ' -f1,5,6 /proc/$$/stat")));
+    const auto numbers = result.output.simplified().split(' ');
+    ASSERT_EQ(numbers.size(), 3);
+    EXPECT_EQ(numbers[1], numbers[0]) << "its own group";
+    EXPECT_EQ(numbers[2], numbers[0]) << "its own session";
+}
+
 // Started children
 
 TEST_F(PosixChildProcessesTest, startedChildReportsItsOutputAndThenItsEnd)

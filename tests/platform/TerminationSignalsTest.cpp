@@ -32,7 +32,13 @@ protected:
 };
 } // namespace
 
-TEST_F(TerminationSignalsTest, signalsBecomeRequestsOnTheEventLoop)
+// A signal goes to whichever thread of the process takes it, and the threads of tests that ran before don't keep it
+// from ending everything: these two run in a process of their own.
+
+namespace
+{
+/// Whether each of the signals, sent to the whole process, becomes one request.
+bool allSignalsBecomeRequests()
 {
     TerminationSignals::block();
     TerminationSignals signals;
@@ -42,11 +48,13 @@ TEST_F(TerminationSignalsTest, signalsBecomeRequestsOnTheEventLoop)
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         ::kill(::getpid(), signal);
         ++expected;
-        EXPECT_TRUE(comesTrue([&] { return requests == expected; })) << signal;
+        if (!comesTrue([&] { return requests == expected; }))
+            return false;
     }
+    return true;
 }
 
-TEST_F(TerminationSignalsTest, threadsStartedLaterDoNotTakeTheSignals)
+bool signalPassesByAnotherThread()
 {
     TerminationSignals::block();
     TerminationSignals signals;
@@ -58,9 +66,33 @@ TEST_F(TerminationSignalsTest, threadsStartedLaterDoNotTakeTheSignals)
             std::this_thread::yield();
     });
     ::kill(::getpid(), SIGTERM);
-    EXPECT_TRUE(comesTrue([&] { return requests == 1; }));
+    const bool came = comesTrue([&] { return requests == 1; });
     done = true;
     other.join();
+    return came;
+}
+} // namespace
+
+TEST_F(TerminationSignalsTest, signalsBecomeRequestsOnTheEventLoop)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(std::_Exit(allSignalsBecomeRequests() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(TerminationSignalsTest, threadsStartedLaterDoNotTakeTheSignals)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(std::_Exit(signalPassesByAnotherThread() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(TerminationSignalsTest, theEndOfTheObjectEndsItsThread)
+{
+    const int threads = ownThreads();
+    TerminationSignals::block();
+    {
+        const TerminationSignals signals;
+    }
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return ownThreads() <= threads; }));
 }
 
 TEST_F(TerminationSignalsTest, writingToAClosedPipeFailsAndNothingElse)

@@ -1,20 +1,17 @@
 #include "platform/desktop/FFmpegSampleRenderer.h"
 
+#include "platform/CurrentThread.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 }
-
-#include <pthread.h>
 
 #include <cstring>
 
 namespace quillnest
 {
 
-FFmpegSampleRenderer::FFmpegSampleRenderer() : m_packet(av_packet_alloc()), m_thread([this] { work(); })
-{
-    pthread_setname_np(m_thread.native_handle(), "video decoder");
-}
+FFmpegSampleRenderer::FFmpegSampleRenderer() : m_packet(av_packet_alloc()), m_thread([this] { work(); }) { }
 
 FFmpegSampleRenderer::~FFmpegSampleRenderer()
 {
@@ -90,6 +87,7 @@ RendererCounters FFmpegSampleRenderer::counters() const
 
 void FFmpegSampleRenderer::work()
 {
+    nameCurrentThread("video decoder");
     std::unique_lock guard(m_lock);
     while (true) {
         m_wake.wait(guard, [this] { return m_ending || !m_queue.empty(); });

@@ -1,14 +1,11 @@
 #include "platform/desktop/QtExecutor.h"
 
+#include "platform/CurrentThread.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QThread>
 
-#include <pthread.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -22,11 +19,12 @@ namespace
 class ThreadQueue : public SerialQueue
 {
 public:
-    explicit ThreadQueue(const char *label) : m_thread([this] { work(); })
+    explicit ThreadQueue(const char *label)
+        : m_thread([this, name = std::string(label)] {
+            nameCurrentThread(name);
+            work();
+        })
     {
-        // The kernel keeps fifteen characters of a thread's name: the last ones tell the most.
-        const std::string name(label);
-        pthread_setname_np(m_thread.native_handle(), name.substr(name.size() > 15 ? name.size() - 15 : 0).c_str());
     }
 
     ~ThreadQueue() override
@@ -81,14 +79,12 @@ private:
     std::thread m_thread;
 };
 
-/// Makes room for all other threads. The system's own priorities of threads have no effect for ordinary ones; niceness
-/// has, it belongs to each thread, and children inherit it.
+/// Once is enough for a thread of the pool.
 void lowerPriority()
 {
-    constexpr int niceness = 10;
     thread_local bool lowered = false;
     if (!std::exchange(lowered, true))
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
+        lowerCurrentThread();
 }
 
 } // namespace
@@ -108,8 +104,20 @@ void QtExecutor::Handover::runNext()
             return;
         work = std::move(m_waiting.front());
         m_waiting.pop_front();
+        ++m_running;
     }
     work();
+    work = nullptr;
+    const std::scoped_lock guard(m_lock);
+    --m_running;
+    // Under the lock: whoever waits may destroy all this as soon as it is free.
+    m_idle.notify_all();
+}
+
+void QtExecutor::Handover::waitForDone()
+{
+    std::unique_lock guard(m_lock);
+    m_idle.wait(guard, [this] { return m_running == 0 && m_waiting.empty(); });
 }
 
 void QtExecutor::Handover::drop()
@@ -140,6 +148,9 @@ QtExecutor::~QtExecutor()
 {
     m_utilityPool.clear();
     m_utility.drop();
+    // The pools' threads are through with what belongs to this object, in an order that both sides' locks make.
+    m_utility.waitForDone();
+    m_background.waitForDone();
     m_utilityPool.waitForDone();
     m_pool.waitForDone();
 }

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QThreadPool>
 
+#include <condition_variable>
 #include <deque>
 #include <mutex>
 
@@ -33,9 +34,13 @@ private:
         /// Nothing if what was to run has been dropped.
         void runNext();
         void drop();
+        /// Until nothing waits and nothing runs.
+        void waitForDone();
 
     private:
         std::mutex m_lock;
+        std::condition_variable m_idle;
+        int m_running = 0;
         std::deque<std::function<void()>> m_waiting;
     };
 

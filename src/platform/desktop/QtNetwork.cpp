@@ -4,13 +4,9 @@
 
 #include <QFile>
 #include <QPointer>
-
-#include <fcntl.h>
-#include <unistd.h>
+#include <QTemporaryFile>
 
 #include <atomic>
-#include <cerrno>
-#include <cstdlib>
 #include <mutex>
 
 namespace quillnest
@@ -117,20 +113,14 @@ class QtNetwork::FileDownload : public Download
 public:
     /// Shared with the transfer.
     struct State {
-        ~State()
-        {
-            if (descriptor >= 0)
-                ::close(descriptor);
-        }
-
         // Main thread.
         DownloadEvents events;
         bool dropped = false;
         // Constant while the transfer runs.
         QString path;
-        int descriptor = -1;
         std::optional<QString> problem;
         // The network's thread.
+        QTemporaryFile file;
         QPointer<HttpTransfer> transfer;
         // Both.
         std::mutex lock;
@@ -144,13 +134,15 @@ public:
         : m_state(std::make_shared<State>()), m_executor(network.m_executor), m_context(network.m_context)
     {
         m_state->events = std::move(events);
-        auto name = QFile::encodeName(folder + QStringLiteral("/download-XXXXXX.part"));
-        m_state->descriptor = ::mkostemps(name.data(), 5, O_CLOEXEC);
-        if (m_state->descriptor < 0) {
-            ended(m_state, *m_executor, 0, qt_error_string(errno));
+        auto &file = m_state->file;
+        file.setFileTemplate(folder + QStringLiteral("/download-XXXXXX.part"));
+        // It goes with this object, from whose thread it may have been moved away by then.
+        file.setAutoRemove(false);
+        if (!file.open()) {
+            ended(m_state, *m_executor, 0, file.errorString());
             return;
         }
-        m_state->path = QFile::decodeName(name);
+        m_state->path = file.fileName();
         network.onThread([url, patience = network.m_patience, state = m_state,
                           executor = m_executor](QNetworkAccessManager &manager, QObject *owner) {
             if (state->isCancelled)
@@ -188,16 +180,13 @@ private:
     static std::optional<QString>
     take(const Shared &state, Executor &executor, std::span<const char> piece, qint64 expected)
     {
-        for (auto rest = piece; !rest.empty();) {
-            const auto count = ::write(state->descriptor, rest.data(), rest.size());
-            if (count < 0 && errno == EINTR)
-                continue;
-            if (count < 0)
-                return qt_error_string(errno);
-            rest = rest.subspan(static_cast<std::size_t>(count));
-        }
+        // What is announced as written has left this process.
+        auto &file = state->file;
+        const auto size = static_cast<qint64>(piece.size());
+        if (file.write(piece.data(), size) != size || !file.flush())
+            return file.errorString();
         const std::scoped_lock guard(state->lock);
-        state->written += static_cast<qint64>(piece.size());
+        state->written += size;
         state->expected = expected;
         // The main thread hears of the newest count only, however slow it is.
         if (!std::exchange(state->isAnnounced, true))

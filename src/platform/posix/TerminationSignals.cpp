@@ -1,9 +1,6 @@
 #include "platform/TerminationSignals.h"
 
-#include <QSocketNotifier>
-
-#include <sys/signalfd.h>
-#include <unistd.h>
+#include "platform/CurrentThread.h"
 
 #include <csignal>
 
@@ -27,21 +24,27 @@ sigset_t terminationSignals()
 void TerminationSignals::block()
 {
     ::signal(SIGPIPE, SIG_IGN);
-    // Blocked in every thread, so that they come only through the descriptor.
+    // Blocked in every thread, so that they come only to the one that waits for them.
     const auto signals = terminationSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 TerminationSignals::TerminationSignals()
+    : m_waiting([this] {
+        nameCurrentThread("signals");
+        const auto signals = terminationSignals();
+        for (int signal = 0; ::sigwait(&signals, &signal) == 0 && !m_ending;)
+            QMetaObject::invokeMethod(this, &TerminationSignals::requested, Qt::QueuedConnection);
+    })
 {
-    const auto signals = terminationSignals();
-    const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [this, descriptor] {
-        signalfd_siginfo info;
-        while (::read(descriptor, &info, sizeof info) > 0) { }
-        Q_EMIT requested();
-    });
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    m_ending = true;
+    // To that thread alone, which is waiting for just this.
+    ::pthread_kill(m_waiting.native_handle(), SIGTERM);
+    m_waiting.join();
 }
 
 } // namespace quillnest

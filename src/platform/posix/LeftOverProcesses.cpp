@@ -1,0 +1,38 @@
+#include "platform/LeftOverProcesses.h"
+
+#include <unistd.h>
+
+namespace quillnest
+{
+
+namespace
+{
+/// As a pattern that matches the text and nothing else.
+QString literally(const QString &text)
+{
+    QString pattern;
+    for (const auto letter : text) {
+        if (QStringView(u"\\.^$*+?()[]{}|").contains(letter))
+            pattern += u'\\';
+        pattern += letter;
+    }
+    return pattern;
+}
+} // namespace
+
+void endLeftOverProcesses(ChildProcesses &processes, const QString &text)
+{
+    ChildCommand command{
+        .program = QStringLiteral("/usr/bin/pkill"),
+        .arguments
+        = {QStringLiteral("-U"), QString::number(::getuid()), QStringLiteral("-f"), QStringLiteral("--"),
+           literally(text)}};
+    command.output = ChildCommand::Output::Null;
+    try {
+        processes.start(command);
+    } catch (const LaunchError &) {
+        // They do no harm that couldn't wait for the next time.
+    }
+}
+
+} // namespace quillnest
