@@ -312,14 +312,76 @@ TEST_F(ZipArchivesTest, anEncryptedArchiveAsksNobody)
     EXPECT_TRUE(QDir(target).isEmpty());
 }
 
-TEST_F(ZipArchivesTest, theToolsOwnVariablesChangeNothing)
+TEST_F(ZipArchivesTest, whatIsPackedIsWhatIsUnpacked)
 {
-    ::setenv("UNZIP", "-j", 1);
+    const auto content = outside.filePath(QStringLiteral("content"));
+    write(content + QStringLiteral("/info.json"), "{}");
+    write(content + QStringLiteral("/.hidden"), "hidden");
+    write(content + QStringLiteral("/deep/er/tool"), QByteArray(300'000, 'x'));
+    ::chmod(QFile::encodeName(content + QStringLiteral("/deep/er/tool")).constData(), 0750);
+    QDir().mkpath(content + QStringLiteral("/empty"));
+    QFile::link(QStringLiteral("deep/er"), content + QStringLiteral("/link"));
+    const auto archive = outside.filePath(QStringLiteral("packed/a b \u00fc.zip"));
+    QDir().mkpath(QFileInfo(archive).path());
+    ASSERT_TRUE(archives.packFolder(content, archive));
+    EXPECT_EQ(
+        QDir(QFileInfo(archive).path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+    ASSERT_TRUE(unpackFile(archive));
+    EXPECT_EQ(read(QStringLiteral("info.json")), "{}");
+    EXPECT_EQ(read(QStringLiteral(".hidden")), "hidden");
+    EXPECT_EQ(read(QStringLiteral("deep/er/tool")), QByteArray(300'000, 'x'));
+    EXPECT_EQ(mode(QStringLiteral("deep/er/tool")), S_IFREG | 0750U);
+    EXPECT_TRUE(S_ISDIR(mode(QStringLiteral("empty"))));
+    EXPECT_EQ(link(QStringLiteral("link")), QStringLiteral("deep/er"));
+}
+
+TEST_F(ZipArchivesTest, aPackedArchiveTakesThePlaceOfAnOlderOneOrChangesNothing)
+{
+    const auto archive = write(QStringLiteral("backups/a.zip"), "an older one");
+    const auto bytes = [&archive] {
+        QFile file(archive);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const auto one = write(QStringLiteral("one"), "1");
+    const auto none = outside.filePath(QStringLiteral("none"));
+    const auto pipe = outside.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_FALSE(archives.pack({{QStringLiteral("one"), one}, {QStringLiteral("none"), none}}, archive));
+    EXPECT_FALSE(archives.pack({{QStringLiteral("one"), one}, {QStringLiteral("pipe"), pipe}}, archive));
+    EXPECT_FALSE(archives.pack({{QStringLiteral("one"), one}, {QStringLiteral("one"), one}}, archive));
+    EXPECT_FALSE(archives.pack({}, archive));
+    EXPECT_FALSE(archives.packFolder(none, archive));
+    EXPECT_FALSE(archives.pack({{QStringLiteral("one"), one}}, outside.filePath(QStringLiteral("none/a.zip"))));
+    EXPECT_EQ(bytes(), "an older one");
+    EXPECT_TRUE(archives.pack({{QStringLiteral("base.apk"), one}}, archive));
+    EXPECT_TRUE(bytes().startsWith("PK\x03\x04"));
+    EXPECT_EQ(
+        QDir(outside.filePath(QStringLiteral("backups")))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
+            .size(),
+        1);
+    EXPECT_EQ(archives.open(archive.toStdString())->names(), std::vector<std::string_view>{"base.apk"});
+}
+
+TEST_F(ZipArchivesTest, entriesThatLieOverOneAnotherAreRefused)
+{
     ZipWriter zip;
-    zip.addFile("tools/adb", "program");
-    EXPECT_TRUE(unpack(zip));
-    ::unsetenv("UNZIP");
-    EXPECT_EQ(read(QStringLiteral("tools/adb")), "program");
+    zip.addFile("tools/a", QByteArray(100'000, 'a'));
+    auto bytes = zip.archive();
+    // The one entry, listed many times.
+    const auto directory = bytes.indexOf("PK\x01\x02");
+    const auto end = bytes.lastIndexOf("PK\x05\x06");
+    const auto line = bytes.sliced(directory, end - directory);
+    QByteArray listed;
+    for (char i = 0; i < 100; ++i)
+        listed += QByteArray(line).replace("tools/a", QByteArray("tools/") + static_cast<char>(' ' + i));
+    auto tail = bytes.sliced(end);
+    const auto size = listed.size();
+    tail[8] = tail[10] = 100;
+    for (int i = 0; i < 4; ++i)
+        tail[12 + i] = static_cast<char>(size >> (8 * i));
+    EXPECT_FALSE(unpack(bytes.first(directory) + listed.replace("tools//", "tools/_") + tail));
+    EXPECT_TRUE(QDir(target).isEmpty());
 }
 
 TEST_F(ZipArchivesTest, whatAKilledRunLeftGoesWithTheNext)

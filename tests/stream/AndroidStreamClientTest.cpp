@@ -247,14 +247,15 @@ TEST_F(AndroidStreamClientTest, stopEndsTheAdbThatADeviceKeepsWaiting)
     public:
         ChildResult runEndable(const ChildCommand &command, const Started &started) override
         {
-            const auto child = std::make_shared<ScriptedChild>(command, Handlers{});
+            child = std::make_shared<ScriptedChild>(command, Handlers{});
             started(child);
             isRunning = true;
-            if (!comesTrueWithoutMain([&child] { return !child->isRunning(); }))
+            if (!comesTrueWithoutMain([this] { return !child->isRunning(); }))
                 return {};
             return {std::nullopt, 143, {}};
         }
         std::atomic_bool isRunning = false;
+        std::shared_ptr<ScriptedChild> child;
     };
     const auto stuck = std::make_shared<StuckProcesses>();
     fakes.platform.processes = stuck;
@@ -266,7 +267,8 @@ TEST_F(AndroidStreamClientTest, stopEndsTheAdbThatADeviceKeepsWaiting)
     ASSERT_TRUE(comesTrue([&] { return stuck->isRunning.load(); }));
     EXPECT_FALSE(threads->waitForEnd(std::chrono::milliseconds(1)));
     client->stop();
-    EXPECT_TRUE(threads->waitForEnd(std::chrono::seconds(30)));
+    EXPECT_EQ(stuck->child->terminations(), 1);
+    EXPECT_TRUE(threads->waitForEnd(std::chrono::minutes(1)));
     EXPECT_TRUE(endsOnceWith(couldNotConnect + QStringLiteral("failed(\"push server: \")")));
 }
 

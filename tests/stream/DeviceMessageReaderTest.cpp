@@ -192,15 +192,13 @@ TEST_F(DeviceMessageReaderTest, clipboardChangesAtMostAFewTimesInASecondAndTheLa
 {
     fakes.platform.executor = fakes.executor;
     DeviceMessageReader reader(fakes.platform, log);
-    ConnectedSocket connection;
-    std::thread thread([&] { reader.read(*connection.socket); });
     for (int i = 0; i < 100; ++i) {
-        connection.device.send(clipboard("text " + QByteArray::number(i)));
+        ConnectedSocket connection;
+        connection.sendAndClose(clipboard("text " + QByteArray::number(i)));
+        reader.read(*connection.socket);
         fakes.executor->drainMain();
         fakes.clock->advance(std::chrono::milliseconds(10));
     }
-    connection.device.close();
-    thread.join();
     fakes.executor->drainMain();
     EXPECT_LE(fakes.pasteboard->changeCount(), 1 + 1000 / 200);
     fakes.clock->advance(DeviceMessageReader::clipboardPause);

@@ -3,9 +3,9 @@
 #include "runtime/AndroidBridgeError.h"
 #include "windows/WindowFixture.h"
 
-#include <QDir>
 #include <QSignalSpy>
 
+#include <atomic>
 #include <limits>
 #include <thread>
 
@@ -171,13 +171,19 @@ TEST_F(AndroidWindowRegistryTest, whoeverWaitsForAnEndIsNotLeftWaitingByTheEndOf
 
 TEST_F(AndroidWindowRegistryTest, noThreadOfAStreamOutlivesTheRegistry)
 {
-    const auto threads = [] { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); };
-    const auto before = threads();
-    auto &session = open();
-    device.connect(session);
-    EXPECT_GT(threads(), before);
+    std::atomic_bool hasBegun = false;
+    std::atomic_bool hasEnded = false;
+    fakes.processes->on(QStringLiteral(" push "), [&](const ChildCommand &) {
+        hasBegun = true;
+        // An adb that takes a while to notice that nobody needs it any more.
+        std::this_thread::sleep_for(300ms);
+        hasEnded = true;
+        return ScriptedProcesses::Answer{"interrupted", 1};
+    });
+    open();
+    ASSERT_TRUE(waitFor([&hasBegun] { return hasBegun.load(); }));
     registry.reset();
-    EXPECT_EQ(threads(), before);
+    EXPECT_TRUE(hasEnded);
 }
 
 TEST_F(AndroidWindowRegistryTest, whatHappensToWindowsIsToldToWhoeverCares)

@@ -705,6 +705,7 @@ TEST_F(AndroidWindowSessionTest, samplesCanBeWatched)
 
 TEST_F(AndroidWindowSessionTest, aMessageIsShownOnlyWhereItCanBeSeen)
 {
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
     auto &session = openKey();
     QStringList shown;
     EXPECT_FALSE(session.showMessage({QStringLiteral("nobody"), QString()}));

@@ -293,7 +293,9 @@ void QtCanvas::drawRadialGradient(const Gradient &gradient, Point center, double
         return;
     drawGradient(gradient, radius <= 0, [&](Point point) {
         const auto from = point - center;
-        return std::hypot(from.x / radius, from.y / radius);
+        const double x = from.x / radius;
+        const double y = from.y / radius;
+        return std::sqrt(x * x + y * y);
     });
 }
 

