@@ -85,7 +85,7 @@ TEST(PosixLocalListenerTest, closesItsSocketWithItself)
     const int before = openStreams();
     auto listener = std::make_unique<PosixLocalListener>();
     const auto port = listener->port();
-    EXPECT_EQ(openStreams(), before + 1);
+    EXPECT_GT(openStreams(), before);
     listener.reset();
     EXPECT_EQ(openStreams(), before);
     EXPECT_FALSE(DeviceSocket(port).isOpen());
