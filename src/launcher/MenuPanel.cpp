@@ -14,6 +14,7 @@
 #include "launcher/wallpaper/Wallpaper.h"
 #include "look/ElidedLabel.h"
 #include "look/Fonts.h"
+#include "look/PlainWords.h"
 #include "look/SlimScrollBar.h"
 #include "runtime/AndroidRuntimePaths.h"
 
@@ -96,7 +97,7 @@ MenuPanel::MenuPanel(const PanelServices &services, Mode mode, QWidget *parent)
         row->addWidget(widget);
         column->addLayout(row);
     };
-    m_searchField = new SearchField(services.platform, m_look, m_launcher);
+    m_searchField = new SearchField(m_look, m_launcher);
     inset(m_searchField);
     m_setupPlace = new QVBoxLayout;
     column->addLayout(m_setupPlace);
@@ -107,7 +108,7 @@ MenuPanel::MenuPanel(const PanelServices &services, Mode mode, QWidget *parent)
     m_fill = new QSpacerItem(0, 0);
     column->addItem(m_fill);
     column->addWidget(makeFooter());
-    m_overlay = new DropOverlay(services.platform, m_look, this);
+    m_overlay = new DropOverlay(m_look, this);
     wire();
     m_searchField->setText(services.store.search());
     refreshApps(true);
@@ -129,7 +130,7 @@ QWidget *MenuPanel::makeTitleBar()
     row->addWidget(m_title);
     row->addStretch(1);
     const auto button = [&](const char *symbol, const char *help) {
-        auto *made = new HeaderIconButton(m_services.platform, m_look, QLatin1String(symbol), QLatin1String(help), bar);
+        auto *made = new HeaderIconButton(m_look, QLatin1String(symbol), QLatin1String(help), bar);
         row->addWidget(made);
         return made;
     };
@@ -145,7 +146,7 @@ void MenuPanel::makeApps(QVBoxLayout *column)
     auto *area = new QVBoxLayout(m_appArea);
     area->setContentsMargins(0, 8, 0, 0);
     area->setSpacing(0);
-    m_empty = new EmptyState(m_services.platform, m_look, m_appArea);
+    m_empty = new EmptyState(m_look, m_appArea);
     area->addWidget(m_empty, 1);
     m_scroll = new QScrollArea(m_appArea);
     m_scroll->setWidgetResizable(true);
@@ -365,7 +366,7 @@ void MenuPanel::refreshParts()
     setColor(m_nothing, colors.secondaryLabel);
     setColor(m_status, colors.secondaryLabel);
     m_status->setText(store.statusMessage());
-    m_status->setToolTip(store.statusMessage().toHtmlEscaped());
+    m_status->setToolTip(plainToolTip(store.statusMessage()));
     m_pill->setState(store.androidState());
     m_dock->refresh();
     // The dock tells the same in more words while no app takes its place.

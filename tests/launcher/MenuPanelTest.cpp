@@ -8,6 +8,7 @@
 #include "launcher/SearchField.h"
 #include "launcher/StatusPill.h"
 #include "look/Palette.h"
+#include "look/PlainWords.h"
 
 #include <QDropEvent>
 #include <QLineEdit>
@@ -25,7 +26,7 @@ protected:
     QString status() const
     {
         for (const auto *label : panel->findChildren<QLabel *>()) {
-            if (label->toolTip() == store->statusMessage().toHtmlEscaped() && label->isVisibleTo(panel.get()))
+            if (label->toolTip() == plainToolTip(store->statusMessage()) && label->isVisibleTo(panel.get()))
                 return label->text();
         }
         return {};
