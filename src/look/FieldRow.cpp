@@ -44,8 +44,7 @@ QRect FieldRow::wordsArea(QSize size) const
 {
     const int taken = controlWidth(size.width()) + gap;
     const bool mirrored = layoutDirection() == Qt::RightToLeft;
-    return {
-        inset + (mirrored ? taken : 0), 0, std::max(leastWords, size.width() - 2 * inset - taken), size.height()};
+    return {inset + (mirrored ? taken : 0), 0, std::max(leastWords, size.width() - 2 * inset - taken), size.height()};
 }
 
 int FieldRow::heightForWidth(int width) const

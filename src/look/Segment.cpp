@@ -30,8 +30,7 @@ Segment::Segment(const Look &look, const QString &title, const QString &symbol, 
 
 QSize Segment::sizeHint() const
 {
-    return {
-        fontMetrics().horizontalAdvance(name()) + 2 * margin, m_symbol.isEmpty() ? plainHeight : symbolHeight};
+    return {fontMetrics().horizontalAdvance(name()) + 2 * margin, m_symbol.isEmpty() ? plainHeight : symbolHeight};
 }
 
 QSize Segment::minimumSizeHint() const
@@ -59,8 +58,7 @@ void Segment::paint(QPainter &painter)
     auto words = area;
     if (!m_symbol.isEmpty()) {
         const auto tint = isChecked() ? colors.controlAccent : colors.secondaryLabel;
-        painter.drawPixmap(
-            QPointF((width() - symbolSize) / 2, 5), look().symbol(m_symbol, symbolSize, tint, painter));
+        painter.drawPixmap(QPointF((width() - symbolSize) / 2, 5), look().symbol(m_symbol, symbolSize, tint, painter));
         words.setTop(5 + symbolSize);
     }
     painter.setPen(color);

@@ -18,9 +18,8 @@ protected:
 double contrast(const QColor &a, const QColor &b)
 {
     const auto luminance = [](const QColor &color) {
-        const auto linear = [](double part) {
-            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-        };
+        const auto linear
+            = [](double part) { return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
         return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
     };
     const double first = luminance(a);

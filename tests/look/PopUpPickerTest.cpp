@@ -134,7 +134,8 @@ TEST_F(PopUpPickerTest, aDisabledOneOpensNothing)
     QTest::keyClick(&picker, Qt::Key_Down);
     EXPECT_FALSE(picker.menu());
     EXPECT_EQ(count(picture(picker), look.colors.label), 0);
-    EXPECT_FALSE(access(picker)->actionInterface()->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+    EXPECT_FALSE(
+        access(picker)->actionInterface()->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
 }
 
 TEST_F(PopUpPickerTest, itsWidestValueFitsAndItsArrowsStandAtTheEnd)

@@ -155,8 +155,7 @@ TEST_F(RowsTest, aWideControlLeavesTheWordsTheirRoom)
 TEST_F(RowsTest, aFootnoteIsSmallQuietAndWraps)
 {
     auto &note = put(new Footnote(look, longWords), QRect(20, 20, 200, 0));
-    auto &warning
-        = put(new Footnote(look, QStringLiteral("MMMM"), Footnote::Tone::attention), QRect(20, 200, 200, 0));
+    auto &warning = put(new Footnote(look, QStringLiteral("MMMM"), Footnote::Tone::attention), QRect(20, 200, 200, 0));
     show();
     EXPECT_EQ(note.font().pixelSize(), 11);
     EXPECT_GT(note.heightForWidth(200), 2 * note.fontMetrics().height());
