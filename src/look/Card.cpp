@@ -54,7 +54,8 @@ void Card::paintEvent(QPaintEvent *)
     if (m_title.isEmpty())
         return;
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-    auto line = QRect(m_form.padding, m_form.padding, width() - 2 * m_form.padding, titleLine);
+    const int in = m_form.padding + m_form.titleInset;
+    auto line = QRect(in, m_form.padding, width() - 2 * in, titleLine);
     const bool mirrored = layoutDirection() == Qt::RightToLeft;
     if (!m_symbol.isEmpty()) {
         const int left = mirrored ? line.left() + line.width() - symbolSize : line.left();

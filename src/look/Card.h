@@ -20,6 +20,8 @@ public:
         double radius = 12;
         int padding = 14;
         int spacing = 4;
+        /// How much further in than the content the title stands, for rows that have room of their own around them.
+        int titleInset = 0;
     };
 
     Card(const Look &look, const QString &title, QWidget *parent = nullptr);

@@ -138,6 +138,17 @@ TEST_F(MenuPanelTest, aClickOpensTheAppAndADragOffItsTileDoesNot)
     EXPECT_EQ(store->launchingAppID(), moon.id);
 }
 
+TEST_F(MenuPanelTest, aPressThatOutlivesTheTilesOpensNothing)
+{
+    addApp(QStringLiteral("Moon"));
+    QTest::mousePress(&grid(), Qt::LeftButton, {}, grid().tileRect(0).center());
+    // Now another app stands where the pointer is.
+    addApp(QStringLiteral("Apple"));
+    ASSERT_EQ(names().first(), QStringLiteral("Apple"));
+    QTest::mouseRelease(&grid(), Qt::LeftButton, {}, grid().tileRect(0).center());
+    EXPECT_FALSE(store->launchingAppID());
+}
+
 TEST_F(MenuPanelTest, eachDroppedFileIsAddedByItselfSoTheLastOutcomeIsTold)
 {
     const auto moon = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");

@@ -4,6 +4,7 @@
 #include "look/Card.h"
 #include "look/ChoiceButton.h"
 #include "look/ContinuousCorners.h"
+#include "look/ElidedLabel.h"
 #include "look/FieldRow.h"
 #include "look/Fonts.h"
 #include "look/Footnote.h"
@@ -20,7 +21,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QLabel>
 #include <QPainter>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -46,7 +46,7 @@ constexpr int cellWidth = 152;
 constexpr int cellGap = 10;
 constexpr int states = 5;
 constexpr int sheetWidth = 2 * margin + nameWidth + states * cellWidth + (states - 1) * cellGap;
-constexpr int sheetHeight = 1212;
+constexpr int sheetHeight = 1150;
 
 /// A sheet on which controls are put down one by one.
 class Sheet
@@ -70,7 +70,8 @@ public:
     {
         headings();
         const auto plain = [this](PushButton::Kind kind, const char *title) {
-            return [this, kind, title](int) -> QWidget * { return new PushButton(look, QLatin1String(title), kind); };
+            return
+                [this, kind, title](int) -> QWidget * { return new PushButton(look, QString::fromUtf8(title), kind); };
         };
         row("Push button", 44, plain(PushButton::Kind::plain, "Choose APK…"));
         row("Prominent", 44, plain(PushButton::Kind::prominent, "Download"));
@@ -139,13 +140,14 @@ private:
         host.setFocusPolicy(Qt::ClickFocus);
         host.setFocus();
         widget->setEnabled(state != disabled);
-        if (button) {
-            button->setAttribute(Qt::WA_UnderMouse, state == hovered || state == pressed);
-            button->setDown(state == pressed);
-            if (state == focused)
-                button->setFocus(Qt::TabFocusReason);
-        }
+        if (button && state == focused)
+            button->setFocus(Qt::TabFocusReason);
         m_fakes.settle();
+        // Wherever the pointer is.
+        for (auto *one : buttons)
+            one->setAttribute(Qt::WA_UnderMouse, one == button && (state == hovered || state == pressed));
+        if (button)
+            button->setDown(state == pressed);
         stamp(host, area.topLeft());
     }
 
@@ -220,7 +222,7 @@ private:
     /// The kit as it is used: cards of rows, pages, and what shows work.
     void cards()
     {
-        constexpr int wide = 404;
+        constexpr int wide = (sheetWidth - 3 * margin) / 2;
         constexpr int high = 410;
         const auto place = [this](int index) {
             const int left = margin + index * (wide + margin);
@@ -239,16 +241,18 @@ private:
              {QStringLiteral("Updates"), QStringLiteral("arrow.down.circle")},
              {QStringLiteral("About"), QStringLiteral("checkmark.circle.fill")}});
         column->addWidget(pages);
-        auto *apps = new Card(look, QStringLiteral("Apps"), {.padding = 8, .spacing = 2}, &first);
+        auto *apps = new Card(
+            look, QStringLiteral("Apps"), {.padding = 8, .spacing = 2, .titleInset = SettingRow::inset}, &first);
         auto *single = new SettingRow(look, QStringLiteral("One app at a time"));
         single->setChecked(true);
         apps->content().addWidget(single);
         apps->content().addWidget(
             new SettingRow(look, QStringLiteral("Start Android when the popup opens (apps open faster)")));
-        apps->content().addWidget(
-            new FieldRow(look, QStringLiteral("Stop Android when no app is open"), picker()));
+        apps->content().addWidget(new FieldRow(look, QStringLiteral("Stop Android when no app is open"), picker()));
         column->addWidget(apps);
-        auto *versions = new Card(look, QStringLiteral("Android version"), {.padding = 8, .spacing = 2}, &first);
+        auto *versions = new Card(
+            look, QStringLiteral("Android version"), {.padding = 8, .spacing = 2, .titleInset = SettingRow::inset},
+            &first);
         versions->content().addWidget(new FieldRow(
             look, QStringLiteral("Android 13"),
             new PushButton(look, QStringLiteral("Delete"), PushButton::Kind::destructive)));
@@ -276,7 +280,7 @@ private:
         news->setSymbol(QStringLiteral("bell"));
         for (const auto &[text, weight] :
              {std::pair("Low tide at half past six", QFont::DemiBold), std::pair("Bring the lamp.", QFont::Normal)}) {
-            auto *label = new QLabel(QLatin1String(text));
+            auto *label = new ElidedLabel(QLatin1String(text));
             label->setFont(interfaceFont(13, weight));
             news->content().addWidget(label);
         }
@@ -298,9 +302,12 @@ private:
         auto *open = picker();
         stack->addWidget(open, 0, Qt::AlignLeading);
         stack->addStretch(1);
+        second.setFocusPolicy(Qt::ClickFocus);
         second.show();
+        second.setFocus();
         m_fakes.clock->advance(std::chrono::milliseconds(250));
         m_fakes.settle();
+        calm(second);
         stamp(second, place(1));
         open->click();
         m_fakes.settle();
@@ -313,9 +320,18 @@ private:
 
     void show(QWidget &widget, QPoint at)
     {
+        widget.setFocusPolicy(Qt::ClickFocus);
         widget.show();
+        widget.setFocus();
         m_fakes.settle();
+        calm(widget);
         stamp(widget, at);
+    }
+
+    static void calm(QWidget &widget)
+    {
+        for (auto *button : widget.findChildren<QAbstractButton *>())
+            button->setAttribute(Qt::WA_UnderMouse, false);
     }
 
     const Scene m_scene;
