@@ -11,7 +11,12 @@ namespace
 class PanelSettingsPageTest : public PanelFixture
 {
 protected:
-    PanelSettingsPageTest() { panel->setShowSettings(true); }
+    PanelSettingsPageTest()
+    {
+        // The fixture has its own wish; here the defaults count.
+        fakes.settings->remove(QStringLiteral("QuillnestSingleApp"));
+        panel->setShowSettings(true);
+    }
     QAbstractButton &row(const char *words) const
     {
         auto *found = button(QString::fromUtf8(words));
@@ -112,8 +117,7 @@ TEST_F(PanelSettingsPageTest, wordsStandInOneLineWithTheHeadingsAndTheRingTouche
     ASSERT_TRUE(heading);
     EXPECT_EQ(one.mapTo(panel.get(), QPoint(SettingRow::inset, 0)).x(), heading->mapTo(panel.get(), QPoint()).x());
     EXPECT_EQ(heading->mapTo(panel.get(), QPoint()).x(), 16);
-    // Clear of the row's own ground and ring.
-    const auto inside = one.rect().adjusted(3, 3, -3, -3);
+    const auto inside = one.rect().adjusted(SettingRow::inset - 2, 3, 2 - SettingRow::inset, -3);
     one.clearFocus();
     const auto calm = one.grab(inside).toImage();
     one.setFocus(Qt::TabFocusReason);
