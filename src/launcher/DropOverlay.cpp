@@ -14,8 +14,7 @@ constexpr int inset = 8;
 constexpr int symbolSize = 48;
 } // namespace
 
-DropOverlay::DropOverlay(const Platform &platform, const PanelLook &look, QWidget *parent)
-    : QWidget(parent), m_platform(platform), m_look(look)
+DropOverlay::DropOverlay(const PanelLook &look, QWidget *parent) : QWidget(parent), m_look(look)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAccessibleName(QStringLiteral("Drop to add"));
@@ -39,8 +38,7 @@ void DropOverlay::paintEvent(QPaintEvent *)
     pen.setDashPattern({4, 4});
     painter.setPen(pen);
     painter.drawPath(continuousRectangle(area.adjusted(1, 1, -1, -1), 13));
-    const auto symbol = m_platform.symbols->pixmap(
-        QStringLiteral("arrow.down.app"), symbolSize, accent, painter.deviceTransform().m11());
+    const auto symbol = m_look.symbol(QStringLiteral("arrow.down.app"), symbolSize, accent, painter);
     const QPointF middle = area.center();
     painter.drawPixmap(middle - QPointF(symbolSize / 2.0, symbolSize + 4), symbol);
     painter.setPen(m_look.colors.label);

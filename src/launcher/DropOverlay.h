@@ -13,13 +13,12 @@ class DropOverlay : public QWidget
     Q_OBJECT
 
 public:
-    DropOverlay(const Platform &platform, const PanelLook &look, QWidget *parent);
+    DropOverlay(const PanelLook &look, QWidget *parent);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    const Platform &m_platform;
     const PanelLook &m_look;
 };
 

@@ -17,8 +17,7 @@ constexpr int signSize = 64;
 constexpr int symbolSize = 32;
 } // namespace
 
-EmptyState::EmptyState(const Platform &platform, const PanelLook &look, QWidget *parent)
-    : QWidget(parent), m_platform(platform), m_look(look)
+EmptyState::EmptyState(const PanelLook &look, QWidget *parent) : QWidget(parent), m_look(look)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(16, 16, 16, 16);
@@ -36,7 +35,7 @@ EmptyState::EmptyState(const Platform &platform, const PanelLook &look, QWidget 
         column->addWidget(label);
     }
     column->addSpacing(8);
-    auto *choose = new PushButton(platform, QStringLiteral("Choose APK…"), PushButton::Kind::prominent, this);
+    auto *choose = new PushButton(look, QStringLiteral("Choose APK…"), PushButton::Kind::prominent, this);
     connect(choose, &QAbstractButton::clicked, this, &EmptyState::chooseRequested);
     column->addWidget(choose, 0, Qt::AlignHCenter);
     column->addStretch(3);
@@ -63,8 +62,8 @@ void EmptyState::paintEvent(QPaintEvent *)
     auto ground = m_look.colors.controlAccent;
     ground.setAlphaF(m_look.isDark ? 0.22F : 0.12F);
     painter.fillPath(continuousRectangle(sign, signSize * 0.235), ground);
-    const auto symbol = m_platform.symbols->pixmap(
-        QStringLiteral("arrow.down.app"), symbolSize, m_look.colors.controlAccent, painter.deviceTransform().m11());
+    const auto symbol
+        = m_look.symbol(QStringLiteral("arrow.down.app"), symbolSize, m_look.colors.controlAccent, painter);
     painter.drawPixmap(sign.topLeft() + QPointF(1, 1) * ((signSize - symbolSize) / 2.0), symbol);
 }
 

@@ -15,7 +15,7 @@ class EmptyState : public QWidget
     Q_OBJECT
 
 public:
-    EmptyState(const Platform &platform, const PanelLook &look, QWidget *parent = nullptr);
+    explicit EmptyState(const PanelLook &look, QWidget *parent = nullptr);
 
     /// The look has changed.
     void refresh();
@@ -27,7 +27,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    const Platform &m_platform;
     const PanelLook &m_look;
     QLabel *m_heading = nullptr;
     QLabel *m_text = nullptr;

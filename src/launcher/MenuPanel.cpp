@@ -3,18 +3,18 @@
 #include "base/QuillnestLayout.h"
 #include "base/QuillnestSettings.h"
 #include "launcher/DropOverlay.h"
-#include "launcher/EmptyState.h"
 #include "launcher/Glyph.h"
 #include "launcher/GreetingHeader.h"
 #include "launcher/PanelMenus.h"
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
 #include "launcher/StatusPill.h"
+#include "launcher/grid/AppArea.h"
 #include "launcher/settings/SettingsPane.h"
 #include "launcher/wallpaper/Wallpaper.h"
 #include "look/ElidedLabel.h"
 #include "look/Fonts.h"
-#include "look/SlimScrollBar.h"
+#include "look/PlainWords.h"
 #include "runtime/AndroidRuntimePaths.h"
 
 #include <QDragEnterEvent>
@@ -24,11 +24,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPointer>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace quillnest
 {
@@ -39,7 +35,6 @@ namespace
 constexpr int margin = 16;
 constexpr int titleBarHeight = 44;
 constexpr int footerHeight = 32;
-constexpr int scrollStep = 48;
 /// The setup view is a card of its own and may come nearer to the panel's edges.
 constexpr int setupPadding = -14;
 
@@ -96,21 +91,21 @@ MenuPanel::MenuPanel(const PanelServices &services, Mode mode, QWidget *parent)
         row->addWidget(widget);
         column->addLayout(row);
     };
-    m_searchField = new SearchField(services.platform, m_look, m_launcher);
+    m_searchField = new SearchField(m_look, m_launcher);
     inset(m_searchField);
     m_setupPlace = new QVBoxLayout;
     column->addLayout(m_setupPlace);
     m_dock = new QuillDock(services, m_look, m_launcher);
     inset(m_dock);
-    makeApps(column);
+    m_apps = new AppArea(services, m_look, m_launcher);
+    column->addWidget(m_apps, 1);
     // Without the apps the rest keeps to the top.
     m_fill = new QSpacerItem(0, 0);
     column->addItem(m_fill);
     column->addWidget(makeFooter());
-    m_overlay = new DropOverlay(services.platform, m_look, this);
+    m_overlay = new DropOverlay(m_look, this);
     wire();
     m_searchField->setText(services.store.search());
-    refreshApps(true);
     refreshParts();
 }
 
@@ -129,7 +124,7 @@ QWidget *MenuPanel::makeTitleBar()
     row->addWidget(m_title);
     row->addStretch(1);
     const auto button = [&](const char *symbol, const char *help) {
-        auto *made = new HeaderIconButton(m_services.platform, m_look, QLatin1String(symbol), QLatin1String(help), bar);
+        auto *made = new HeaderIconButton(m_look, QLatin1String(symbol), QLatin1String(help), bar);
         row->addWidget(made);
         return made;
     };
@@ -137,38 +132,6 @@ QWidget *MenuPanel::makeTitleBar()
     m_more = button("ellipsis", "More");
     connect(m_more, &QAbstractButton::clicked, this, &MenuPanel::showMoreMenu);
     return bar;
-}
-
-void MenuPanel::makeApps(QVBoxLayout *column)
-{
-    m_appArea = new QWidget(m_launcher);
-    auto *area = new QVBoxLayout(m_appArea);
-    area->setContentsMargins(0, 8, 0, 0);
-    area->setSpacing(0);
-    m_empty = new EmptyState(m_services.platform, m_look, m_appArea);
-    area->addWidget(m_empty, 1);
-    m_scroll = new QScrollArea(m_appArea);
-    m_scroll->setWidgetResizable(true);
-    m_scroll->setFrameShape(QFrame::NoFrame);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_scroll->setFocusPolicy(Qt::NoFocus);
-    m_scroll->verticalScrollBar()->setSingleStep(scrollStep);
-    m_scroll->viewport()->setAutoFillBackground(false);
-    m_grid = new AppGrid(m_services, m_look, m_scroll);
-    m_scroll->setWidget(m_grid);
-    // The scroll area switches this on for its widget; the panel's own background is to show through.
-    m_grid->setAutoFillBackground(false);
-    new SlimScrollBar(*m_scroll, m_look);
-    area->addWidget(m_scroll, 1);
-    m_nothing = new QLabel(m_appArea);
-    m_nothing->setTextFormat(Qt::PlainText);
-    m_nothing->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    m_nothing->setWordWrap(true);
-    m_nothing->setFont(interfaceFont(13));
-    m_nothing->setContentsMargins(margin, 40, margin, 0);
-    area->addWidget(m_nothing, 1);
-    column->addWidget(m_appArea, 1);
 }
 
 QWidget *MenuPanel::makeFooter()
@@ -194,25 +157,20 @@ void MenuPanel::wire()
     connect(platform.settings.get(), &SettingsStore::changed, this, &MenuPanel::settingChanged);
     if (platform.appearance)
         connect(platform.appearance.get(), &Appearance::changed, this, &MenuPanel::lookChanged);
-    connect(m_empty, &EmptyState::chooseRequested, this, &MenuPanel::importFiles);
-    connect(m_grid, &AppGrid::opened, this, [this](const MobileApp &app) { m_services.store.launch(app); });
-    connect(m_grid, &AppGrid::menuRequested, this, &MenuPanel::showContextMenu);
-    connect(m_grid, &AppGrid::currentMoved, this, [this](QRect area) {
-        m_scroll->ensureVisible(area.center().x(), area.center().y(), 0, area.height() / 2 + 32);
-    });
-    connect(m_grid, &AppGrid::leftAtTop, this, [this] { m_searchField->setFocus(Qt::OtherFocusReason); });
+    connect(m_apps, &AppArea::chooseRequested, this, &MenuPanel::importFiles);
+    const auto *grid = &m_apps->grid();
+    connect(grid, &AppGrid::opened, this, [this](const MobileApp &app) { m_services.store.launch(app); });
+    connect(grid, &AppGrid::menuRequested, this, &MenuPanel::showContextMenu);
+    connect(grid, &AppGrid::leftAtTop, this, [this] { m_searchField->setFocus(Qt::OtherFocusReason); });
     connect(m_searchField, &SearchField::edited, this, [this](const QString &text) {
         if (m_services.store.search() != text)
             m_services.store.setSearch(text);
     });
     connect(m_searchField, &SearchField::leftDownwards, this, [this] {
-        if (m_grid->count() > 0 && m_grid->isVisible())
-            m_grid->setFocus(Qt::TabFocusReason);
+        if (m_apps->showsTiles())
+            m_apps->grid().setFocus(Qt::TabFocusReason);
     });
-    connect(m_searchField, &SearchField::accepted, this, [this] {
-        if (!m_search.isEmpty() && m_grid->isVisible() && m_grid->count() > 0)
-            m_grid->open(0);
-    });
+    connect(m_searchField, &SearchField::accepted, m_apps, &AppArea::openFirstResult);
 }
 
 QImage MenuPanel::snapshot(PanelServices services)
@@ -274,7 +232,7 @@ void MenuPanel::importFiles()
 void MenuPanel::storeChanged()
 {
     m_searchField->setText(m_services.store.search());
-    refreshApps(false);
+    m_apps->follow();
     refreshParts();
 }
 
@@ -292,10 +250,8 @@ void MenuPanel::lookChanged()
 {
     m_look = PanelLook::current(m_services.platform);
     m_searchField->refresh();
-    m_empty->refresh();
     m_header->updateGeometry();
-    // Headings and heights follow the style.
-    refreshApps(true);
+    m_apps->lookChanged();
     refreshParts();
     if (m_settings)
         m_settings->refresh();
@@ -303,45 +259,6 @@ void MenuPanel::lookChanged()
     for (auto *child : all)
         child->update();
     update();
-}
-
-void MenuPanel::refreshApps(bool evenIfUnchanged)
-{
-    const auto &store = m_services.store;
-    // The store announces every line of the status in the same way as a change of the library.
-    const bool otherApps = m_apps != store.apps();
-    if (!otherApps && m_search == store.search() && !evenIfUnchanged)
-        return;
-    const bool otherSearch = m_search != store.search();
-    if (otherApps) {
-        m_apps = store.apps();
-        m_sortedApps = store.appsByName();
-    }
-    m_search = store.search();
-
-    const bool searching = !m_search.isEmpty();
-    const bool bare = m_look.style == ThemeStyle::ios;
-    AppGrid::Section all{searching ? QStringLiteral("Results") : bare ? QString() : QStringLiteral("All apps"), {}};
-    AppGrid::Section favourites{bare ? QString() : QStringLiteral("Favourites"), {}};
-    for (const auto &app : m_sortedApps) {
-        if (!store.matchesSearch(app))
-            continue;
-        all.apps.push_back(app);
-        if (app.isFavorite && !searching)
-            favourites.apps.push_back(app);
-    }
-    m_nothing->setText(QStringLiteral("Nothing matches “%1”").arg(m_search));
-    m_empty->setVisible(m_apps.empty());
-    m_scroll->setVisible(!all.apps.empty());
-    m_nothing->setVisible(!m_apps.empty() && all.apps.empty());
-    std::vector<AppGrid::Section> sections;
-    if (!favourites.apps.empty())
-        sections.push_back(std::move(favourites));
-    if (!all.apps.empty())
-        sections.push_back(std::move(all));
-    m_grid->setSections(std::move(sections));
-    if (otherSearch)
-        m_scroll->verticalScrollBar()->setValue(0);
 }
 
 void MenuPanel::refreshParts()
@@ -357,20 +274,19 @@ void MenuPanel::refreshParts()
     if (m_setup)
         m_setup->setVisible(setup);
     m_dock->setVisible(!setup);
-    m_appArea->setVisible(!setup);
+    m_apps->setVisible(!setup);
     m_fill->changeSize(0, 0, QSizePolicy::Minimum, setup ? QSizePolicy::Expanding : QSizePolicy::Fixed);
     m_launcher->layout()->invalidate();
 
     setColor(m_title, colors.label);
-    setColor(m_nothing, colors.secondaryLabel);
     setColor(m_status, colors.secondaryLabel);
     m_status->setText(store.statusMessage());
-    m_status->setToolTip(store.statusMessage().toHtmlEscaped());
+    m_status->setToolTip(plainToolTip(store.statusMessage()));
     m_pill->setState(store.androidState());
     m_dock->refresh();
     // The dock tells the same in more words while no app takes its place.
     m_pill->setVisible(setup || m_dock->showsApp());
-    m_grid->refresh();
+    m_apps->marksChanged();
 }
 
 void MenuPanel::showContextMenu(const MobileApp &app, QPoint at)
@@ -389,15 +305,15 @@ void MenuPanel::showMoreMenu()
 std::vector<MenuPanel::PlacedTile> MenuPanel::placedTiles() const
 {
     std::vector<PlacedTile> result;
-    if (!m_grid->isVisible())
+    if (!m_apps->showsTiles())
         return result;
-    const auto view = m_grid->visibleRegion().boundingRect();
-    for (int i = 0; i < m_grid->count(); ++i) {
-        const auto area = m_grid->tileRect(i);
+    const auto &grid = m_apps->grid();
+    const auto view = grid.visibleRegion().boundingRect();
+    for (int i = 0; i < grid.count(); ++i) {
+        const auto area = grid.tileRect(i);
         if (view.contains(area.center()))
             result.push_back(
-                {m_grid->tile(i).app().id, m_grid->tile(i).name(),
-                 QRect(m_grid->mapToGlobal(area.topLeft()), area.size())});
+                {grid.tile(i).app().id, grid.tile(i).name(), QRect(grid.mapToGlobal(area.topLeft()), area.size())});
     }
     return result;
 }
@@ -423,8 +339,8 @@ void MenuPanel::showEvent(QShowEvent *event)
 void MenuPanel::takeFocus()
 {
     // Without a ring anywhere, until the keyboard is used; whatever is typed goes on from here.
-    if (m_grid->isVisible())
-        m_grid->setFocus(Qt::OtherFocusReason);
+    if (m_apps->showsTiles())
+        m_apps->grid().setFocus(Qt::OtherFocusReason);
     else
         setFocus(Qt::OtherFocusReason);
 }
@@ -447,8 +363,8 @@ void MenuPanel::keyPressEvent(QKeyEvent *event)
         m_searchField->take(text);
     else if (!m_showSettings && event->key() == Qt::Key_Backspace && !store.search().isEmpty())
         m_searchField->edit().setFocus(Qt::OtherFocusReason);
-    else if (event->key() >= Qt::Key_Home && event->key() <= Qt::Key_PageDown && m_grid->isVisible())
-        m_grid->setFocus(Qt::TabFocusReason);
+    else if (event->key() >= Qt::Key_Home && event->key() <= Qt::Key_PageDown && m_apps->showsTiles())
+        m_apps->grid().setFocus(Qt::TabFocusReason);
     else
         QWidget::keyPressEvent(event);
 }

@@ -2,23 +2,21 @@
 
 #include "launcher/PanelLook.h"
 #include "launcher/PanelServices.h"
-#include "launcher/grid/AppGrid.h"
 #include "launcher/wallpaper/PanelBackground.h"
 
 #include <QImage>
 #include <QWidget>
 
 class QLabel;
-class QScrollArea;
 class QSpacerItem;
 class QVBoxLayout;
 
 namespace quillnest
 {
 
+class AppArea;
 class DropOverlay;
 class ElidedLabel;
-class EmptyState;
 class GreetingHeader;
 class HeaderIconButton;
 class QuillDock;
@@ -77,7 +75,6 @@ protected:
 private:
     // Building, once.
     QWidget *makeTitleBar();
-    void makeApps(QVBoxLayout *column);
     QWidget *makeFooter();
     void wire();
 
@@ -85,7 +82,6 @@ private:
     void storeChanged();
     void settingChanged(const QString &key);
     void lookChanged();
-    void refreshApps(bool evenIfUnchanged);
     void refreshParts();
     void takeFocus();
     void showContextMenu(const MobileApp &app, QPoint at);
@@ -97,10 +93,6 @@ private:
     PanelLook m_look;
     PanelBackground m_background;
     bool m_showSettings = false;
-    /// The library and the search as they are shown.
-    std::vector<MobileApp> m_apps;
-    std::vector<MobileApp> m_sortedApps;
-    QString m_search;
 
     QWidget *m_launcher = nullptr;
     SettingsPane *m_settings = nullptr;
@@ -112,11 +104,7 @@ private:
     QVBoxLayout *m_setupPlace = nullptr;
     QSpacerItem *m_fill = nullptr;
     QuillDock *m_dock = nullptr;
-    QWidget *m_appArea = nullptr;
-    EmptyState *m_empty = nullptr;
-    QScrollArea *m_scroll = nullptr;
-    AppGrid *m_grid = nullptr;
-    QLabel *m_nothing = nullptr;
+    AppArea *m_apps = nullptr;
     ElidedLabel *m_status = nullptr;
     StatusPill *m_pill = nullptr;
     DropOverlay *m_overlay = nullptr;

@@ -1,5 +1,7 @@
 #include "launcher/PanelMenus.h"
 
+#include "look/PlainWords.h"
+
 #include <QMenu>
 
 #include <cmath>
@@ -17,12 +19,9 @@ QMenu *makeMenu(QWidget *parent)
     return menu;
 }
 
-/// An app's name may hold an ampersand, which in a menu would mark a key.
-void add(QMenu *menu, QString title, std::function<void()> action)
+void add(QMenu *menu, const QString &title, std::function<void()> action)
 {
-    QObject::connect(
-        menu->addAction(title.replace(QLatin1Char('&'), QStringLiteral("&&"))), &QAction::triggered, menu->parent(),
-        std::move(action));
+    QObject::connect(menu->addAction(plainMenuTitle(title)), &QAction::triggered, menu->parent(), std::move(action));
 }
 
 } // namespace

@@ -3,12 +3,13 @@
 #include "launcher/StatusPill.h"
 #include "launcher/grid/AppIcon.h"
 #include "look/ContinuousCorners.h"
+#include "look/Control.h"
 #include "look/ElidedLabel.h"
 #include "look/Fonts.h"
+#include "look/PlainWords.h"
 #include "look/Spinner.h"
 
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -56,40 +57,21 @@ void setColor(QWidget *widget, const QColor &color)
 } // namespace
 
 /// The row under the texts, which takes the click.
-class QuillDock::OpenApp : public QAbstractButton
+class QuillDock::OpenApp : public Control
 {
 public:
-    OpenApp(const PanelLook &look, QWidget *parent) : QAbstractButton(parent), m_look(look)
+    OpenApp(const Look &look, QWidget *parent) : Control(look, {}, parent)
     {
         setFocusPolicy(Qt::TabFocus);
         setCursor(Qt::PointingHandCursor);
     }
 
 protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        const auto shape = continuousRectangle(QRectF(rect()).adjusted(1, 1, -1, -1), 11);
-        if (isDown() || underMouse())
-            painter.fillPath(shape, isDown() ? m_look.colors.pressed : m_look.colors.hover);
-        if (hasFocus()) {
-            painter.setPen(QPen(m_look.colors.controlAccent, 2));
-            painter.drawPath(shape);
-        }
-    }
-    void enterEvent(QEnterEvent *) override { update(); }
-    void leaveEvent(QEvent *) override { update(); }
-    void keyPressEvent(QKeyEvent *event) override
-    {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-            click();
-        else
-            QAbstractButton::keyPressEvent(event);
-    }
+    void paint(QPainter &painter) override { paintWash(painter, QRectF(rect()).adjusted(1, 1, -1, -1), radius - 1); }
+    Ring ring() const override { return {rect(), radius, look().colors.controlAccent}; }
 
 private:
-    const PanelLook &m_look;
+    static constexpr double radius = 12;
 };
 
 QuillDock::QuillDock(const PanelServices &services, const PanelLook &look, QWidget *parent)
@@ -116,14 +98,14 @@ QuillDock::QuillDock(const PanelServices &services, const PanelLook &look, QWidg
     texts->addStretch(1);
     row->addLayout(texts, 1);
     const auto button = [&](const char *symbol, const char *help) {
-        auto *made = new HeaderIconButton(services.platform, look, QLatin1String(symbol), QLatin1String(help), this);
+        auto *made = new HeaderIconButton(look, QLatin1String(symbol), QLatin1String(help), this);
         row->addWidget(made);
         return made;
     };
     m_playPause = button("play.fill", "Play or pause");
     m_next = button("forward.fill", "Next");
     m_close = button("xmark", "Close");
-    m_spinner = new Spinner(services.platform, symbolSize, this);
+    m_spinner = new Spinner(look, symbolSize, this);
     m_spinner->hide();
 
     connect(m_openApp, &QAbstractButton::clicked, this, [this] {
@@ -168,8 +150,8 @@ void QuillDock::refresh()
         m_spinner->hide();
         const auto name = m_app->displayName();
         const auto help = QStringLiteral("Show %1").arg(name);
-        m_openApp->setToolTip(help.toHtmlEscaped());
-        m_openApp->setAccessibleName(help);
+        m_openApp->setToolTip(plainToolTip(help));
+        m_openApp->setName(help);
         m_title->setText(name);
         m_detail->setVisible(plays && !store.nowPlaying()->title.isEmpty());
         if (plays)
@@ -236,8 +218,7 @@ void QuillDock::paintEvent(QPaintEvent *)
     painter.setPen(Qt::NoPen);
     painter.setBrush(ground);
     painter.drawEllipse(icon);
-    const auto symbol = m_services.platform.symbols->pixmap(
-        QLatin1String(rowOf(state).symbol), symbolSize, shade, painter.deviceTransform().m11());
+    const auto symbol = m_look.symbol(QLatin1String(rowOf(state).symbol), symbolSize, shade, painter);
     painter.drawPixmap(icon.topLeft() + QPointF(1, 1) * ((iconSize - symbolSize) / 2.0), symbol);
 }
 

@@ -16,13 +16,11 @@ constexpr int symbolSize = 14;
 constexpr int textSize = 13;
 } // namespace
 
-SearchField::SearchField(const Platform &platform, const PanelLook &look, QWidget *parent)
+SearchField::SearchField(const PanelLook &look, QWidget *parent)
     : QWidget(parent)
-    , m_platform(platform)
     , m_look(look)
     , m_edit(new QLineEdit(this))
-    , m_clear(new HeaderIconButton(
-          platform, look, QStringLiteral("xmark.circle.fill"), QStringLiteral("Clear search"), this))
+    , m_clear(new HeaderIconButton(look, QStringLiteral("xmark.circle.fill"), QStringLiteral("Clear search"), this))
 {
     m_edit->setFrame(false);
     m_edit->setFont(interfaceFont(textSize));
@@ -136,8 +134,7 @@ void SearchField::paintEvent(QPaintEvent *)
         painter.setPen(Qt::NoPen);
     painter.drawRoundedRect(area.adjusted(half, half, -half, -half), radius - half, radius - half);
     const bool mirrored = layoutDirection() == Qt::RightToLeft;
-    const auto symbol = m_platform.symbols->pixmap(
-        QStringLiteral("magnifyingglass"), symbolSize, colors.secondaryLabel, painter.deviceTransform().m11());
+    const auto symbol = m_look.symbol(QStringLiteral("magnifyingglass"), symbolSize, colors.secondaryLabel, painter);
     painter.drawPixmap(QPointF(mirrored ? width() - 12 - symbolSize : 12, (height() - symbolSize) / 2), symbol);
 }
 

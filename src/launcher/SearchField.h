@@ -16,7 +16,7 @@ class SearchField : public QWidget
     Q_OBJECT
 
 public:
-    SearchField(const Platform &platform, const PanelLook &look, QWidget *parent = nullptr);
+    explicit SearchField(const PanelLook &look, QWidget *parent = nullptr);
 
     QString text() const;
     /// Does nothing if the text stands there already.
@@ -44,7 +44,6 @@ protected:
 private:
     static int heightOf(ThemeStyle style);
 
-    const Platform &m_platform;
     const PanelLook &m_look;
     QLineEdit *m_edit = nullptr;
     HeaderIconButton *m_clear = nullptr;

@@ -1,9 +1,7 @@
 #pragma once
 
+#include "look/ThemeColors.h"
 #include "platform/SettingsStore.h"
-
-#include <QColor>
-#include <QFont>
 
 namespace quillnest
 {
@@ -11,7 +9,7 @@ namespace quillnest
 /// How headers, tiles and icons look.
 enum class ThemeStyle { classic, oneui, ios, pixel };
 
-/// The launcher's style and the colours that all styles share.
+/// The launcher's style.
 namespace QuillnestTheme
 {
 inline QString styleKey()
@@ -23,17 +21,6 @@ inline QString styleKey()
 ThemeStyle style(const QString &text);
 /// The style that the settings ask for.
 ThemeStyle style(const SettingsStore &settings);
-
-/// Life: what runs, what is ready.
-inline QColor jade()
-{
-    return QColor::fromRgbF(0.086F, 0.639F, 0.498F);
-}
-/// What asks to be looked at.
-inline QColor ember()
-{
-    return QColor::fromRgbF(0.949F, 0.392F, 0.239F);
-}
 } // namespace QuillnestTheme
 
 } // namespace quillnest

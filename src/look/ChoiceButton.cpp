@@ -2,61 +2,53 @@
 
 #include "look/Fonts.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 namespace quillnest
 {
 
 ChoiceButton::ChoiceButton(const Look &look, const QString &name, Sample sample, QWidget *parent)
-    : QAbstractButton(parent), m_look(look), m_sample(std::move(sample))
+    : Control(look, name, parent), m_sample(std::move(sample))
 {
     setCheckable(true);
     setAutoExclusive(true);
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setName(name);
 }
 
-void ChoiceButton::setName(const QString &name)
+void ChoiceButton::paint(QPainter &painter)
 {
-    m_name = name;
-    setAccessibleName(name);
-    update();
-}
-
-void ChoiceButton::paintEvent(QPaintEvent *)
-{
-    const auto &colors = m_look.colors;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const auto sample = QRectF(rect()).adjusted(4, 4, -4, -24);
+    const auto &colors = look().colors;
+    const auto sample = QRectF(rect()).adjusted(6, 6, -6, -24);
     m_sample(painter, sample);
-    painter.setBrush(Qt::NoBrush);
-    if (isChecked() || hasFocus() || underMouse()) {
-        const bool strong = isChecked() || hasFocus();
-        painter.setPen(QPen(strong ? colors.controlAccent : colors.separator, strong ? 2 : 1));
-        painter.drawRoundedRect(sample.adjusted(-2, -2, 2, 2), 11, 11);
+    if (isChecked() || isHovered() || isDown()) {
+        // The chosen one's ring lies on its sample alone, the keyboard's around the name as well.
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(isChecked() ? colors.controlAccent : colors.tertiaryLabel, isChecked() ? 2 : 1));
+        painter.drawRoundedRect(sample.adjusted(-1, -1, 1, 1), 10, 10);
     }
-    if (hasFocus()) {
-        painter.setPen(QPen(colors.controlAccent, 1));
-        painter.drawRoundedRect(sample.adjusted(-3.5, -3.5, 3.5, 3.5), 12.5, 12.5);
-    }
+    if (isChecked())
+        paintTick(painter, sample.bottomRight() - QPointF(6, 6));
     auto font = interfaceFont(11, isChecked() ? QFont::DemiBold : QFont::Normal);
-    if (QFontMetrics(font).horizontalAdvance(m_name) > width())
+    const double room = width() - 6;
+    if (QFontMetrics(font).horizontalAdvance(name()) > room)
         font.setStretch(90);
     painter.setFont(font);
     painter.setPen(isChecked() ? colors.label : colors.secondaryLabel);
-    const QRectF text(0, height() - 18, width(), 16);
-    painter.drawText(text, Qt::AlignCenter, painter.fontMetrics().elidedText(m_name, Qt::ElideRight, width()));
+    const QRectF text(3, height() - 20, room, 16);
+    painter.drawText(
+        text, Qt::AlignCenter, painter.fontMetrics().elidedText(name(), Qt::ElideRight, static_cast<int>(room)));
 }
 
-void ChoiceButton::keyPressEvent(QKeyEvent *event)
+void ChoiceButton::paintTick(QPainter &painter, QPointF center) const
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
-        QAbstractButton::keyPressEvent(event);
+    constexpr double radius = 7;
+    painter.setPen(QPen(Qt::white, 1));
+    painter.setBrush(look().colors.controlAccent);
+    painter.drawEllipse(center, radius, radius);
+    painter.setPen(QPen(Qt::white, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const QPointF points[]{center + QPointF(-3, 0.2), center + QPointF(-0.9, 2.4), center + QPointF(3.2, -2.2)};
+    painter.drawPolyline(points, 3);
 }
 
 } // namespace quillnest

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "look/Look.h"
-
-#include <QAbstractButton>
+#include "look/Control.h"
 
 #include <functional>
 
@@ -10,7 +8,7 @@ namespace quillnest
 {
 
 /// One of several looks to choose from: a sample above its name.
-class ChoiceButton : public QAbstractButton
+class ChoiceButton : public Control
 {
     Q_OBJECT
 
@@ -19,16 +17,14 @@ public:
 
     ChoiceButton(const Look &look, const QString &name, Sample sample, QWidget *parent = nullptr);
 
-    void setName(const QString &name);
     QSize sizeHint() const override { return {76, 76}; }
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    void paint(QPainter &painter) override;
 
 private:
-    const Look &m_look;
-    QString m_name;
+    void paintTick(QPainter &painter, QPointF center) const;
+
     const Sample m_sample;
 };
 

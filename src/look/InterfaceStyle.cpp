@@ -29,6 +29,15 @@ void drawTick(QPainter &painter, QRectF area, const QColor &color)
     painter.drawPath(tick);
 }
 
+/// What tells that an entry opens another menu.
+void drawChevron(QPainter &painter, QPointF center, bool mirrored, const QColor &color)
+{
+    painter.setPen(QPen(color, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const double tip = mirrored ? -2.5 : 2.5;
+    const QPointF points[]{center + QPointF(-tip, -4.5), center + QPointF(tip, 0), center + QPointF(-tip, 4.5)};
+    painter.drawPolyline(points, 3);
+}
+
 void drawMenuItem(const QStyleOptionMenuItem &item, QPainter &painter)
 {
     painter.save();
@@ -49,17 +58,23 @@ void drawMenuItem(const QStyleOptionMenuItem &item, QPainter &painter)
     }
     const auto color = selected ? palette.color(QPalette::HighlightedText)
                                 : palette.color(enabled ? QPalette::Active : QPalette::Disabled, QPalette::Text);
+    const bool mirrored = item.direction == Qt::RightToLeft;
     if (item.checkType != QStyleOptionMenuItem::NotCheckable && item.checked)
-        drawTick(painter, QRectF(row.left() + 12, row.center().y() - 5, 10, 10), color);
+        drawTick(painter, QRectF(mirrored ? row.right() - 22 : row.left() + 12, row.center().y() - 5, 10, 10), color);
+    if (item.menuItemType == QStyleOptionMenuItem::SubMenu)
+        drawChevron(painter, QPointF(mirrored ? row.left() + 12 : row.right() - 12, row.center().y()), mirrored, color);
     painter.setPen(color);
     painter.setFont(item.font);
     // What follows a tab is the item's shortcut.
     const auto parts = item.text.split(QLatin1Char('\t'));
-    const auto text = row.adjusted(tickColumn, 0, -rightMargin, 0);
-    painter.drawText(
-        text, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic | Qt::TextSingleLine, parts.value(0));
+    const auto text
+        = mirrored ? row.adjusted(rightMargin, 0, -tickColumn, 0) : row.adjusted(tickColumn, 0, -rightMargin, 0);
+    const auto at = [&item](Qt::Alignment side) {
+        return static_cast<int>(QStyle::visualAlignment(item.direction, side | Qt::AlignVCenter));
+    };
+    painter.drawText(text, at(Qt::AlignLeft) | Qt::TextHideMnemonic | Qt::TextSingleLine, parts.value(0));
     if (parts.size() > 1)
-        painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, parts.value(1));
+        painter.drawText(text, at(Qt::AlignRight) | Qt::TextSingleLine, parts.value(1));
     painter.restore();
 }
 
@@ -85,7 +100,7 @@ void InterfaceStyle::drawControl(
     ControlElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
 {
     const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
-    if (element == CE_MenuItem && item && item->menuItemType != QStyleOptionMenuItem::SubMenu && item->icon.isNull()) {
+    if (element == CE_MenuItem && item && item->icon.isNull()) {
         drawMenuItem(*item, *painter);
         return;
     }

@@ -2,12 +2,17 @@
 
 #include "platform/Appearance.h"
 
+#include <QPainter>
+
 namespace quillnest
 {
 
 Look Look::current(const Platform &platform)
 {
-    return {.colors = Palette::current(platform), .isDark = platform.appearance && platform.appearance->isDark()};
+    return {
+        .platform = &platform,
+        .colors = Palette::current(platform),
+        .isDark = platform.appearance && platform.appearance->isDark()};
 }
 
 Look Look::onWallpaper() const
@@ -27,6 +32,11 @@ Look Look::onWallpaper() const
     look.colors.hover = look.isDark ? QColor(255, 255, 255, 30) : QColor(255, 255, 255, 110);
     look.colors.pressed = look.isDark ? QColor(255, 255, 255, 52) : QColor(255, 255, 255, 160);
     return look;
+}
+
+QPixmap Look::symbol(const QString &name, int points, const QColor &color, const QPainter &painter) const
+{
+    return platform->symbols->pixmap(name, points, color, painter.deviceTransform().m11());
 }
 
 } // namespace quillnest

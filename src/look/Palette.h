@@ -16,6 +16,8 @@ struct Palette {
     QColor secondaryLabel;
     QColor tertiaryLabel;
     QColor controlAccent;
+    /// Words that name what can't be taken back.
+    QColor destructive;
     QColor hover;
     QColor pressed;
     QColor separator;

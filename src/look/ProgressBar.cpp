@@ -1,6 +1,6 @@
 #include "look/ProgressBar.h"
 
-#include "look/Palette.h"
+#include "look/Control.h"
 
 #include <QPainter>
 
@@ -15,7 +15,7 @@ namespace
 constexpr int steps = 1000;
 }
 
-ProgressBar::ProgressBar(const Platform &platform, QWidget *parent) : QProgressBar(parent), m_platform(platform)
+ProgressBar::ProgressBar(const Look &look, QWidget *parent) : QProgressBar(parent), m_look(look)
 {
     setRange(0, steps);
     setTextVisible(false);
@@ -29,10 +29,11 @@ void ProgressBar::setFraction(double fraction)
 
 void ProgressBar::paintEvent(QPaintEvent *)
 {
-    const auto colors = Palette::current(m_platform);
+    const auto &colors = m_look.colors;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     const QRectF whole(rect());
     const double radius = whole.height() / 2;
     painter.setBrush(colors.pressed);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Platform.h"
+#include "look/Look.h"
 
 #include <QProgressBar>
 
@@ -13,7 +13,7 @@ class ProgressBar : public QProgressBar
     Q_OBJECT
 
 public:
-    explicit ProgressBar(const Platform &platform, QWidget *parent = nullptr);
+    explicit ProgressBar(const Look &look, QWidget *parent = nullptr);
 
     /// From 0 to 1.
     void setFraction(double fraction);
@@ -24,7 +24,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    const Platform &m_platform;
+    const Look &m_look;
 };
 
 } // namespace quillnest

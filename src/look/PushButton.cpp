@@ -1,9 +1,7 @@
 #include "look/PushButton.h"
 
 #include "look/Fonts.h"
-#include "look/Palette.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 namespace quillnest
@@ -13,68 +11,49 @@ namespace
 {
 constexpr int buttonHeight = 30;
 constexpr int margin = 14;
+constexpr double radius = 7;
 } // namespace
 
-PushButton::PushButton(const Platform &platform, const QString &title, Kind kind, QWidget *parent)
-    : QAbstractButton(parent), m_platform(platform), m_title(title), m_kind(kind)
+PushButton::PushButton(const Look &look, const QString &title, Kind kind, QWidget *parent)
+    : Control(look, title, parent), m_kind(kind)
 {
     setFont(interfaceFont(13, kind == Kind::prominent ? QFont::DemiBold : QFont::Medium));
-    setAccessibleName(title);
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
 QSize PushButton::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(m_title) + 2 * margin, buttonHeight};
+    return {fontMetrics().horizontalAdvance(name()) + 2 * margin, buttonHeight};
 }
 
-void PushButton::paintEvent(QPaintEvent *)
+Control::Ring PushButton::ring() const
 {
-    const auto palette = Palette::current(m_platform);
-    const bool prominent = m_kind == Kind::prominent;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setOpacity(isEnabled() ? 1 : 0.4);
-    const auto area = QRectF(rect()).adjusted(1, 1, -1, -1);
+    // On its own colour the accent couldn't be seen.
+    const auto &colors = look().colors;
+    return {rect(), radius + 1.5, m_kind == Kind::prominent ? colors.label : colors.controlAccent};
+}
 
-    QColor ground = prominent ? palette.controlAccent : palette.field;
-    if (prominent && (isDown() || m_hovered))
-        ground = isDown() ? ground.darker(118) : ground.lighter(108);
-    painter.setPen(prominent ? QPen(Qt::NoPen) : QPen(palette.separator, 1));
-    painter.setBrush(ground);
-    painter.drawRoundedRect(area.adjusted(0.5, 0.5, -0.5, -0.5), 7, 7);
-    if (!prominent && (isDown() || m_hovered)) {
-        painter.setBrush(isDown() ? palette.pressed : palette.hover);
-        painter.drawRoundedRect(area.adjusted(0.5, 0.5, -0.5, -0.5), 7, 7);
+void PushButton::paint(QPainter &painter)
+{
+    const auto &colors = look().colors;
+    const auto area = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    if (m_kind == Kind::prominent) {
+        auto ground = colors.controlAccent;
+        if (isDown() || isHovered())
+            ground = isDown() ? ground.darker(118) : ground.lighter(108);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(ground);
+        painter.drawRoundedRect(area, radius, radius);
+        painter.setPen(Qt::white);
+    } else {
+        painter.setPen(QPen(colors.separator, 1));
+        painter.setBrush(colors.field);
+        painter.drawRoundedRect(area, radius, radius);
+        paintWash(painter, area, radius);
+        painter.setPen(m_kind == Kind::destructive ? colors.destructive : colors.label);
     }
-    if (hasFocus()) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(prominent ? palette.label : palette.controlAccent, 2));
-        painter.drawRoundedRect(area, 7.5, 7.5);
-    }
-    painter.setPen(prominent ? QColor(Qt::white) : palette.label);
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, m_title);
-}
-
-void PushButton::enterEvent(QEnterEvent *)
-{
-    m_hovered = true;
-    update();
-}
-
-void PushButton::leaveEvent(QEvent *)
-{
-    m_hovered = false;
-    update();
-}
-
-void PushButton::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
-        QAbstractButton::keyPressEvent(event);
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, name());
 }
 
 } // namespace quillnest

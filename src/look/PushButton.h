@@ -1,36 +1,34 @@
 #pragma once
 
-#include "platform/Platform.h"
-
-#include <QAbstractButton>
+#include "look/Control.h"
 
 namespace quillnest
 {
 
-/// A button with a title. The prominent one of a group is filled with the accent colour.
-class PushButton : public QAbstractButton
+/// A button with a title.
+class PushButton : public Control
 {
     Q_OBJECT
 
 public:
-    enum class Kind { plain, prominent };
+    enum class Kind {
+        plain,
+        /// The one of a group that is meant to be pressed, filled with the accent colour.
+        prominent,
+        /// What it does can't be taken back.
+        destructive,
+    };
 
-    PushButton(const Platform &platform, const QString &title, Kind kind = Kind::plain, QWidget *parent = nullptr);
+    PushButton(const Look &look, const QString &title, Kind kind = Kind::plain, QWidget *parent = nullptr);
 
     QSize sizeHint() const override;
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void enterEvent(QEnterEvent *event) override;
-    void leaveEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    void paint(QPainter &painter) override;
+    Ring ring() const override;
 
 private:
-    const Platform &m_platform;
-    /// Not the toolkit's own text, in which an ampersand would mark a key.
-    const QString m_title;
     const Kind m_kind;
-    bool m_hovered = false;
 };
 
 } // namespace quillnest

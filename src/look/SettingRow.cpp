@@ -2,7 +2,6 @@
 
 #include "look/Fonts.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -19,11 +18,9 @@ constexpr int gap = 16;
 constexpr int leastHeight = 36;
 } // namespace
 
-SettingRow::SettingRow(const Look &look, const QString &words, QWidget *parent)
-    : QAbstractButton(parent), m_look(look), m_words(words)
+SettingRow::SettingRow(const Look &look, const QString &words, QWidget *parent) : Control(look, words, parent)
 {
     setCheckable(true);
-    setAccessibleName(words);
     setFont(interfaceFont(13));
     setFocusPolicy(Qt::TabFocus);
     auto policy = QSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -34,46 +31,35 @@ SettingRow::SettingRow(const Look &look, const QString &words, QWidget *parent)
 int SettingRow::heightForWidth(int width) const
 {
     const auto text = fontMetrics().boundingRect(
-        QRect(0, 0, std::max(40, width - switchWidth - gap), 1000), Qt::TextWordWrap, m_words);
+        QRect(0, 0, std::max(40, width - switchWidth - gap - 2 * inset), 1000), Qt::TextWordWrap, name());
     return std::max(leastHeight, text.height() + 16);
 }
 
-void SettingRow::paintEvent(QPaintEvent *)
+void SettingRow::paint(QPainter &painter)
 {
-    const auto &colors = m_look.colors;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const bool mirrored = layoutDirection() == Qt::RightToLeft;
-    painter.setPen(colors.label);
-    const auto text
-        = mirrored ? rect().adjusted(switchWidth + gap, 0, 0, 0) : rect().adjusted(0, 0, -switchWidth - gap, 0);
+    paintWash(painter, rect(), 8);
+    painter.setPen(look().colors.label);
+    const auto inside = rect().adjusted(inset, 0, -inset, 0);
+    constexpr int taken = switchWidth + gap;
     const auto side = QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft);
-    painter.drawText(text, static_cast<int>(side) | Qt::TextWordWrap, m_words);
-
-    const QRectF track(
-        mirrored ? 1 : width() - switchWidth - 1, (height() - switchHeight) / 2, switchWidth, switchHeight);
-    auto off = colors.label;
-    off.setAlphaF(m_look.isDark ? 0.24F : 0.18F);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(isChecked() ? colors.controlAccent : off);
-    painter.drawRoundedRect(track, switchHeight / 2.0, switchHeight / 2.0);
-    constexpr double knob = switchHeight - 4;
-    const double left = isChecked() != mirrored ? track.right() - knob - 2 : track.left() + 2;
-    painter.setBrush(Qt::white);
-    painter.drawEllipse(QRectF(left, track.top() + 2, knob, knob));
-    if (hasFocus()) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(colors.controlAccent, 2));
-        painter.drawRoundedRect(rect().adjusted(1, 1, -1, -1), 6, 6);
-    }
+    painter.drawText(
+        isMirrored() ? inside.adjusted(taken, 0, 0, 0) : inside.adjusted(0, 0, -taken, 0),
+        static_cast<int>(side) | Qt::TextWordWrap, name());
+    const int left = isMirrored() ? inside.left() + 1 : inside.left() + inside.width() - switchWidth - 1;
+    paintSwitch(painter, QRectF(left, (height() - switchHeight) / 2, switchWidth, switchHeight));
 }
 
-void SettingRow::keyPressEvent(QKeyEvent *event)
+void SettingRow::paintSwitch(QPainter &painter, const QRectF &track) const
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
-        QAbstractButton::keyPressEvent(event);
+    auto off = look().colors.label;
+    off.setAlphaF(look().isDark ? 0.24F : 0.18F);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isChecked() ? look().colors.controlAccent : off);
+    painter.drawRoundedRect(track, switchHeight / 2.0, switchHeight / 2.0);
+    constexpr double knob = switchHeight - 4;
+    const double left = isChecked() != isMirrored() ? track.right() - knob - 2 : track.left() + 2;
+    painter.setBrush(Qt::white);
+    painter.drawEllipse(QRectF(left, track.top() + 2, knob, knob));
 }
 
 } // namespace quillnest

@@ -1,18 +1,19 @@
 #pragma once
 
-#include "look/Look.h"
-
-#include <QAbstractButton>
+#include "look/Control.h"
 
 namespace quillnest
 {
 
 /// A setting that is on or off: its words and a switch.
-class SettingRow : public QAbstractButton
+class SettingRow : public Control
 {
     Q_OBJECT
 
 public:
+    /// How far words and switch stand from the row's ends, in points: room for the ground and the ring.
+    static constexpr int inset = 10;
+
     SettingRow(const Look &look, const QString &words, QWidget *parent = nullptr);
 
     QSize sizeHint() const override { return {200, heightForWidth(328)}; }
@@ -20,12 +21,10 @@ public:
     int heightForWidth(int width) const override;
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    void paint(QPainter &painter) override;
 
 private:
-    const Look &m_look;
-    const QString m_words;
+    void paintSwitch(QPainter &painter, const QRectF &track) const;
 };
 
 } // namespace quillnest

@@ -1,7 +1,5 @@
 #include "look/Spinner.h"
 
-#include "look/Palette.h"
-
 #include <QPainter>
 
 #include <cmath>
@@ -9,7 +7,7 @@
 namespace quillnest
 {
 
-Spinner::Spinner(const Platform &platform, int size, QWidget *parent) : QWidget(parent), m_platform(platform)
+Spinner::Spinner(const Look &look, int size, QWidget *parent) : QWidget(parent), m_look(look)
 {
     setFixedSize(size, size);
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -24,7 +22,7 @@ void Spinner::setColor(const QColor &color)
 
 void Spinner::showEvent(QShowEvent *)
 {
-    m_timer = m_platform.clock->every(std::chrono::milliseconds(33), [this] { update(); });
+    m_timer = m_look.platform->clock->every(std::chrono::milliseconds(33), [this] { update(); });
 }
 
 void Spinner::hideEvent(QHideEvent *)
@@ -34,9 +32,9 @@ void Spinner::hideEvent(QHideEvent *)
 
 void Spinner::paintEvent(QPaintEvent *)
 {
-    const auto color = m_color.isValid() ? m_color : Palette::current(m_platform).secondaryLabel;
+    const auto color = m_color.isValid() ? m_color : m_look.colors.secondaryLabel;
     // The angle follows from the time, so that a late frame doesn't slow the turning down.
-    const double turns = std::chrono::duration<double>(m_platform.clock->monotonic()).count() / 0.9;
+    const double turns = std::chrono::duration<double>(m_look.platform->clock->monotonic()).count() / 0.9;
     const double start = 360 * (turns - std::floor(turns));
     const double thickness = std::max(1.5, width() / 9.0);
     const auto ring = QRectF(rect()).adjusted(thickness, thickness, -thickness, -thickness);

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/Platform.h"
+#include "look/Look.h"
 
 #include <QWidget>
+
+#include <memory>
 
 namespace quillnest
 {
@@ -14,7 +16,7 @@ class Spinner : public QWidget
 
 public:
     /// `size` in points. The colour is the secondary label's unless another is given.
-    explicit Spinner(const Platform &platform, int size = 16, QWidget *parent = nullptr);
+    explicit Spinner(const Look &look, int size = 16, QWidget *parent = nullptr);
 
     void setColor(const QColor &color);
     QSize sizeHint() const override { return size(); }
@@ -25,7 +27,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    const Platform &m_platform;
+    const Look &m_look;
     QColor m_color;
     std::unique_ptr<Timer> m_timer;
 };

@@ -1,62 +1,62 @@
 #include "look/SymbolButton.h"
 
-#include "look/Palette.h"
+#include "look/PlainWords.h"
 
 #include <QPainter>
 
 namespace quillnest
 {
 
-SymbolButton::SymbolButton(const Platform &platform, const QString &symbol, const QString &name, QWidget *parent)
-    : QAbstractButton(parent), m_platform(platform), m_symbol(symbol)
+SymbolButton::SymbolButton(const Look &look, const QString &symbol, const QString &name, QWidget *parent)
+    : SymbolButton(look, symbol, name, Form(), parent)
 {
-    setAccessibleName(name);
-    setToolTip(name);
-    setFixedSize(sizeHint());
+}
+
+SymbolButton::SymbolButton(
+    const Look &look, const QString &symbol, const QString &name, const Form &form, QWidget *parent)
+    : Control(look, name, parent), m_form(form), m_symbol(symbol)
+{
+    setToolTip(plainToolTip(name));
+    setFixedSize(form.size);
     // Tab reaches it; a click leaves the keyboard with the app.
     setFocusPolicy(Qt::TabFocus);
 }
 
 void SymbolButton::setSymbol(const QString &symbol, bool accented)
 {
+    if (m_symbol == symbol && m_accented == accented)
+        return;
     m_symbol = symbol;
     m_accented = accented;
     update();
 }
 
-void SymbolButton::paintEvent(QPaintEvent *)
+void SymbolButton::setSymbolSize(int points)
 {
-    const auto palette = Palette::current(m_platform);
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const auto area = QRectF(rect()).adjusted(0, 3, 0, -3);
-    if (isEnabled() && (isDown() || m_hovered)) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isDown() ? palette.pressed : palette.hover);
-        painter.drawRoundedRect(area, 5, 5);
-    }
-    if (hasFocus()) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(palette.controlAccent, 2));
-        painter.drawRoundedRect(area.adjusted(1, 1, -1, -1), 5, 5);
-    }
-    constexpr int points = 16;
-    const auto color = m_accented ? palette.controlAccent : m_hovered ? palette.label : palette.secondaryLabel;
-    const auto pixmap = m_platform.symbols->pixmap(m_symbol, points, color, devicePixelRatioF());
-    painter.setOpacity(isEnabled() ? 1.0 : 0.35);
-    painter.drawPixmap((width() - points) / 2, (height() - points) / 2, pixmap);
-}
-
-void SymbolButton::enterEvent(QEnterEvent *)
-{
-    m_hovered = true;
+    m_form.symbol = points;
     update();
 }
 
-void SymbolButton::leaveEvent(QEvent *)
+QRectF SymbolButton::ground() const
 {
-    m_hovered = false;
-    update();
+    const QSizeF room = size() - m_form.ground;
+    return {QPointF(room.width() / 2, room.height() / 2), m_form.ground};
+}
+
+Control::Ring SymbolButton::ring() const
+{
+    return {ground(), m_form.radius, look().colors.controlAccent};
+}
+
+void SymbolButton::paint(QPainter &painter)
+{
+    const auto &colors = look().colors;
+    paintWash(painter, ground(), m_form.radius);
+    const auto color = m_accented ? colors.controlAccent
+        : isHovered() || isDown() ? colors.label
+                                  : colors.secondaryLabel;
+    const auto symbol = look().symbol(m_symbol, m_form.symbol, color, painter);
+    painter.drawPixmap(QPointF((width() - m_form.symbol) / 2, (height() - m_form.symbol) / 2), symbol);
 }
 
 } // namespace quillnest

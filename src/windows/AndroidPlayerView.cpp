@@ -3,7 +3,6 @@
 #include "base/QuillnestLayout.h"
 #include "look/ElidedLabel.h"
 #include "look/Fonts.h"
-#include "look/Palette.h"
 #include "look/SymbolButton.h"
 #include "windows/AndroidAppPanel.h"
 
@@ -29,7 +28,7 @@ namespace
 class DragArea : public QWidget
 {
 public:
-    DragArea(const Platform &platform, QWidget *parent) : QWidget(parent), m_platform(platform)
+    DragArea(const Look &look, QWidget *parent) : QWidget(parent), m_look(look)
     {
         setFixedHeight(QuillnestLayout::headerHeight);
     }
@@ -37,7 +36,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override
     {
-        const auto colors = Palette::current(m_platform);
+        const auto &colors = m_look.colors;
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         QPainterPath shape;
@@ -59,7 +58,7 @@ protected:
     }
 
 private:
-    const Platform &m_platform;
+    const Look &m_look;
 };
 
 // Of a rectangle at the origin the right and the lower edge are no part.
@@ -79,8 +78,8 @@ QPointF clamped(QPointF point, QSizeF size)
 class MirrorArea : public QWidget
 {
 public:
-    MirrorArea(const Platform &platform, AndroidMirrorModel &mirror, QWidget *parent)
-        : QWidget(parent), m_platform(platform), m_mirror(mirror)
+    MirrorArea(const Look &look, AndroidMirrorModel &mirror, QWidget *parent)
+        : QWidget(parent), m_look(look), m_mirror(mirror)
     {
         // Without it the first button of the header would have the keyboard, and its ring.
         setFocusPolicy(Qt::ClickFocus);
@@ -96,7 +95,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override
     {
-        const auto colors = Palette::current(m_platform);
+        const auto &colors = m_look.colors;
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         QPainterPath shape;
@@ -185,7 +184,7 @@ private:
         painter.drawText(text, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_mirror.status());
     }
 
-    const Platform &m_platform;
+    const Look &m_look;
     AndroidMirrorModel &m_mirror;
     QImage m_scaled;
     qint64 m_scaledKey = 0;
@@ -196,15 +195,14 @@ private:
 } // namespace
 
 AndroidPlayerView::AndroidPlayerView(const WindowServices &services, const QString &title, QWidget *parent)
-    : QWidget(parent), m_services(services), m_mirror(services.platform, services.log)
+    : QWidget(parent), m_look(services.platform), m_mirror(services.platform, services.log)
 {
-    const auto &platform = m_services.platform;
-    auto *header = new DragArea(platform, this);
+    auto *header = new DragArea(m_look, this);
     auto *bar = new QHBoxLayout(header);
     bar->setContentsMargins(10, 0, 10, 0);
     bar->setSpacing(6);
-    const auto addButton = [&platform, header, bar](const char *symbol, const char *name) {
-        auto *button = new SymbolButton(platform, QLatin1String(symbol), QLatin1String(name), header);
+    const auto addButton = [this, header, bar](const char *symbol, const char *name) {
+        auto *button = new SymbolButton(m_look, QLatin1String(symbol), QLatin1String(name), header);
         bar->addWidget(button);
         return button;
     };
@@ -227,20 +225,19 @@ AndroidPlayerView::AndroidPlayerView(const WindowServices &services, const QStri
     stack->setContentsMargins(0, 0, 0, 0);
     stack->setSpacing(0);
     stack->addWidget(header);
-    auto *display = new MirrorArea(platform, m_mirror, this);
+    auto *display = new MirrorArea(m_look, m_mirror, this);
     stack->addWidget(display, 1);
     display->setFocus();
 
     const auto applyColors = [this] {
         auto colors = m_titleLabel->palette();
-        colors.setColor(QPalette::WindowText, Palette::current(m_services.platform).label);
+        colors.setColor(QPalette::WindowText, m_look.colors.label);
         m_titleLabel->setPalette(colors);
         for (auto *child : findChildren<QWidget *>())
             child->update();
     };
     applyColors();
-    if (platform.appearance)
-        connect(platform.appearance.get(), &Appearance::changed, this, applyColors);
+    connect(&m_look, &LiveLook::changed, this, applyColors);
 }
 
 QString AndroidPlayerView::title() const

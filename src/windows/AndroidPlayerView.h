@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/LiveLook.h"
 #include "windows/AndroidMirrorModel.h"
 #include "windows/WindowServices.h"
 
@@ -37,7 +38,7 @@ protected:
 private:
     void togglePin();
 
-    const WindowServices &m_services;
+    LiveLook m_look;
     AndroidMirrorModel m_mirror;
     QLabel *m_titleLabel = nullptr;
     SymbolButton *m_pinButton = nullptr;

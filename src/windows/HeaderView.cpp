@@ -3,7 +3,6 @@
 #include "base/QuillnestLayout.h"
 #include "look/ElidedLabel.h"
 #include "look/Fonts.h"
-#include "look/Palette.h"
 #include "look/SymbolButton.h"
 
 #include <QHBoxLayout>
@@ -16,11 +15,10 @@ namespace quillnest
 {
 
 HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *parent)
-    : QWidget(parent), m_platform(platform)
+    : QWidget(parent), m_look(platform)
 {
     setFixedHeight(QuillnestLayout::headerHeight);
-    if (platform.appearance)
-        connect(platform.appearance.get(), &Appearance::changed, this, qOverload<>(&QWidget::update));
+    connect(&m_look, &LiveLook::changed, this, qOverload<>(&QWidget::update));
     auto *stack = new QHBoxLayout(this);
     stack->setContentsMargins(10, 0, 10, 0);
     stack->setSpacing(6);
@@ -54,7 +52,7 @@ HeaderView::HeaderView(const Platform &platform, const QString &title, QWidget *
 
 SymbolButton *HeaderView::addButton(const QString &symbol, const QString &toolTip)
 {
-    auto *button = new SymbolButton(m_platform, symbol, toolTip, this);
+    auto *button = new SymbolButton(m_look, symbol, toolTip, this);
     layout()->addWidget(button);
     return button;
 }
@@ -76,7 +74,7 @@ void HeaderView::setCaptureAvailable(bool on)
 
 void HeaderView::paintEvent(QPaintEvent *)
 {
-    const auto colors = Palette::current(m_platform);
+    const auto &colors = m_look.colors;
     auto text = m_titleLabel->palette();
     if (text.color(QPalette::WindowText) != colors.label) {
         text.setColor(QPalette::WindowText, colors.label);

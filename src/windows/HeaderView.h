@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Platform.h"
+#include "look/LiveLook.h"
 
 #include <QWidget>
 
@@ -42,7 +42,7 @@ protected:
 private:
     SymbolButton *addButton(const QString &symbol, const QString &toolTip);
 
-    const Platform &m_platform;
+    LiveLook m_look;
     QLabel *m_titleLabel = nullptr;
     SymbolButton *m_captureButton = nullptr;
     SymbolButton *m_shadeButton = nullptr;

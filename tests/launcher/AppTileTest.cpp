@@ -3,6 +3,10 @@
 #include "PanelFixture.h"
 #include "look/Spinner.h"
 
+#include <QHelpEvent>
+#include <QTextDocument>
+#include <QToolTip>
+
 using namespace quillnest;
 
 namespace
@@ -19,20 +23,30 @@ protected:
 };
 } // namespace
 
-TEST_F(AppTileTest, theFirstNineInOrderHaveAKeyAndTheTenthHasNone)
+TEST_F(AppTileTest, theToolTipNamesTheAppAndPromisesNoKey)
 {
-    for (int i = 0; i < 10; ++i)
-        addApp(QStringLiteral("App %1").arg(QChar(u'A' + i)));
-    EXPECT_EQ(tip(QStringLiteral("App A")), QStringLiteral("Open App A  (⌥1)"));
-    EXPECT_EQ(tip(QStringLiteral("App I")), QStringLiteral("Open App I  (⌥9)"));
-    EXPECT_EQ(tip(QStringLiteral("App J")), QStringLiteral("Open App J"));
-    // Favourites come first.
-    store->toggleFavorite(*store->firstMatch(QStringLiteral("App J")));
-    EXPECT_EQ(tip(QStringLiteral("App J")), QStringLiteral("Open App J  (⌥1)"));
-    EXPECT_EQ(tip(QStringLiteral("App I")), QStringLiteral("Open App I"));
-    set("QuillnestAppShortcuts", false);
-    EXPECT_EQ(tip(QStringLiteral("App J")), QStringLiteral("Open App J"));
-    EXPECT_EQ(AppTile::shortcutHint(*services, QUuid::createUuid()), QString());
+    addApp(QStringLiteral("Moon"));
+    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Open Moon"));
+    set("QuillnestAppShortcuts", true);
+    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Open Moon"));
+}
+
+TEST_F(AppTileTest, aNameInAToolTipIsShownAsItIsWritten)
+{
+    addApp(QStringLiteral("Fish & Chips"));
+    addApp(QStringLiteral("<b>Bold</b>"));
+    const auto shownTip = [this](const char *name) {
+        const auto middle = grid().tileRect(indexOf(QLatin1String(name))).center();
+        QHelpEvent help(QEvent::ToolTip, middle, grid().mapToGlobal(middle));
+        QApplication::sendEvent(&grid(), &help);
+        const auto text = QToolTip::text();
+        QToolTip::hideText();
+        return text;
+    };
+    EXPECT_EQ(shownTip("Fish & Chips"), QStringLiteral("Open Fish & Chips"));
+    QTextDocument document;
+    document.setHtml(shownTip("<b>Bold</b>"));
+    EXPECT_EQ(document.toPlainText(), QStringLiteral("Open <b>Bold</b>"));
 }
 
 TEST_F(AppTileTest, aRunningAppIsShownAndMarkedBelowItsNameAsLongAsItRuns)
@@ -48,7 +62,7 @@ TEST_F(AppTileTest, aRunningAppIsShownAndMarkedBelowItsNameAsLongAsItRuns)
     open(moon);
     ASSERT_TRUE(waitFor([this] { return !store->launchingAppID(); }));
     EXPECT_TRUE(isMarked());
-    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Show Moon  (⌥1)"));
+    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Show Moon"));
     registry->closeAll();
     EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
     EXPECT_FALSE(isMarked());

@@ -4,6 +4,7 @@
 #include "LaunchFixture.h"
 #include "core/LibraryFormat.h"
 #include "launcher/MenuPanel.h"
+#include "launcher/grid/AppGrid.h"
 #include "launcher/wallpaper/Wallpaper.h"
 #include "look/Fonts.h"
 #include "look/InterfaceStyle.h"

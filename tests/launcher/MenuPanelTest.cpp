@@ -8,6 +8,7 @@
 #include "launcher/SearchField.h"
 #include "launcher/StatusPill.h"
 #include "look/Palette.h"
+#include "look/PlainWords.h"
 
 #include <QDropEvent>
 #include <QLineEdit>
@@ -25,7 +26,7 @@ protected:
     QString status() const
     {
         for (const auto *label : panel->findChildren<QLabel *>()) {
-            if (label->toolTip() == store->statusMessage().toHtmlEscaped() && label->isVisibleTo(panel.get()))
+            if (label->toolTip() == plainToolTip(store->statusMessage()) && label->isVisibleTo(panel.get()))
                 return label->text();
         }
         return {};
@@ -135,6 +136,17 @@ TEST_F(MenuPanelTest, aClickOpensTheAppAndADragOffItsTileDoesNot)
     EXPECT_EQ(store->launchingAppID(), star.id);
     click(0);
     EXPECT_EQ(store->launchingAppID(), moon.id);
+}
+
+TEST_F(MenuPanelTest, aPressThatOutlivesTheTilesOpensNothing)
+{
+    addApp(QStringLiteral("Moon"));
+    QTest::mousePress(&grid(), Qt::LeftButton, {}, grid().tileRect(0).center());
+    // Now another app stands where the pointer is.
+    addApp(QStringLiteral("Apple"));
+    ASSERT_EQ(names().first(), QStringLiteral("Apple"));
+    QTest::mouseRelease(&grid(), Qt::LeftButton, {}, grid().tileRect(0).center());
+    EXPECT_FALSE(store->launchingAppID());
 }
 
 TEST_F(MenuPanelTest, eachDroppedFileIsAddedByItselfSoTheLastOutcomeIsTold)

@@ -161,3 +161,39 @@ TEST_F(PanelKeyboardTest, tabGoesThroughTheTitleTheSearchAndTheTiles)
     }
     EXPECT_EQ(order.join(u'|'), QStringLiteral("Add an APK|More|Search apps|Apps"));
 }
+
+TEST_F(PanelKeyboardTest, aPageUpInTheFirstRowStaysThereWhereAnArrowWouldLeave)
+{
+    press(Qt::Key_Right);
+    press(Qt::Key_Right);
+    ASSERT_EQ(current(), QStringLiteral("Appb"));
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(current(), QStringLiteral("Appb"));
+    EXPECT_TRUE(grid().hasFocus());
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(current(), QStringLiteral("Appj")) << "the last row";
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(current(), QStringLiteral("Appb"));
+    press(Qt::Key_Up);
+    EXPECT_TRUE(edit().hasFocus());
+}
+
+TEST_F(PanelKeyboardTest, inASearchThatHoldsTextTheSidewaysArrowsMoveTheCursor)
+{
+    QTest::keyClicks(focus(), QStringLiteral("ap"));
+    ASSERT_TRUE(edit().hasFocus());
+    press(Qt::Key_Left);
+    EXPECT_TRUE(edit().hasFocus());
+    EXPECT_EQ(edit().cursorPosition(), 1);
+    press(Qt::Key_Right);
+    EXPECT_TRUE(edit().hasFocus());
+    EXPECT_EQ(edit().cursorPosition(), 2);
+    press(Qt::Key_Right);
+    EXPECT_TRUE(edit().hasFocus()) << "at its end as well";
+    press(Qt::Key_Down);
+    EXPECT_TRUE(grid().hasFocus());
+    edit().setFocus();
+    store->setSearch({});
+    press(Qt::Key_Right);
+    EXPECT_TRUE(grid().hasFocus()) << "an empty one has nothing to move in";
+}

@@ -109,6 +109,33 @@ TEST_F(WallpaperTest, aPhotoIsKeptAsAJpegOfHighQualityUnderOneName)
     EXPECT_TRUE(Wallpaper::image(fakes.platform, QStringLiteral("ocean")).isNull());
 }
 
+TEST_F(WallpaperTest, aPhotoFillsThePanelAndIsCutAlikeOnBothSides)
+{
+    // Bands of colour, so that the rows and columns that are left can be told.
+    const auto banded = [this](QSize size, bool tall) {
+        QImage image(size, QImage::Format_RGB32);
+        for (int y = 0; y < size.height(); ++y) {
+            for (int x = 0; x < size.width(); ++x) {
+                const int part = tall ? y * 3 / size.height() : x * 3 / size.width();
+                image.setPixel(x, y, part == 0 ? qRgb(220, 0, 0) : part == 1 ? qRgb(0, 220, 0) : qRgb(0, 0, 220));
+            }
+        }
+        const auto path = fakes.path(QStringLiteral("bands.png"));
+        image.save(path);
+        return path;
+    };
+    const auto isGreen = [](const QColor &color) { return color.green() > 3 * std::max(color.red(), color.blue()); };
+    ASSERT_TRUE(choose(banded(QSize(120, 360), true)));
+    auto image = WallpaperView::render(fakes.platform, QStringLiteral("custom"), QSize(120, 120));
+    ASSERT_EQ(image.size(), QSize(120, 120));
+    EXPECT_TRUE(isGreen(image.pixelColor(60, 3))) << "a tall one: the third in the middle";
+    EXPECT_TRUE(isGreen(image.pixelColor(60, 116)));
+    ASSERT_TRUE(choose(banded(QSize(360, 120), false)));
+    image = WallpaperView::render(fakes.platform, QStringLiteral("custom"), QSize(120, 120));
+    EXPECT_TRUE(isGreen(image.pixelColor(3, 60))) << "a wide one: the same";
+    EXPECT_TRUE(isGreen(image.pixelColor(116, 60)));
+}
+
 TEST_F(WallpaperTest, whateverFailsLeavesThePhotoAsItWas)
 {
     EXPECT_FALSE(choose({}));

@@ -94,4 +94,37 @@ TEST_P(InterfaceStyleTest, theWidestItemFits)
     EXPECT_GE(menu.actionGeometry(wide).width(), QFontMetrics(menu.font()).horizontalAdvance(wide->text()) + 28);
 }
 
+TEST_P(InterfaceStyleTest, anEntryThatOpensAMenuIsHighlightedLikeTheOthersAndHasAChevron)
+{
+    auto *plain = menu.addAction(QStringLiteral("Tall"));
+    auto *sizes = menu.addMenu(QStringLiteral("Tall"))->menuAction();
+    const auto end = [this](QAction *action) {
+        const auto row = menu.actionGeometry(action);
+        return QRect(row.right() - 18, row.top() + 2, 14, row.height() - 4);
+    };
+    auto image = picture();
+    EXPECT_EQ(pixelsOf(colors.label, image, end(plain)), 0);
+    EXPECT_GT(pixelsOf(colors.label, image, end(sizes)), 2);
+    menu.setActiveAction(sizes);
+    image = picture();
+    const auto row = menu.actionGeometry(sizes);
+    EXPECT_GT(pixelsOf(colors.controlAccent, image, row), row.width() * row.height() / 2);
+    EXPECT_EQ(image.pixelColor((row.topLeft() + QPoint(5, 1)) * image.devicePixelRatio()), colors.field) << "round";
+}
+
+TEST_P(InterfaceStyleTest, fromRightToLeftTheTickIsOnTheRight)
+{
+    auto *action = menu.addAction(QStringLiteral("Tall"));
+    menu.addAction(QStringLiteral("A much longer one"));
+    action->setCheckable(true);
+    action->setChecked(true);
+    menu.setLayoutDirection(Qt::RightToLeft);
+    const auto image = picture();
+    const auto row = menu.actionGeometry(action);
+    EXPECT_GT(pixelsOf(colors.label, image, QRect(row.right() - 24, row.top() + 2, 18, row.height() - 4)), 4);
+    EXPECT_EQ(pixelsOf(colors.label, image, QRect(row.left(), row.top(), 40, row.height())), 0);
+    const QRect words(row.right() - 60, row.top(), 32, row.height());
+    EXPECT_LT(pixelsOf(colors.field, image, words), words.width() * words.height()) << "beside its words";
+}
+
 INSTANTIATE_TEST_SUITE_P(LightAndDark, InterfaceStyleTest, ::testing::Bool());

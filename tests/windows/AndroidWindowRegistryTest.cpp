@@ -209,6 +209,8 @@ TEST_F(AndroidWindowRegistryTest, whatHappensToWindowsIsToldToWhoeverCares)
         });
     auto &first = open();
     auto &second = open(otherID, otherPackage);
+    // What fails later on is the third one, and not a push of these that comes late.
+    ASSERT_TRUE(waitFor([this] { return device.servers() == 2; }));
     first.hide();
     first.hide();
     first.show();

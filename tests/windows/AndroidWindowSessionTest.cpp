@@ -627,6 +627,7 @@ TEST_F(AndroidWindowSessionTest, aSavedOriginOfAnotherTypeIsNone)
 
 TEST_F(AndroidWindowSessionTest, theHandleTellsWhoItIsAndWhetherItCanBeSeen)
 {
+    fakes.settings->setValue(QStringLiteral("QuillnestAutoHide"), false);
     auto &session = openKey();
     AppSession &handle = session;
     EXPECT_EQ(handle.appID(), appID);

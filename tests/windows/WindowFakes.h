@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fakes/FakeSymbols.h"
 #include "platform/SampleRenderer.h"
 #include "platform/Symbols.h"
 
@@ -10,23 +11,6 @@
 
 namespace quillnest
 {
-
-/// Symbols that are filled squares of the colour asked for, so that a look at the pixels tells the colour.
-class FakeSymbols : public Symbols
-{
-public:
-    QPixmap pixmap(const QString &name, int points, const QColor &color, double scale) const override
-    {
-        asked.append(name);
-        QPixmap pixmap(QSize(points, points) * scale);
-        pixmap.setDevicePixelRatio(scale);
-        pixmap.fill(color);
-        return pixmap;
-    }
-
-    /// The names that were asked for, in order.
-    mutable QStringList asked;
-};
 
 /// A picture that a test has drawn. It keeps the parts that it is asked for, and counts the questions that a picture
 /// needn't answer: parts that begin at an odd pixel or reach beyond it.

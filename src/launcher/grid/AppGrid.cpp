@@ -2,6 +2,7 @@
 
 #include "launcher/grid/AppGridAccess.h"
 #include "look/Fonts.h"
+#include "look/PlainWords.h"
 #include "look/Spinner.h"
 
 #include <QAccessible>
@@ -129,7 +130,7 @@ void AppGrid::placeSpinners()
         if (!cell.marks.launching)
             continue;
         if (used == m_spinners.size()) {
-            m_spinners.push_back(new Spinner(m_services.platform, spinnerSize, this));
+            m_spinners.push_back(new Spinner(m_look, spinnerSize, this));
             m_spinners.back()->setColor(Qt::white);
         }
         auto *spinner = m_spinners[used++];
@@ -228,7 +229,7 @@ bool AppGrid::event(QEvent *event)
         const auto index = tileAt(help->pos());
         if (index)
             QToolTip::showText(
-                help->globalPos(), tile(*index).toolTip(m_services).toHtmlEscaped(), this, tileRect(*index));
+                help->globalPos(), plainToolTip(tile(*index).toolTip(m_services)), this, tileRect(*index));
         else
             QToolTip::hideText();
         return true;

@@ -1,8 +1,8 @@
 #include "launcher/grid/AppTile.h"
 
-#include "base/QuillnestSettings.h"
 #include "launcher/grid/AppIcon.h"
 #include "look/ContinuousCorners.h"
+#include "look/FocusRing.h"
 #include "look/Fonts.h"
 
 #include <QTextLayout>
@@ -23,7 +23,6 @@ constexpr double dotSize = 4;
 constexpr double unreadSize = 10;
 constexpr double unreadStroke = 2;
 constexpr double widestGround = 104;
-constexpr int shortcutCount = 9;
 
 int labelLines(ThemeStyle style)
 {
@@ -75,20 +74,7 @@ AppTile::Marks AppTile::marks(const PanelServices &services, QUuid id)
 QString AppTile::toolTip(const PanelServices &services) const
 {
     const bool running = services.store.runningAppIDs().contains(m_app.id);
-    return QStringLiteral("%1 %2%3").arg(
-        running ? QStringLiteral("Show") : QStringLiteral("Open"), m_name, shortcutHint(services, m_app.id));
-}
-
-QString AppTile::shortcutHint(const PanelServices &services, QUuid id)
-{
-    if (!QuillnestSettings::flag(*services.platform.settings, QStringLiteral("QuillnestAppShortcuts"), true))
-        return {};
-    const auto apps = services.store.orderedApps();
-    const auto found = std::find_if(apps.begin(), apps.end(), [id](const MobileApp &app) { return app.id == id; });
-    const auto place = found - apps.begin();
-    if (found == apps.end() || place >= shortcutCount)
-        return {};
-    return QStringLiteral("  (⌥%1)").arg(place + 1);
+    return QStringLiteral("%1 %2").arg(running ? QStringLiteral("Show") : QStringLiteral("Open"), m_name);
 }
 
 QString AppTile::spoken(const Marks &marks)
@@ -115,11 +101,8 @@ void AppTile::paint(
     const QRectF ground(tile.center().x() - reach, tile.top(), 2 * reach, tile.height());
     if (attention.hovered || attention.pressed)
         painter.fillPath(continuousRectangle(ground, 14), attention.pressed ? look.colors.pressed : look.colors.hover);
-    if (attention.focused) {
-        painter.setPen(QPen(look.colors.controlAccent, 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(continuousRectangle(ground.adjusted(1, 1, -1, -1), 13));
-    }
+    if (attention.focused)
+        paintFocusRing(painter, ground, 14, look.colors.controlAccent);
     const auto icon = iconArea(tile);
     AppIcon::paint(painter, icon, m_name, image, look.style);
     paintMarks(painter, icon, marks, look, symbols);

@@ -43,10 +43,8 @@ public:
 
     static Marks marks(const PanelServices &services, QUuid id);
 
-    /// "Open" or "Show", the name, and the key that does the same.
+    /// "Open" or "Show", and the name.
     QString toolTip(const PanelServices &services) const;
-    /// The key of one of the first nine apps, behind two spaces; empty for the others, or if there are no such keys.
-    static QString shortcutHint(const PanelServices &services, QUuid id);
     /// The marks in words, for those who don't see them.
     static QString spoken(const Marks &marks);
 

@@ -6,6 +6,7 @@
 #include "look/ChoiceButton.h"
 #include "look/ContinuousCorners.h"
 #include "look/Fonts.h"
+#include "look/Footnote.h"
 #include "look/SettingRow.h"
 
 #include <QGridLayout>
@@ -19,7 +20,17 @@ namespace quillnest
 namespace
 {
 
+constexpr int margin = 16;
 constexpr double sampleRadius = 9;
+
+/// What has no room of its own around it, as far in as the rows' words.
+QLayout *inset(QWidget *widget, int room = SettingRow::inset)
+{
+    auto *row = new QHBoxLayout;
+    row->setContentsMargins(room, 0, room, 0);
+    row->addWidget(widget);
+    return row;
+}
 
 void setColor(QLabel *label, const QColor &color)
 {
@@ -53,23 +64,20 @@ PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelL
     : QWidget(parent), m_services(services), m_look(look)
 {
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(16, 4, 16, 16);
+    column->setContentsMargins(margin - SettingRow::inset, 4, margin - SettingRow::inset, 16);
     column->setSpacing(0);
 
     addHeading(column, QStringLiteral("General"));
     m_openAtLogin = new SettingRow(
         look, QStringLiteral("Open Quillnest when the %1 starts").arg(services.platform.profile.machineWord), this);
     column->addWidget(m_openAtLogin);
-    m_loginError = new QLabel(this);
-    m_loginError->setWordWrap(true);
-    m_loginError->setTextFormat(Qt::PlainText);
-    m_loginError->setFont(interfaceFont(11));
+    m_loginError = new Footnote(look, {}, Footnote::Tone::attention, this);
     m_loginError->hide();
-    column->addWidget(m_loginError);
+    column->addLayout(inset(m_loginError));
     connect(m_openAtLogin, &QAbstractButton::clicked, this, [this](bool on) {
         auto &items = *m_services.platform.loginItems;
         const auto failure = items.set(on);
-        m_loginError->setText(
+        m_loginError->setWords(
             failure ? QStringLiteral("%1 did not allow this: %2").arg(m_services.platform.profile.systemName, *failure)
                     : QString());
         m_loginError->setVisible(failure.has_value());
@@ -100,7 +108,7 @@ void PanelSettingsPage::addHeading(QVBoxLayout *column, const QString &text)
     label->setFont(interfaceFont(13, QFont::DemiBold));
     label->setFixedHeight(36);
     label->setAlignment(Qt::AlignVCenter | Qt::AlignLeading);
-    column->addWidget(label);
+    column->addLayout(inset(label));
     m_headings.push_back(label);
 }
 
@@ -138,7 +146,8 @@ void PanelSettingsPage::addThemes(QVBoxLayout *column)
         });
         m_readers.push_back([this, button, style] { button->setChecked(m_look.style == style); });
     }
-    column->addWidget(group);
+    // The samples have a little room around them, for their rings.
+    column->addLayout(inset(group, SettingRow::inset - 4));
 }
 
 void PanelSettingsPage::addWallpapers(QVBoxLayout *column)
@@ -191,13 +200,13 @@ void PanelSettingsPage::addWallpapers(QVBoxLayout *column)
             constexpr int side = 20;
             painter.drawPixmap(
                 area.center() - QPointF(side / 2.0, side / 2.0),
-                m_services.platform.symbols->pixmap(
-                    QStringLiteral("photo"), side, m_look.colors.secondaryLabel, painter.deviceTransform().m11()));
+                m_look.symbol(QStringLiteral("photo"), side, m_look.colors.secondaryLabel, painter));
         });
     photo->setToolTip(QStringLiteral("Change photo…"));
     for (int i = 0; i < 4; ++i)
         grid->setColumnStretch(i, 1);
-    column->addWidget(group);
+    // The samples have a little room around them, for their rings.
+    column->addLayout(inset(group, SettingRow::inset - 4));
 }
 
 void PanelSettingsPage::chooseWallpaper(const QString &id)
@@ -225,7 +234,6 @@ void PanelSettingsPage::refresh()
 {
     for (auto *heading : m_headings)
         setColor(heading, m_look.colors.secondaryLabel);
-    setColor(m_loginError, QuillnestTheme::ember());
     for (const auto &read : m_readers)
         read();
     update();

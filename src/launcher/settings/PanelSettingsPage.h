@@ -12,6 +12,7 @@ class QVBoxLayout;
 namespace quillnest
 {
 
+class Footnote;
 class SettingRow;
 
 /// The settings inside the panel.
@@ -39,7 +40,7 @@ private:
     const PanelServices &m_services;
     const PanelLook &m_look;
     SettingRow *m_openAtLogin = nullptr;
-    QLabel *m_loginError = nullptr;
+    Footnote *m_loginError = nullptr;
     std::vector<QLabel *> m_headings;
     std::vector<std::function<void()>> m_readers;
 };

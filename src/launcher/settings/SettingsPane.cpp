@@ -23,8 +23,7 @@ SettingsPane::SettingsPane(const PanelServices &services, const PanelLook &look,
     auto *row = new QHBoxLayout(bar);
     row->setContentsMargins(10, 8, 16, 4);
     row->setSpacing(8);
-    auto *back = new HeaderIconButton(
-        services.platform, look, QStringLiteral("chevron.left"), QStringLiteral("Back to apps"), bar);
+    auto *back = new HeaderIconButton(look, QStringLiteral("chevron.left"), QStringLiteral("Back to apps"), bar);
     connect(back, &QAbstractButton::clicked, this, &SettingsPane::left);
     row->addWidget(back);
     m_title = new QLabel(QStringLiteral("Settings"), bar);

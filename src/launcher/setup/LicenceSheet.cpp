@@ -57,11 +57,11 @@ QTextBrowser *licenceArea(const Palette &colors, const std::vector<RuntimeLicens
 } // namespace
 
 LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLicense> &licenses, QWidget *panel)
-    : QWidget(panel), m_platform(platform), m_card(new QWidget(this)), m_previousFocus(QApplication::focusWidget())
+    : QWidget(panel), m_look(platform), m_card(new QWidget(this)), m_previousFocus(QApplication::focusWidget())
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setAccessibleName(QStringLiteral("Google Android SDK licence"));
-    const auto colors = Palette::current(platform);
+    const auto &colors = m_look.colors;
 
     auto *content = new QVBoxLayout(m_card);
     content->setContentsMargins(16, 16, 16, 14);
@@ -91,8 +91,8 @@ LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLi
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    auto *decline = new PushButton(platform, QStringLiteral("Decline"), PushButton::Kind::plain, m_card);
-    auto *accept = new PushButton(platform, QStringLiteral("Accept & Download"), PushButton::Kind::prominent, m_card);
+    auto *decline = new PushButton(m_look, QStringLiteral("Decline"), PushButton::Kind::plain, m_card);
+    auto *accept = new PushButton(m_look, QStringLiteral("Accept & Download"), PushButton::Kind::prominent, m_card);
     connect(decline, &QAbstractButton::clicked, this, &LicenceSheet::end);
     connect(accept, &QAbstractButton::clicked, this, [this] {
         const QPointer<LicenceSheet> guard(this);
@@ -165,7 +165,7 @@ bool LicenceSheet::focusNextPrevChild(bool next)
 
 void LicenceSheet::paintEvent(QPaintEvent *)
 {
-    const auto colors = Palette::current(m_platform);
+    const auto &colors = m_look.colors;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Platform.h"
+#include "look/LiveLook.h"
 #include "runtime/RuntimePlan.h"
 
 #include <QWidget>
@@ -31,7 +31,7 @@ protected:
 private:
     void end();
 
-    const Platform &m_platform;
+    LiveLook m_look;
     QWidget *const m_card;
     QWidget *m_previousFocus = nullptr;
 };

@@ -2,7 +2,6 @@
 
 #include "launcher/setup/LicenceSheet.h"
 #include "look/Fonts.h"
-#include "look/Palette.h"
 #include "look/ProgressBar.h"
 #include "look/PushButton.h"
 #include "look/Spinner.h"
@@ -30,7 +29,7 @@ template <typename... Functions> Overloaded(Functions...) -> Overloaded<Function
 } // namespace
 
 RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvisioner &provisioner, QWidget *parent)
-    : QWidget(parent), m_platform(platform), m_provisioner(provisioner), m_content(new QWidget(this))
+    : QWidget(parent), m_platform(platform), m_look(platform), m_provisioner(provisioner), m_content(new QWidget(this))
 {
     setAccessibleName(QStringLiteral("Set up Android"));
     auto *whole = new QVBoxLayout(this);
@@ -55,14 +54,12 @@ RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvi
                 m_provisioner.prepare();
         },
         Qt::QueuedConnection);
-    if (platform.appearance) {
-        connect(platform.appearance.get(), &Appearance::changed, this, [this] {
-            m_component.clear();
-            setColor(m_title, true);
-            setColor(m_subtitle, false);
-            refresh();
-        });
-    }
+    connect(&m_look, &LiveLook::changed, this, [this] {
+        m_component.clear();
+        setColor(m_title, true);
+        setColor(m_subtitle, false);
+        refresh();
+    });
     refresh();
 }
 
@@ -88,7 +85,7 @@ void RuntimeSetupView::showEvent(QShowEvent *event)
 
 void RuntimeSetupView::paintEvent(QPaintEvent *)
 {
-    const auto colors = Palette::current(m_platform);
+    const auto &colors = m_look.colors;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colors.separator, 1));
@@ -96,8 +93,7 @@ void RuntimeSetupView::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 12, 12);
     painter.drawPixmap(
         16, 18,
-        m_platform.symbols->pixmap(
-            QStringLiteral("shippingbox.and.arrow.backward"), symbolSize, colors.controlAccent, devicePixelRatioF()));
+        m_look.symbol(QStringLiteral("shippingbox.and.arrow.backward"), symbolSize, colors.controlAccent, painter));
 }
 
 void RuntimeSetupView::refresh()
@@ -145,7 +141,7 @@ QLabel *RuntimeSetupView::text(const QString &words, int points)
 
 void RuntimeSetupView::setColor(QLabel *label, bool isPrimary)
 {
-    const auto colors = Palette::current(m_platform);
+    const auto &colors = m_look.colors;
     auto palette = label->palette();
     palette.setColor(QPalette::WindowText, isPrimary ? colors.label : colors.secondaryLabel);
     label->setPalette(palette);
@@ -156,7 +152,7 @@ void RuntimeSetupView::showBusy(const QString &words)
     auto *row = new QHBoxLayout;
     clear()->addLayout(row);
     row->setSpacing(10);
-    auto *spinner = new Spinner(m_platform, 16, m_content);
+    auto *spinner = new Spinner(m_look, 16, m_content);
     row->addWidget(spinner);
     row->addWidget(text(words, 13), 1);
     spinner->show();
@@ -170,9 +166,8 @@ void RuntimeSetupView::showConsent()
         return;
     content->addWidget(text(consentText(m_platform, *plan), 13));
     auto *buttons = new QHBoxLayout;
-    auto *read = new PushButton(m_platform, QStringLiteral("Read licence…"), PushButton::Kind::plain, m_content);
-    auto *accept
-        = new PushButton(m_platform, QStringLiteral("Accept & Download"), PushButton::Kind::prominent, m_content);
+    auto *read = new PushButton(m_look, QStringLiteral("Read licence…"), PushButton::Kind::plain, m_content);
+    auto *accept = new PushButton(m_look, QStringLiteral("Accept & Download"), PushButton::Kind::prominent, m_content);
     // Nobody accepts what they haven't been shown.
     connect(read, &QAbstractButton::clicked, this, &RuntimeSetupView::openLicences);
     connect(accept, &QAbstractButton::clicked, this, &RuntimeSetupView::openLicences);
@@ -189,7 +184,7 @@ void RuntimeSetupView::showDownload(const AndroidRuntimeProvisioner::Downloading
         content->addWidget(text(QStringLiteral("Downloading %1…").arg(download.component), 13));
         auto *row = new QHBoxLayout;
         row->setSpacing(10);
-        m_progress = new ProgressBar(m_platform, m_content);
+        m_progress = new ProgressBar(m_look, m_content);
         m_progress->setAccessibleName(QStringLiteral("Download progress"));
         m_percentage = text({}, 12);
         m_percentage->setWordWrap(false);
@@ -223,7 +218,7 @@ void RuntimeSetupView::showFailure(const QString &words)
     auto *callout = text(words, 13);
     callout->setTextInteractionFlags(Qt::TextSelectableByMouse);
     content->addWidget(callout);
-    auto *again = new PushButton(m_platform, QStringLiteral("Try again"), PushButton::Kind::plain, m_content);
+    auto *again = new PushButton(m_look, QStringLiteral("Try again"), PushButton::Kind::plain, m_content);
     connect(again, &QAbstractButton::clicked, this, [this] { m_provisioner.prepare(); });
     content->addWidget(again, 0, Qt::AlignLeft);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/LiveLook.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimeProvisioner.h"
 
@@ -45,6 +46,7 @@ private:
     void openLicences();
 
     const Platform &m_platform;
+    LiveLook m_look;
     AndroidRuntimeProvisioner &m_provisioner;
     QLabel *m_title = nullptr;
     QLabel *m_subtitle = nullptr;
