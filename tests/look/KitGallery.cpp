@@ -17,7 +17,7 @@
 #include "look/SegmentedControl.h"
 #include "look/SettingRow.h"
 #include "look/Spinner.h"
-#include "platform/desktop/ThemeSymbols.h"
+#include "platform/HostPlatform.h"
 
 #include <QApplication>
 #include <QDir>
@@ -57,7 +57,7 @@ public:
         , m_fakes(fakePlatform())
         , m_image((QSizeF(sheetWidth, sheetHeight) * scene.scale).toSize(), QImage::Format_RGB32)
     {
-        m_fakes.platform.symbols = std::make_shared<ThemeSymbols>();
+        m_fakes.platform.symbols = hostSymbols();
         m_fakes.appearance->setDark(scene.dark);
         look = Look::current(m_fakes.platform);
         QApplication::setPalette(look.colors.toolkitPalette());

@@ -169,8 +169,8 @@ TEST_F(AndroidStreamClientTest, withoutSoundExactlyTwoConnectionsAreAccepted)
     DeviceSocket third(static_cast<std::uint16_t>(port));
     EXPECT_TRUE(third.isOpen());
     EXPECT_TRUE(videoGoesOn());
-    // Three ends of the device's, two of the client's, and the listener.
-    EXPECT_EQ(openStreams(), streamsBefore + 6);
+    // Three ends of the device's, two of the client's, and the listener with the pipe that wakes it.
+    EXPECT_EQ(openStreams(), streamsBefore + 8);
     EXPECT_TRUE(audio->engines().empty());
     client->stop();
     EXPECT_TRUE(third.ends());
@@ -579,8 +579,8 @@ TEST_F(AndroidStreamClientTest, stopBetweenTheConnections)
 {
     ASSERT_NO_FATAL_FAILURE(startUntilServerRuns());
     videoSocket = DeviceSocket(static_cast<std::uint16_t>(port));
-    // The listener, the device's end and the accepted one.
-    ASSERT_TRUE(comesTrue([this] { return openStreams() == streamsBefore + 3; }));
+    // The listener with the pipe that wakes it, the device's end and the accepted one.
+    ASSERT_TRUE(comesTrue([this] { return openStreams() == streamsBefore + 5; }));
     client->stop();
     EXPECT_TRUE(videoSocket.ends());
     EXPECT_TRUE(endsOnceWith(couldNotConnect + QStringLiteral("failed(\"accept\")")));

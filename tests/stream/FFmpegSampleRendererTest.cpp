@@ -1,7 +1,7 @@
+#include "platform/desktop/FFmpegSampleRenderer.h"
 #include "EncodedVideo.h"
 #include "platform/Conditions.h"
 #include "platform/Semaphore.h"
-#include "platform/desktop/FFmpegSampleRenderer.h"
 #include "platform/desktop/FFmpegStillDecoder.h"
 #include "stream/H264.h"
 
