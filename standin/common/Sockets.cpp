@@ -102,17 +102,23 @@ UniqueFd connectToUnixPath(const QByteArray &path)
     return fd;
 }
 
+UniqueFd acceptConnection(int listener)
+{
+    UniqueFd connection(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+    if (connection.isValid())
+        disableDelay(connection.get());
+    return connection;
+}
+
 void serveEachConnection(int listener, std::function<void(UniqueFd connection)> serve)
 {
     std::thread([listener, serve = std::move(serve)] {
         for (;;) {
-            UniqueFd connection(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
-            if (!connection.isValid())
-                continue;
-            disableDelay(connection.get());
-            std::thread([serve, connection = std::move(connection)]() mutable {
-                serve(std::move(connection));
-            }).detach();
+            UniqueFd connection = acceptConnection(listener);
+            if (connection.isValid())
+                std::thread([serve, connection = std::move(connection)]() mutable {
+                    serve(std::move(connection));
+                }).detach();
         }
     }).detach();
 }

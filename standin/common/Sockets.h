@@ -18,6 +18,7 @@ UniqueFd connectToLoopback(quint16 port);
 UniqueFd listenOnUnixPath(const QByteArray &path);
 UniqueFd connectToUnixPath(const QByteArray &path);
 
+UniqueFd acceptConnection(int listener);
 /// Gives each connection to `serve`, on a thread of its own, for as long as this process lives.
 void serveEachConnection(int listener, std::function<void(UniqueFd connection)> serve);
 
