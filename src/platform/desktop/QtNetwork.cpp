@@ -120,7 +120,7 @@ public:
         QString path;
         std::optional<QString> problem;
         // The network's thread.
-        QTemporaryFile file;
+        QFile file;
         QPointer<HttpTransfer> transfer;
         // Both.
         std::mutex lock;
@@ -134,12 +134,14 @@ public:
         : m_state(std::make_shared<State>()), m_executor(network.m_executor), m_context(network.m_context)
     {
         m_state->events = std::move(events);
+        // Gives a name that is free. The file goes with this object, and may have been moved away by then.
+        QTemporaryFile reserved(folder + QStringLiteral("/download-XXXXXX.part"));
+        reserved.setAutoRemove(false);
         auto &file = m_state->file;
-        file.setFileTemplate(folder + QStringLiteral("/download-XXXXXX.part"));
-        // It goes with this object, from whose thread it may have been moved away by then.
-        file.setAutoRemove(false);
-        if (!file.open()) {
-            ended(m_state, *m_executor, 0, file.errorString());
+        if (reserved.open())
+            file.setFileName(reserved.fileName());
+        if (!reserved.isOpen() || !file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+            ended(m_state, *m_executor, 0, reserved.isOpen() ? file.errorString() : reserved.errorString());
             return;
         }
         m_state->path = file.fileName();
@@ -180,11 +182,15 @@ private:
     static std::optional<QString>
     take(const Shared &state, Executor &executor, std::span<const char> piece, qint64 expected)
     {
-        // What is announced as written has left this process.
         auto &file = state->file;
         const auto size = static_cast<qint64>(piece.size());
-        if (file.write(piece.data(), size) != size || !file.flush())
-            return file.errorString();
+        // A disk that is nearly full takes a part, and says only at the next one that it is.
+        for (qint64 done = 0; done < size;) {
+            const auto count = file.write(piece.data() + done, size - done);
+            if (count < 0)
+                return file.errorString();
+            done += count;
+        }
         const std::scoped_lock guard(state->lock);
         state->written += size;
         state->expected = expected;
