@@ -64,11 +64,15 @@ private:
 
 TEST_F(FFmpegSampleRendererTest, whatHasBeenDecodedNoLongerCountsAsQueued)
 {
-    const auto sample = filledTo(1U << 20);
+    // After the first no key frame comes that would let a decoder go on that takes itself for late.
+    auto sample = filledTo(1U << 20);
     constexpr std::uint64_t pictures = 2 * (FFmpegSampleRenderer::maximumQueuedBytes >> 20);
     for (std::uint64_t i = 1; i <= pictures; ++i) {
         renderer.enqueue(sample);
-        ASSERT_TRUE(comesTrueWithoutMain([&] { return renderer.counters().decoded == i; })) << i;
+        sample.keyFrame = false;
+        ASSERT_TRUE(comesTrueWithoutMain([&] {
+            return renderer.counters().decoded == i || renderer.counters().dropped > 0;
+        })) << i;
     }
     EXPECT_EQ(renderer.counters().dropped, 0U);
 }
