@@ -3,6 +3,7 @@
 #include "benchmarks/SampleLibrary.h"
 #include "core/LibraryFormat.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/IconOfFile.h"
 #include "launcher/MenuPanel.h"
 #include "platform/HostPlatform.h"
 
@@ -26,7 +27,7 @@ constexpr int rounds = 7;
 /// Of a display that shows 60 pictures a second.
 constexpr double frame = 16;
 
-std::optional<std::vector<std::uint8_t>> icon(const std::string &path)
+std::optional<APKIconExtractor::Icon> icon(Drawing &drawing, const std::string &path)
 {
     QImage image(192, 192, QImage::Format_RGB32);
     image.fill(QColor::fromHsv(static_cast<int>(std::hash<std::string>()(path) % 360), 180, 220));
@@ -38,7 +39,7 @@ std::optional<std::vector<std::uint8_t>> icon(const std::string &path)
     QBuffer buffer(&png);
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
-    return std::vector<std::uint8_t>(png.begin(), png.end());
+    return iconOfFile(drawing, {png.begin(), png.end()});
 }
 
 double since(const QElapsedTimer &timer)
@@ -134,8 +135,9 @@ void run(BenchReport &report)
     AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
     {
         AppLibraryStore store({fakes.platform, log, notifications, runtime, windows, provisioner});
-        AppIconStore icons(
-            platform, log, [](const APKIconExtractor::IconTools &, const std::string &path) { return icon(path); });
+        AppIconStore icons(platform, log, [](const APKIconExtractor::IconTools &tools, const std::string &path) {
+            return icon(tools.drawing, path);
+        });
         for (const auto &app : store.apps())
             icons.image(app);
         fakes.settle();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <string_view>
 
 namespace quillnest
 {
@@ -115,6 +116,25 @@ Candidates candidatesOf(IconSource &source, const std::vector<Entry> &entries)
     return result;
 }
 
+/// Whether a file of a package can be kept as the file of the picture that it holds: a PNG, with nothing behind its end
+/// and no more in it than the picture can account for.
+bool isPlainPng(const IconSource::Blob &bytes, const Image &image)
+{
+    using namespace std::string_view_literals;
+    constexpr auto start = "\x89PNG\r\n\x1a\n"sv;
+    constexpr auto end = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
+    constexpr std::size_t roomForNotes = 64 * 1024;
+    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    return text.starts_with(start) && text.ends_with(end)
+        && text.size() <= image.pixels.size() * sizeof(std::uint32_t) + roomForNotes;
+}
+
+/// A picture, and the raster file that it stands in if it isn't drawn.
+struct Found {
+    Image image;
+    const IconSource::Blob *file = nullptr;
+};
+
 std::optional<Image> renderXml(IconSource &source, const BinaryXml::Document &document, int depth)
 {
     if (auto drawn = IconVector::render(source, document, depth))
@@ -154,6 +174,32 @@ void drawLayer(Canvas &canvas, const Layer &layer)
     constexpr double side = iconSize * 108.0 / 72;
     constexpr double outside = (side - iconSize) / 2;
     canvas.drawImage(std::get<Image>(layer), {-outside, -outside, side, side});
+}
+
+std::optional<Found> find(IconSource &source, std::uint32_t id, int depth)
+{
+    if (depth > deepest || !source.spend(lookCost))
+        return std::nullopt;
+    const auto [rasters, xmls] = candidatesOf(source, source.entries(id));
+    if (!rasters.empty()) {
+        const auto sharpest = std::max_element(
+            rasters.begin(), rasters.end(), [](const auto &a, const auto &b) { return a.density < b.density; });
+        if (auto image = decode(source, *sharpest->bytes))
+            return Found{std::move(*image), sharpest->bytes};
+    }
+    const auto drawn
+        = [](std::optional<Image> image) { return image ? std::optional(Found{std::move(*image)}) : std::nullopt; };
+    for (const auto &xml : xmls) {
+        const auto *document = source.document(*xml.file);
+        if (!document)
+            continue;
+        const auto &elements = document->elements;
+        if (!elements.empty() && elements.front().name == "adaptive-icon")
+            return drawn(APKIconExtractor::adaptive(source, elements, depth));
+        if (auto image = renderXml(source, *document, depth))
+            return drawn(std::move(image));
+    }
+    return std::nullopt;
 }
 
 std::string typeText(const Entry &entry)
@@ -218,8 +264,7 @@ void traceIcon(IconSource &source, const std::string &packagePath, const Attribu
 
 } // namespace
 
-std::optional<std::vector<std::uint8_t>>
-APKIconExtractor::iconPNG(const IconTools &tools, const std::string &packagePath)
+std::optional<APKIconExtractor::Icon> APKIconExtractor::icon(const IconTools &tools, const std::string &packagePath)
 {
     const auto package = tools.archives.open(packagePath);
     if (!package)
@@ -231,45 +276,40 @@ APKIconExtractor::iconPNG(const IconTools &tools, const std::string &packagePath
 
     const auto application = applicationOf(manifest);
     IconSource source(tools, *package, table);
-    std::optional<Image> image;
+    std::optional<Found> found;
     for (const auto *name : iconAttributes) {
         const auto attr = application.find(name);
-        if (!image && attr != application.end() && attr->second.type == ValueType::reference)
-            image = render(source, attr->second.data, 0);
+        if (!found && attr != application.end() && attr->second.type == ValueType::reference)
+            found = find(source, attr->second.data, 0);
     }
     if (source.isExhausted()) {
         // Half a picture would be kept for good.
         source.log("icon trace " + nameOf(packagePath) + ": takes more work than any icon");
         return std::nullopt;
     }
-    if (image)
-        return tools.drawing.encodePng(*image);
-    traceIcon(source, packagePath, application);
-    return std::nullopt;
+    if (!found) {
+        traceIcon(source, packagePath, application);
+        return std::nullopt;
+    }
+    Icon result{std::move(found->image), {}};
+    if (found->file && isPlainPng(*found->file, result.picture))
+        result.png = *found->file;
+    return result;
+}
+
+std::optional<std::vector<std::uint8_t>>
+APKIconExtractor::iconPNG(const IconTools &tools, const std::string &packagePath)
+{
+    auto found = icon(tools, packagePath);
+    if (!found)
+        return std::nullopt;
+    return found->png.empty() ? tools.drawing.encodePng(found->picture) : std::move(found->png);
 }
 
 std::optional<Image> APKIconExtractor::render(IconSource &source, std::uint32_t id, int depth)
 {
-    if (depth > deepest || !source.spend(lookCost))
-        return std::nullopt;
-    const auto [rasters, xmls] = candidatesOf(source, source.entries(id));
-    if (!rasters.empty()) {
-        const auto sharpest = std::max_element(
-            rasters.begin(), rasters.end(), [](const auto &a, const auto &b) { return a.density < b.density; });
-        if (auto image = decode(source, *sharpest->bytes))
-            return image;
-    }
-    for (const auto &xml : xmls) {
-        const auto *document = source.document(*xml.file);
-        if (!document)
-            continue;
-        const auto &elements = document->elements;
-        if (!elements.empty() && elements.front().name == "adaptive-icon")
-            return adaptive(source, elements, depth);
-        if (auto image = renderXml(source, *document, depth))
-            return image;
-    }
-    return std::nullopt;
+    auto found = find(source, id, depth);
+    return found ? std::optional(std::move(found->image)) : std::nullopt;
 }
 
 std::optional<Image>

@@ -38,8 +38,18 @@ struct IconTools {
     std::function<void(const std::string &line)> log;
 };
 
-/// The app's launcher icon as a PNG file: raster files as they are, everything else drawn at 192 by 192 pixels. Absent,
-/// with a line in the log, if the manifest's icon leads to nothing that can be drawn. Blocks.
+/// A launcher icon.
+struct Icon {
+    Image picture;
+    /// The package's own PNG file that is this picture; empty if it is another kind of file, or was drawn.
+    std::vector<std::uint8_t> png;
+};
+
+/// The app's launcher icon: raster files as they are, everything else drawn at 192 by 192 pixels. Absent, with a line
+/// in the log, if the manifest's icon leads to nothing that can be drawn. Blocks.
+std::optional<Icon> icon(const IconTools &tools, const std::string &packagePath);
+
+/// The same as a PNG file; absent as well if the picture can't be packed. Blocks.
 std::optional<std::vector<std::uint8_t>> iconPNG(const IconTools &tools, const std::string &packagePath);
 
 /// One layer of an adaptive icon.

@@ -1,14 +1,10 @@
 #include "package/AppIconStore.h"
 
-#include "base/QuillnestFolders.h"
 #include "base/StrictUtf8.h"
+#include "package/IconFiles.h"
 #include "package/PackageLimits.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QPointer>
-#include <QSaveFile>
 
 #include <limits>
 
@@ -40,15 +36,21 @@ bool isCandidate(const QString &entry, MobilePlatform platform)
         && !contains("foreground") && !contains("background") && !contains("monochrome");
 }
 
-QImage picture(const Image &image)
+/// As it is shown. A picture that is small enough stays in the memory that it came in.
+QImage shown(std::shared_ptr<const AppIconStore::Icon> icon)
 {
-    const QImage whole(
-        reinterpret_cast<const uchar *>(image.pixels.data()), image.width, image.height, qsizetype{image.width} * 4,
-        QImage::Format_ARGB32_Premultiplied);
+    const auto &[width, height, pixels] = icon->picture;
+    const auto *start = reinterpret_cast<const uchar *>(pixels.data());
     constexpr int side = AppIconStore::largestSide;
-    if (image.width > side || image.height > side)
-        return whole.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    return whole.copy();
+    constexpr auto format = QImage::Format_ARGB32_Premultiplied;
+    if (width > side || height > side)
+        return QImage(start, width, height, qsizetype{width} * 4, format)
+            .scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    using Owner = std::shared_ptr<const AppIconStore::Icon>;
+    const auto release = [](void *owner) { delete static_cast<Owner *>(owner); };
+    const int columns = width;
+    const int rows = height;
+    return {start, columns, rows, qsizetype{columns} * 4, format, release, new Owner(std::move(icon))};
 }
 } // namespace
 
@@ -61,49 +63,37 @@ public:
         , m_drawing(platform.drawing)
         , m_log(std::move(log))
         , m_iconReader(std::move(iconReader))
-        , m_folder(QuillnestFolders::icons(platform.folders))
+        , m_files(std::make_shared<IconFiles>(platform))
     {
     }
 
-    QImage load(const MobileApp &app) const
+    /// Hands over the picture as soon as there is one. Packing it and writing its file takes longer than finding it,
+    /// and nobody waits for that.
+    void load(const MobileApp &app, const std::function<void(const QImage &)> &show) const
     {
-        const auto bytes = loadData(app.id, app.sourcePath, app.platform);
-        const auto image = bytes ? m_drawing->decode(*bytes) : std::nullopt;
-        return image ? picture(*image) : QImage();
+        if (const auto kept = m_files->read(app.id)) {
+            if (auto image = m_drawing->decode(*kept))
+                show(shown(std::make_shared<const Icon>(Icon{std::move(*image), {}})));
+            return;
+        }
+        const auto icon = find(app.sourcePath, app.platform);
+        if (!icon)
+            return;
+        const auto picture = shown(icon);
+        show(picture);
+        // Those that wait to be kept take no memory of their own, so any number of them may.
+        if (picture.constBits() == reinterpret_cast<const uchar *>(icon->picture.pixels.data()))
+            m_files->keepLater(app.id, icon);
+        else
+            m_files->keep(app.id, *icon);
     }
 
     std::optional<Bytes> loadData(QUuid id, const QString &sourcePath, MobilePlatform platform) const
     {
-        const auto kept = m_folder + QLatin1Char('/') + uuidText(id) + QStringLiteral(".png");
-        QFile file(kept);
-        if (file.open(QIODevice::ReadOnly)) {
-            const auto content = file.readAll();
-            if (file.error() == QFileDevice::NoError)
-                return Bytes(content.begin(), content.end());
-        }
-
-        const auto apk = lastComponent(sourcePath);
-        if (platform == MobilePlatform::android) {
-            const APKIconExtractor::IconTools tools{*m_archives, *m_drawing, [this](const std::string &line) {
-                                                        m_log->write(QString::fromStdString(line));
-                                                    }};
-            if (auto png = m_iconReader(tools, sourcePath.toStdString())) {
-                keep(kept, *png);
-                m_log->write(QStringLiteral("icon: resolved via resources.arsc for %1").arg(apk));
-                return png;
-            }
-        }
-
-        const auto package = m_archives->open(sourcePath.toStdString());
-        if (const auto entry = package ? bestEntry(*package, platform) : std::nullopt) {
-            if (auto png = readEntry(*package, *entry)) {
-                keep(kept, *png);
-                m_log->write(QStringLiteral("icon: %1 from %2").arg(*entry, apk));
-                return png;
-            }
-        }
-        m_log->write(QStringLiteral("icon: none found in %1").arg(apk));
-        return std::nullopt;
+        if (auto kept = m_files->read(id))
+            return kept;
+        const auto icon = find(sourcePath, platform);
+        return icon ? m_files->keep(id, *icon) : std::nullopt;
     }
 
     std::optional<QString> bestEntry(const QString &path, MobilePlatform platform) const
@@ -132,30 +122,37 @@ private:
         return best;
     }
 
-    /// An entry as a PNG file, whatever kind of picture it is.
-    std::optional<Bytes> readEntry(OpenArchive &package, const QString &entry) const
+    std::shared_ptr<const Icon> find(const QString &sourcePath, MobilePlatform platform) const
     {
-        const auto bytes = package.read(entry.toStdString(), PackageLimits::largestEntry);
-        const auto image = m_drawing->decode(bytes);
-        return image ? m_drawing->encodePng(*image) : std::nullopt;
-    }
-
-    /// What can't be kept is read out of the package again in the next run.
-    void keep(const QString &path, const Bytes &png) const
-    {
-        QDir().mkpath(m_folder);
-        QSaveFile file(path);
-        if (file.open(QIODevice::WriteOnly)) {
-            file.write(reinterpret_cast<const char *>(png.data()), static_cast<qint64>(png.size()));
-            file.commit();
+        const auto apk = lastComponent(sourcePath);
+        if (platform == MobilePlatform::android) {
+            const APKIconExtractor::IconTools tools{*m_archives, *m_drawing, [this](const std::string &line) {
+                                                        m_log->write(QString::fromStdString(line));
+                                                    }};
+            if (auto icon = m_iconReader(tools, sourcePath.toStdString())) {
+                m_log->write(QStringLiteral("icon: resolved via resources.arsc for %1").arg(apk));
+                return std::make_shared<const Icon>(std::move(*icon));
+            }
         }
+
+        const auto package = m_archives->open(sourcePath.toStdString());
+        if (const auto entry = package ? bestEntry(*package, platform) : std::nullopt) {
+            // Kept as a PNG file, whatever kind of picture it is.
+            const auto bytes = package->read(entry->toStdString(), PackageLimits::largestEntry);
+            if (auto image = m_drawing->decode(bytes)) {
+                m_log->write(QStringLiteral("icon: %1 from %2").arg(*entry, apk));
+                return std::make_shared<const Icon>(Icon{std::move(*image), {}});
+            }
+        }
+        m_log->write(QStringLiteral("icon: none found in %1").arg(apk));
+        return nullptr;
     }
 
     const std::shared_ptr<Archives> m_archives;
     const std::shared_ptr<Drawing> m_drawing;
     const std::shared_ptr<QuillnestLog> m_log;
     const IconReader m_iconReader;
-    const QString m_folder;
+    const std::shared_ptr<IconFiles> m_files;
 };
 
 AppIconStore::AppIconStore(const Platform &platform, std::shared_ptr<QuillnestLog> log, IconReader iconReader)
@@ -174,12 +171,13 @@ QImage AppIconStore::image(const MobileApp &app)
     if (!m_attempted.insert(app.id).second)
         return {};
     m_executor.asUtility([self = QPointer<AppIconStore>(this), loader = m_loader, &executor = m_executor, app] {
-        const auto loaded = loader->load(app);
-        executor.onMain([self, id = app.id, loaded] {
-            if (!self || loaded.isNull())
-                return;
-            self->m_images.insert_or_assign(id, loaded);
-            Q_EMIT self->imageChanged(id);
+        loader->load(app, [&](const QImage &picture) {
+            executor.onMain([self, id = app.id, picture] {
+                if (!self || picture.isNull())
+                    return;
+                self->m_images.insert_or_assign(id, picture);
+                Q_EMIT self->imageChanged(id);
+            });
         });
     });
     return {};

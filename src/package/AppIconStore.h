@@ -19,23 +19,23 @@
 namespace quillnest
 {
 
-/// The pictures of the apps, each read out of its package once and kept as a file from then on. What isn't said to be
-/// for any thread is for the main thread, and never blocks it.
+/// The pictures of the apps, each read out of its package once, shown, and kept as a file from then on. What isn't said
+/// to be for any thread is for the main thread, and never blocks it.
 class AppIconStore : public QObject
 {
     Q_OBJECT
 
 public:
     using Bytes = std::vector<std::uint8_t>;
-    using IconReader = std::function<std::optional<Bytes>(const APKIconExtractor::IconTools &, const std::string &)>;
+    using Icon = APKIconExtractor::Icon;
+    using IconReader = std::function<std::optional<Icon>(const APKIconExtractor::IconTools &, const std::string &)>;
 
     /// Pictures that are larger are made smaller: no place shows more, and a library has hundreds.
     static constexpr int largestSide = 256;
 
     /// `iconReader` reads the icon that an APK's manifest names; it runs in the background.
     AppIconStore(
-        const Platform &platform, std::shared_ptr<QuillnestLog> log,
-        IconReader iconReader = &APKIconExtractor::iconPNG);
+        const Platform &platform, std::shared_ptr<QuillnestLog> log, IconReader iconReader = &APKIconExtractor::icon);
     ~AppIconStore() override;
 
     /// The app's picture; null if it isn't there yet or there is none. The first call for an app begins to load it,

@@ -3,6 +3,7 @@
 #include "GalleryIcons.h"
 #include "LaunchFixture.h"
 #include "core/LibraryFormat.h"
+#include "fakes/IconOfFile.h"
 #include "launcher/MenuPanel.h"
 #include "launcher/grid/AppGrid.h"
 #include "launcher/wallpaper/Wallpaper.h"
@@ -121,9 +122,9 @@ public:
         AppIconStore icons(fakes.platform, log, [&](const APKIconExtractor::IconTools &, const std::string &path) {
             const auto name = QFileInfo(QString::fromStdString(path)).completeBaseName();
             if (scene.monograms)
-                return std::optional<std::vector<std::uint8_t>>();
+                return std::optional<APKIconExtractor::Icon>();
             const auto png = galleryIcon(name);
-            return std::optional(std::vector<std::uint8_t>(png.begin(), png.end()));
+            return iconOfFile(*fakes.platform.drawing, {png.begin(), png.end()});
         });
         const PanelServices services{.platform = fakes.platform, .store = *store, .icons = icons, .windows = *registry};
         MenuPanel panel(services);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LaunchFixture.h"
+#include "fakes/IconOfFile.h"
 #include "launcher/MenuPanel.h"
 #include "launcher/grid/AppGrid.h"
 
@@ -152,7 +153,7 @@ protected:
     std::unique_ptr<MenuPanel> panel;
 
 private:
-    std::optional<std::vector<std::uint8_t>> iconOf(const std::string &path) const
+    std::optional<APKIconExtractor::Icon> iconOf(const std::string &path) const
     {
         const auto found = packageIcons.find(QFileInfo(QString::fromStdString(path)).baseName().toStdString());
         if (found == packageIcons.end())
@@ -161,7 +162,7 @@ private:
         QBuffer buffer(&png);
         buffer.open(QIODevice::WriteOnly);
         found->second.save(&buffer, "PNG");
-        return std::vector<std::uint8_t>(png.begin(), png.end());
+        return iconOfFile(*fakes.platform.drawing, {png.begin(), png.end()});
     }
 };
 

@@ -65,6 +65,7 @@ protected:
 
     static constexpr std::uint8_t broken = 99;
     std::vector<int> decoded;
+    int icons = 0;
     const Blob drawn{'P', 192, 192};
 };
 
@@ -81,6 +82,36 @@ TEST_F(APKIcon, aRasterIconIsItsHighestDensityAtItsOwnSize)
     EXPECT_EQ(icon({{"icon", reference(resource(densities))}}), (Blob{'P', 64, 1}));
     EXPECT_EQ(decoded, std::vector<int>{64});
     EXPECT_TRUE(recording.lines.size() == 1);
+}
+
+TEST_F(APKIcon, aPlainPngIsItsOwnFileAndNothingElseIs)
+{
+    const auto fileOf = [this](const Blob &file) {
+        const auto id = fileResource("res/icon" + std::to_string(++icons) + ".png", file);
+        manifest({{"icon", reference(id)}});
+        files["resources.arsc"] = table();
+        const auto found = APKIconExtractor::icon(tools, "/p/app.apk");
+        return found ? found->png : Blob{0};
+    };
+    const Blob start{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    const Blob end{0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 'B', 0x60, 0x82};
+    const auto joined = [](std::initializer_list<Blob> parts) {
+        Blob whole;
+        for (const auto &part : parts)
+            whole.insert(whole.end(), part.begin(), part.end());
+        return whole;
+    };
+    const auto plain = joined({start, Blob(100, 7), end});
+    recording.decodes = [](std::span<const std::uint8_t>) { return Image{2, 1, {1, 2}}; };
+    EXPECT_EQ(fileOf(plain), plain);
+    EXPECT_EQ(APKIconExtractor::iconPNG(tools, "/p/app.apk"), plain);
+    EXPECT_EQ(fileOf(joined({plain, Blob{0}})), Blob()) << "something hangs on";
+    EXPECT_EQ(fileOf(joined({start, Blob(100, 7)})), Blob()) << "without its end";
+    EXPECT_EQ(fileOf(joined({Blob{0xFF, 0xD8}, Blob(100, 7), end})), Blob()) << "another kind";
+    // Two pixels, and 64 KiB for what may be noted in a file.
+    const std::size_t most = 2 * 4 + 64 * 1024 - start.size() - end.size();
+    EXPECT_FALSE(fileOf(joined({start, Blob(most, 7), end})).empty());
+    EXPECT_TRUE(fileOf(joined({start, Blob(most + 1, 7), end})).empty()) << "a file for more than its picture";
 }
 
 TEST_F(APKIcon, theMarkersAnyAndNoneCountAsTheHighestDensities)

@@ -2,6 +2,7 @@
 
 #include "base/QuillnestFolders.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/IconOfFile.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QBuffer>
@@ -49,7 +50,10 @@ protected:
             fakes.platform, log, [this](const APKIconExtractor::IconTools &, const std::string &path) {
                 ++extractions;
                 lastPath = path;
-                return extracted;
+                auto icon = extracted ? iconOfFile(*fakes.platform.drawing, *extracted) : std::nullopt;
+                if (icon && isDrawn)
+                    icon->png.clear();
+                return icon;
             });
         QObject::connect(store.get(), &AppIconStore::imageChanged, store.get(), [this](QUuid changed) {
             announced.push_back(changed);
@@ -113,6 +117,8 @@ protected:
         = std::make_shared<QuillnestLog>(fakes.clock, fakes.path(QStringLiteral("Logs")), QStringLiteral("log"), true);
     const QUuid id = QUuid::createUuid();
     std::optional<Bytes> extracted;
+    /// The icon stands in no file.
+    bool isDrawn = false;
     int extractions = 0;
     std::string lastPath;
     std::vector<QUuid> announced;
@@ -140,6 +146,71 @@ TEST_F(AppIconStoreTest, theFirstCallBeginsToLoadAndThePictureIsThereAfterTheSig
     EXPECT_EQ(picture.pixelColor(20, 20), QColor(Qt::red));
     EXPECT_EQ(store->images().size(), 1U);
     EXPECT_EQ(extractions, 1);
+}
+
+TEST_F(AppIconStoreTest, aPictureIsShownBeforeItsFileIsWritten)
+{
+    extracted = blob(encoded(Qt::red, "png"));
+    store->image(app());
+    fakes.executor->runOneAsUtility();
+    fakes.executor->drainMain();
+    EXPECT_EQ(announced, std::vector{id});
+    EXPECT_FALSE(QFile::exists(keptFile()));
+    ASSERT_TRUE(fakes.executor->runOneAsUtility());
+    EXPECT_EQ(fakes.readFile(keptFile()), encoded(Qt::red, "png"));
+    EXPECT_EQ(fakes.executor->pendingAsUtility(), 0U);
+    EXPECT_EQ(store->image(app()).pixelColor(20, 20), QColor(Qt::red)) << "its memory is its own";
+}
+
+TEST_F(AppIconStoreTest, picturesWaitForNoFileOfAnother)
+{
+    extracted = blob(encoded(Qt::red, "png"));
+    std::vector<MobileApp> apps(4, app());
+    for (auto &one : apps)
+        one.id = QUuid::createUuid();
+    for (int i = 0; i < 3; ++i)
+        store->image(apps.at(i));
+    for (int i = 0; i < 3; ++i)
+        fakes.executor->runOneAsUtility();
+    EXPECT_EQ(fakes.executor->pendingAsUtility(), 1U) << "files are written one after the other";
+    store->image(apps.at(3));
+    fakes.executor->runOneAsUtility();
+    fakes.executor->runOneAsUtility();
+    fakes.executor->drainMain();
+    EXPECT_EQ(announced.size(), 4U) << "a picture that is asked for late comes after one file, not after all";
+    const QDir folder(QuillnestFolders::icons(fakes.platform.folders));
+    EXPECT_EQ(folder.entryList(QDir::Files).size(), 1);
+    fakes.settle();
+    EXPECT_EQ(folder.entryList(QDir::Files).size(), 4);
+    // And the next one begins anew.
+    apps.front().id = QUuid::createUuid();
+    store->image(apps.front());
+    fakes.settle();
+    EXPECT_EQ(folder.entryList(QDir::Files).size(), 5);
+}
+
+TEST_F(AppIconStoreTest, aLargePictureIsKeptAtOnceForItsMemory)
+{
+    extracted = blob(encoded(Qt::red, "png", AppIconStore::largestSide + 1));
+    store->image(app());
+    fakes.executor->runOneAsUtility();
+    EXPECT_TRUE(QFile::exists(keptFile()));
+    EXPECT_EQ(fakes.executor->pendingAsUtility(), 0U);
+}
+
+TEST_F(AppIconStoreTest, aPictureThatWasDrawnIsKeptAsItIsShown)
+{
+    isDrawn = true;
+    extracted = blob(encoded(QColor(200, 100, 50, 120), "png"));
+    store->image(app());
+    fakes.settle();
+    const auto first = store->image(app());
+    ASSERT_FALSE(first.isNull());
+    extracted.reset();
+    newRun();
+    store->image(app());
+    fakes.settle();
+    EXPECT_EQ(store->image(app()), first);
 }
 
 TEST_F(AppIconStoreTest, aSecondCallWhileItLoadsBeginsNoSecondLoad)
