@@ -195,7 +195,8 @@ void AppGrid::open(int index)
 void AppGrid::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    const auto inView = [event](const QRect &area) { return area.intersects(event->rect()); };
+    // Not its bounds: two icons that come at once may lie far apart.
+    const auto inView = [event](const QRect &area) { return event->region().intersects(area); };
     painter.setFont(interfaceFont(13, QFont::DemiBold));
     painter.setPen(m_look.colors.secondaryLabel);
     for (const auto &heading : m_headings) {
