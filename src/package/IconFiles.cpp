@@ -11,9 +11,7 @@ namespace quillnest
 {
 
 IconFiles::IconFiles(const Platform &platform)
-    : m_executor(*platform.executor)
-    , m_drawing(platform.drawing)
-    , m_folder(QuillnestFolders::icons(platform.folders))
+    : m_executor(*platform.executor), m_drawing(platform.drawing), m_folder(QuillnestFolders::icons(platform.folders))
 {
 }
 
