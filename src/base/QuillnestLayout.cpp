@@ -7,12 +7,6 @@
 namespace quillnest
 {
 
-namespace
-{
-const auto widthKey = QStringLiteral("Quillnest.panelWidth");
-const auto heightKey = QStringLiteral("Quillnest.panelHeight");
-} // namespace
-
 QString WindowSizePreset::label() const
 {
     return QStringLiteral("%1 — %2 × %3").arg(QLatin1String(name)).arg(width).arg(height);
@@ -20,16 +14,19 @@ QString WindowSizePreset::label() const
 
 QSizeF QuillnestLayout::size(const SettingsStore &settings)
 {
-    const QSizeF saved(
-        QuillnestSettings::number(settings, widthKey, 0), QuillnestSettings::number(settings, heightKey, 0));
-    const bool valid = saved.width() >= minimumSize.width() && saved.height() >= minimumSize.height();
-    return valid ? saved : QSizeF(defaultSize);
+    // One that is absent resets both, so its own default doesn't count here.
+    const auto saved = [&settings](const Setting<double> &side) {
+        return QuillnestSettings::number(settings, side.key(), 0);
+    };
+    const QSizeF size(saved(BaseSettings::panelWidth), saved(BaseSettings::panelHeight));
+    const bool valid = size.width() >= minimumSize.width() && size.height() >= minimumSize.height();
+    return valid ? size : QSizeF(defaultSize);
 }
 
 void QuillnestLayout::setSize(SettingsStore &settings, QSizeF size)
 {
-    settings.setValue(widthKey, std::round(size.width()));
-    settings.setValue(heightKey, std::round(size.height()));
+    BaseSettings::panelWidth.set(settings, std::round(size.width()));
+    BaseSettings::panelHeight.set(settings, std::round(size.height()));
 }
 
 } // namespace quillnest

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/BaseSettings.h"
 #include "platform/SettingsStore.h"
 
 #include <QSize>
@@ -23,7 +24,8 @@ struct WindowSizePreset {
 /// The one size that the panel and all app windows share.
 namespace QuillnestLayout
 {
-constexpr QSize defaultSize{390, 760};
+constexpr QSize defaultSize{
+    static_cast<int>(BaseSettings::panelWidth.defaultValue()), static_cast<int>(BaseSettings::panelHeight.defaultValue())};
 constexpr QSize minimumSize{280, 420};
 /// Height of a window's header in points.
 constexpr int headerHeight = 36;

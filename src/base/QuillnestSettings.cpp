@@ -24,11 +24,11 @@ double number(const SettingsStore &settings, const QString &key, double defaultV
     }
 }
 
-qint64 integer(const SettingsStore &settings, const QString &key)
+qint64 integer(const SettingsStore &settings, const QString &key, qint64 defaultValue)
 {
-    const double value = number(settings, key, 0);
+    const double value = number(settings, key, static_cast<double>(defaultValue));
     if (!(std::abs(value) < 9e15))
-        return 0;
+        return defaultValue;
     return static_cast<qint64>(value);
 }
 

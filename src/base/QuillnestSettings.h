@@ -7,16 +7,16 @@
 namespace quillnest
 {
 
-/// Reading settings with the default given at the reading site. Nothing is registered in advance and nothing is cached:
-/// removing a key restores its default with no other step.
+/// Reading typed values out of the settings. A `Setting` holds key and default together and is what readers use. Nothing
+/// is registered in advance and nothing is cached: removing a key restores its default with no other step.
 namespace QuillnestSettings
 {
 /// The value if the key holds a boolean, otherwise the default: a value of another type counts as absent.
 bool flag(const SettingsStore &settings, const QString &key, bool defaultValue);
 /// The value if the key holds a number (a boolean is none), otherwise the default.
 double number(const SettingsStore &settings, const QString &key, double defaultValue);
-/// The value if the key holds an integral number, otherwise 0.
-qint64 integer(const SettingsStore &settings, const QString &key);
+/// The value if the key holds an integral number, otherwise the default.
+qint64 integer(const SettingsStore &settings, const QString &key, qint64 defaultValue);
 /// The value if the key holds text, otherwise the default.
 QString text(const SettingsStore &settings, const QString &key, const QString &defaultValue);
 } // namespace QuillnestSettings

@@ -1,7 +1,7 @@
 #include "core/AppLibraryStore.h"
 
 #include "base/FireAndForget.h"
-#include "base/QuillnestSettings.h"
+#include "core/CoreSettings.h"
 #include "runtime/AndroidBridgeError.h"
 #include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidRuntimeError.h"
@@ -156,7 +156,7 @@ Task<> AppLibraryStore::runRefresh()
 
 void AppLibraryStore::prewarmAndroid()
 {
-    const bool wanted = QuillnestSettings::flag(*m_services.platform.settings, QStringLiteral("QuillnestPrewarm"), true)
+    const bool wanted = CoreSettings::prewarm.value(*m_services.platform.settings)
         && !m_prewarming && !m_launchingAppID && AndroidRuntimePaths::current(m_services.platform).isComplete()
         && m_services.windows.sessions().empty();
     if (!wanted)

@@ -3,6 +3,7 @@
 #include "base/FireAndForget.h"
 #include "runtime/AndroidRuntimePaths.h"
 #include "runtime/AndroidVersions.h"
+#include "runtime/RuntimeSettings.h"
 
 #include <QDir>
 #include <QPointer>
@@ -21,7 +22,7 @@ void AppLibraryStore::switchAndroidVersion(int api)
         return;
     m_services.log->write(QStringLiteral("android version: switching to API %1").arg(api));
     m_services.windows.closeAll();
-    platform.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), api);
+    RuntimeSettings::androidAPI.set(*platform.settings, api);
     m_services.provisioner.reset();
     m_services.windows.stopAndroid(QStringLiteral("Android version changed"), false);
 

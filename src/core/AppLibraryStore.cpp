@@ -2,6 +2,7 @@
 
 #include "base/FireAndForget.h"
 #include "base/QuillnestFolders.h"
+#include "core/CoreSettings.h"
 #include "core/LibraryFormat.h"
 #include "package/APKIconExtractor.h"
 #include "runtime/AndroidRuntimeError.h"
@@ -20,7 +21,6 @@ namespace quillnest
 
 namespace
 {
-const auto defaultsKey = QStringLiteral("Quillnest.apps.v1");
 
 bool contains(const QString &text, const QString &part)
 {
@@ -73,7 +73,7 @@ AppLibraryStore::~AppLibraryStore() = default;
 
 void AppLibraryStore::load()
 {
-    const auto value = m_services.platform.settings->value(defaultsKey);
+    const auto value = m_services.platform.settings->value(CoreSettings::apps.key());
     if (value.typeId() != QMetaType::QByteArray)
         return;
     if (auto apps = LibraryFormat::decode(value.toByteArray()))
@@ -82,7 +82,7 @@ void AppLibraryStore::load()
 
 bool AppLibraryStore::save(std::vector<MobileApp> apps)
 {
-    if (const auto failure = m_services.platform.settings->setValue(defaultsKey, LibraryFormat::encode(apps))) {
+    if (const auto failure = m_services.platform.settings->setValue(CoreSettings::apps.key(), LibraryFormat::encode(apps))) {
         m_services.log->write(QStringLiteral("library not saved error=%1").arg(*failure));
         setStatus(QStringLiteral("Could not save the library: %1").arg(*failure));
         return false;

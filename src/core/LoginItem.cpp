@@ -1,20 +1,19 @@
 #include "core/LoginItem.h"
 
-#include "base/QuillnestSettings.h"
+#include "core/CoreSettings.h"
 
 namespace quillnest::LoginItem
 {
 
 namespace
 {
-const auto defaultedKey = QStringLiteral("Quillnest.loginItemDefaulted");
 }
 
 void enableByDefaultOnce(const Platform &platform)
 {
-    if (QuillnestSettings::flag(*platform.settings, defaultedKey, false))
+    if (CoreSettings::loginItemDefaulted.value(*platform.settings))
         return;
-    platform.settings->setValue(defaultedKey, true);
+    CoreSettings::loginItemDefaulted.set(*platform.settings, true);
     if (platform.loginItems->status() != LoginItems::Status::Enabled)
         set(platform, true);
 }

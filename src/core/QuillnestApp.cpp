@@ -1,7 +1,7 @@
 #include "core/QuillnestApp.h"
 
 #include "base/FireAndForget.h"
-#include "base/QuillnestSettings.h"
+#include "core/CoreSettings.h"
 #include "core/DiagnosticsReport.h"
 #include "core/LaunchArguments.h"
 #include "core/LoginItem.h"
@@ -83,7 +83,7 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
         report.insert(QStringLiteral("tiles"), m_interface.reportTiles ? m_interface.reportTiles() : QJsonArray());
         return QJsonDocument(report).toJson();
     });
-    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestSnapshots"), false))
+    if (CoreSettings::snapshots.value(*m_platform.settings))
         later(snapshotDelay, [this] { m_store->writeMenuSnapshot(); });
     AndroidDarkMode::startObserving(m_runtime.commands());
     m_windows.homePanel().makeContent = m_interface.makePanel;
@@ -229,7 +229,7 @@ void QuillnestApp::terminate()
     if (m_player)
         m_player->orderOut();
     m_windows.closeAll();
-    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestStopAndroidOnQuit"), true)) {
+    if (CoreSettings::stopAndroidOnQuit.value(*m_platform.settings)) {
         m_windows.stopAndroid(QStringLiteral("Quillnest quit"), true);
         m_runtime.endUnfinishedBoot();
     }

@@ -1,10 +1,10 @@
 #include "launcher/MenuPanel.h"
 
 #include "base/QuillnestLayout.h"
-#include "base/QuillnestSettings.h"
 #include "launcher/DropOverlay.h"
 #include "launcher/Glyph.h"
 #include "launcher/GreetingHeader.h"
+#include "launcher/LauncherSettings.h"
 #include "launcher/PanelMenus.h"
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
@@ -197,7 +197,7 @@ bool MenuPanel::showSetup() const
         return false;
     if (!AndroidRuntimePaths::current(m_services.platform).isComplete())
         return true;
-    return QuillnestSettings::flag(*m_services.platform.settings, QStringLiteral("QuillnestShowRuntimeSetup"), false);
+    return LauncherSettings::showRuntimeSetup.value(*m_services.platform.settings);
 }
 
 void MenuPanel::setShowSettings(bool on)
@@ -238,11 +238,11 @@ void MenuPanel::storeChanged()
 
 void MenuPanel::settingChanged(const QString &key)
 {
-    if (key == Wallpaper::revisionKey())
+    if (key == LauncherSettings::wallpaperRevision.key())
         m_background.forget();
-    if (key == QuillnestTheme::styleKey() || key == Wallpaper::key() || key == Wallpaper::revisionKey())
+    if (key == LauncherSettings::theme.key() || key == LauncherSettings::wallpaper.key() || key == LauncherSettings::wallpaperRevision.key())
         lookChanged();
-    else if (key == QStringLiteral("QuillnestShowRuntimeSetup"))
+    else if (key == LauncherSettings::showRuntimeSetup.key())
         refreshParts();
 }
 

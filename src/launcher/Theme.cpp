@@ -1,6 +1,6 @@
 #include "launcher/Theme.h"
 
-#include "base/QuillnestSettings.h"
+#include "launcher/LauncherSettings.h"
 
 namespace quillnest
 {
@@ -18,7 +18,7 @@ ThemeStyle QuillnestTheme::style(const QString &text)
 
 ThemeStyle QuillnestTheme::style(const SettingsStore &settings)
 {
-    return style(QuillnestSettings::text(settings, styleKey(), QStringLiteral("classic")));
+    return style(LauncherSettings::theme.value(settings));
 }
 
 } // namespace quillnest

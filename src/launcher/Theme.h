@@ -12,11 +12,6 @@ enum class ThemeStyle { classic, oneui, ios, pixel };
 /// The launcher's style.
 namespace QuillnestTheme
 {
-inline QString styleKey()
-{
-    return QStringLiteral("QuillnestTheme");
-}
-
 /// The style of a setting's text; any text that names none is the classic one.
 ThemeStyle style(const QString &text);
 /// The style that the settings ask for.

@@ -7,10 +7,12 @@
 
 #include <coroutine>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace quillnest
 {
@@ -18,6 +20,62 @@ namespace quillnest
 /// The one asynchronous result. A coroutine that returns it starts at once and runs on the main thread; every step
 /// after a `co_await` must look its subject up again, because the world moved on meanwhile.
 template <typename T = void> using Task = QCoro::Task<T>;
+
+/// Something that ends once, well or with an error, and whoever waits for it. Copies share it, so the side that ends it
+/// and those that wait need not know when the other goes. Main thread.
+///
+/// `co_await` gives the value, which with several waiters is copied, or throws the error; after the end it doesn't wait.
+template <typename T = void> class Completion
+{
+    using Stored = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
+
+public:
+    /// The first end counts, later ones do nothing. Who waits goes on within the call, in the order of coming.
+    void finish(Stored value = {})
+    {
+        if (m_state->hasEnded)
+            return;
+        m_state->value.emplace(std::move(value));
+        end();
+    }
+    void fail(std::exception_ptr error)
+    {
+        if (m_state->hasEnded)
+            return;
+        m_state->error = std::move(error);
+        end();
+    }
+    bool hasEnded() const { return m_state->hasEnded; }
+
+    bool await_ready() const noexcept { return m_state->hasEnded; }
+    void await_suspend(std::coroutine_handle<> coroutine) const { m_state->waiters.push_back(coroutine); }
+    T await_resume() const
+    {
+        if (m_state->error)
+            std::rethrow_exception(m_state->error);
+        if constexpr (!std::is_void_v<T>)
+            return *m_state->value;
+    }
+
+private:
+    struct State {
+        bool hasEnded = false;
+        std::optional<Stored> value;
+        std::exception_ptr error;
+        std::vector<std::coroutine_handle<>> waiters;
+    };
+
+    void end()
+    {
+        // This object may go with whoever is resumed first.
+        const auto state = m_state;
+        state->hasEnded = true;
+        for (const auto waiter : std::exchange(state->waiters, {}))
+            waiter.resume();
+    }
+
+    std::shared_ptr<State> m_state = std::make_shared<State>();
+};
 
 /// Waits on `clock`; resumes on the main thread.
 class SleepFor

@@ -1,7 +1,8 @@
 #include "runtime/AndroidHardware.h"
 
-#include "base/QuillnestSettings.h"
+#include "base/BaseSettings.h"
 #include "base/StrictUtf8.h"
+#include "runtime/RuntimeSettings.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -26,9 +27,9 @@ void AndroidHardware::apply(const AndroidRuntimePaths &paths, const SettingsStor
     if (!text)
         return;
 
-    const bool microphoneAndCamera = QuillnestSettings::flag(settings, QStringLiteral("QuillnestMicCamera"), false);
+    const bool microphoneAndCamera = RuntimeSettings::micCamera.value(settings);
     // While the stream carries the sound, the emulator must not play it a second time.
-    const bool forwardsAudio = QuillnestSettings::flag(settings, QStringLiteral("QuillnestForwardAudio"), true);
+    const bool forwardsAudio = BaseSettings::forwardAudio.value(settings);
     const auto camera = microphoneAndCamera ? QStringLiteral("webcam0") : QStringLiteral("none");
     const std::array<std::pair<QString, QString>, 4> wanted{{
         {QStringLiteral("hw.audioOutput="), forwardsAudio ? QStringLiteral("no") : QStringLiteral("yes")},

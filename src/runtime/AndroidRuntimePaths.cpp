@@ -1,9 +1,9 @@
 #include "runtime/AndroidRuntimePaths.h"
 
-#include "base/QuillnestSettings.h"
 #include "platform/Files.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidVersions.h"
+#include "runtime/RuntimeSettings.h"
 
 namespace quillnest
 {
@@ -43,7 +43,7 @@ AndroidRuntimePaths AndroidRuntimePaths::current(const Platform &platform)
 {
     const auto developer = developerSDK(platform);
     const auto &settings = *platform.settings;
-    if (QuillnestSettings::flag(settings, QStringLiteral("QuillnestUseDeveloperSDK"), false) && developer.isComplete())
+    if (RuntimeSettings::useDeveloperSDK.value(settings) && developer.isComplete())
         return developer;
     const auto own = managed(platform, AndroidVersions::selected(settings));
     // A developer's SDK only ever holds the default API, so no other one falls back on it. Nobody asks whether it is

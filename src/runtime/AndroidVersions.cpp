@@ -1,6 +1,5 @@
 #include "runtime/AndroidVersions.h"
 
-#include "base/QuillnestSettings.h"
 #include "runtime/AndroidRuntimePaths.h"
 
 #include <algorithm>
@@ -21,7 +20,7 @@ const AndroidVersions::Version *find(qint64 api)
 
 int AndroidVersions::selected(const SettingsStore &settings)
 {
-    const auto *version = find(QuillnestSettings::integer(settings, QStringLiteral("QuillnestAndroidAPI")));
+    const auto *version = find(RuntimeSettings::androidAPI.value(settings));
     return version ? version->api : defaultApi;
 }
 

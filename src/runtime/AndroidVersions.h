@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/SettingsStore.h"
+#include "runtime/RuntimeSettings.h"
 
 #include <QString>
 
@@ -20,7 +21,7 @@ struct Version {
     const char *name;
 };
 
-constexpr int defaultApi = 35;
+constexpr int defaultApi = static_cast<int>(RuntimeSettings::androidAPI.defaultValue());
 
 /// In the order in which they are offered.
 constexpr std::array<Version, 7> all{{
@@ -33,7 +34,7 @@ constexpr std::array<Version, 7> all{{
     {36, "Android 16"},
 }};
 
-/// The API under "QuillnestAndroidAPI", or the default for anything that isn't in the table. Any thread.
+/// The API that the settings name, or the default for anything that isn't in the table. Any thread.
 int selected(const SettingsStore &settings);
 
 /// The name in the table; "Android (API {api})" for an API outside it.

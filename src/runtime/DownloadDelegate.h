@@ -4,7 +4,6 @@
 #include "platform/Tasks.h"
 
 #include <functional>
-#include <memory>
 
 namespace quillnest
 {
@@ -26,14 +25,13 @@ public:
     Task<> run(QUrl url);
 
 private:
-    class Waiter;
-
     void finished(int status, const QString &temporaryFile);
 
     const Platform &m_platform;
     const QString m_destination;
     const Progress m_progress;
-    const std::shared_ptr<Waiter> m_waiter;
+    /// The first of the download's events that brings the end counts.
+    const Completion<> m_end;
 };
 
 } // namespace quillnest

@@ -28,23 +28,6 @@ constexpr int lostDeviceRounds = 3;
 constexpr int networkRounds = 30;
 } // namespace
 
-/// Suspends until a flight has ended; throws what ended it.
-class EmulatorBoot::FlightEnd
-{
-public:
-    explicit FlightEnd(std::shared_ptr<Flight> flight) : m_flight(std::move(flight)) { }
-    bool await_ready() const noexcept { return m_flight->ended; }
-    void await_suspend(std::coroutine_handle<> waiter) { m_flight->waiters.push_back(waiter); }
-    void await_resume() const
-    {
-        if (m_flight->error)
-            std::rethrow_exception(m_flight->error);
-    }
-
-private:
-    std::shared_ptr<Flight> m_flight;
-};
-
 EmulatorBoot::EmulatorBoot(std::shared_ptr<const AndroidCommands> commands) : m_commands(std::move(commands)) { }
 
 void EmulatorBoot::throwIfCancelled() const
@@ -57,28 +40,28 @@ Task<> EmulatorBoot::ensure(Self self)
 {
     self->throwIfCancelled();
     if (!self->m_flight) {
-        self->m_flight = std::make_shared<Flight>();
         // The slot is filled before the boot begins, and the task goes on without its handle.
-        fly(self, self->m_flight);
+        self->m_flight.emplace();
+        fly(self, *self->m_flight);
     }
-    FlightEnd end(self->m_flight);
-    co_await end;
+    const auto flight = *self->m_flight;
+    co_await flight;
 }
 
-Task<> EmulatorBoot::fly(Self self, std::shared_ptr<Flight> flight)
+Task<> EmulatorBoot::fly(Self self, Completion<> flight)
 {
+    std::exception_ptr error;
     try {
         co_await boot(self);
     } catch (...) {
-        flight->error = std::current_exception();
+        error = std::current_exception();
     }
-    flight->ended = true;
-    self->m_commands->platform().executor->onMain([self, flight] {
-        if (self->m_flight == flight)
-            self->m_flight.reset();
-    });
-    for (const auto waiter : std::exchange(flight->waiters, {}))
-        waiter.resume();
+    // Whoever asks from the next turn of the event loop on begins a boot of their own.
+    self->m_commands->platform().executor->onMain([self] { self->m_flight.reset(); });
+    if (error)
+        flight.fail(error);
+    else
+        flight.finish();
 }
 
 Task<> EmulatorBoot::boot(Self self)

@@ -4,9 +4,8 @@
 #include "platform/Tasks.h"
 #include "runtime/AndroidCommands.h"
 
-#include <exception>
 #include <memory>
-#include <vector>
+#include <optional>
 
 namespace quillnest
 {
@@ -39,15 +38,7 @@ public:
     void throwIfCancelled() const;
 
 private:
-    /// One boot and those who wait for it.
-    struct Flight {
-        bool ended = false;
-        std::exception_ptr error;
-        std::vector<std::coroutine_handle<>> waiters;
-    };
-    class FlightEnd;
-
-    static Task<> fly(Self self, std::shared_ptr<Flight> flight);
+    static Task<> fly(Self self, Completion<> flight);
     static Task<> boot(Self self);
     static Task<> waitUntilGone(Self self);
     static Task<> startDevice(Self self);
@@ -67,7 +58,7 @@ private:
     const std::shared_ptr<const AndroidCommands> m_commands;
     bool m_cancelled = false;
     /// The boot that all callers wait for.
-    std::shared_ptr<Flight> m_flight;
+    std::optional<Completion<>> m_flight;
     /// The emulator that this process started; none for a device that it took over. While it is alive no second one is
     /// started and a boot isn't given up before its time.
     std::shared_ptr<RunningChild> m_emulatorProcess;

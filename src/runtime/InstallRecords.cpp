@@ -1,5 +1,7 @@
 #include "runtime/InstallRecords.h"
 
+#include "runtime/RuntimeSettings.h"
+
 #include <QDateTime>
 #include <QFileInfo>
 
@@ -34,7 +36,7 @@ std::optional<QString> textField(const QVariantMap &record, const QString &field
 
 QString InstallRecords::key(const QString &apkPath)
 {
-    return QStringLiteral("Quillnest.installed.") + apkPath;
+    return RuntimeSettings::installed.key(apkPath);
 }
 
 QString InstallRecords::fingerprint(const QString &apkPath)

@@ -9,8 +9,8 @@
 namespace quillnest
 {
 
-/// What is known to be installed from which file: one settings value "Quillnest.installed.{path}" for each APK, with
-/// the texts "fingerprint" and "package". Any thread.
+/// What is known to be installed from which file: one settings value for each APK, with the texts
+/// "fingerprint" and "package". Any thread.
 namespace InstallRecords
 {
 QString key(const QString &apkPath);

@@ -1,6 +1,6 @@
 #include "stream/AndroidStreamClient.h"
 
-#include "base/QuillnestSettings.h"
+#include "base/BaseSettings.h"
 #include "stream/ScrcpyControl.h"
 
 #include <QRandomGenerator>
@@ -48,7 +48,7 @@ AndroidStreamClient::AndroidStreamClient(
     , m_config(std::move(config))
     , m_log(std::move(log))
     , m_threads(std::move(threads))
-    , m_forwardAudio(QuillnestSettings::flag(*platform.settings, QStringLiteral("QuillnestForwardAudio"), true))
+    , m_forwardAudio(BaseSettings::forwardAudio.value(*platform.settings))
     , m_scid(static_cast<std::uint32_t>(QRandomGenerator::system()->bounded(1, 0x7FFFFFFF)))
     , m_feed(platform.executor, m_log)
     , m_videoReader(platform, std::move(renderer), m_log, m_feed)

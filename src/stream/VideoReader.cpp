@@ -1,7 +1,7 @@
 #include "stream/VideoReader.h"
 
-#include "base/QuillnestSettings.h"
 #include "stream/BigEndian.h"
+#include "stream/StreamSettings.h"
 #include "stream/H264.h"
 
 #include <array>
@@ -126,7 +126,7 @@ void VideoReader::countFrame()
     const double elapsed = secondsBetween(m_fpsWindowStart, now);
     if (elapsed < 1.0)
         return;
-    if (QuillnestSettings::flag(*m_platform.settings, QStringLiteral("QuillnestPrintFPS"), false))
+    if (StreamSettings::printFPS.value(*m_platform.settings))
         m_log->write(QStringLiteral("Quillnest: %1 fps").arg(m_fpsFrames / elapsed, 0, 'f', 0));
     m_fpsFrames = 0;
     m_fpsWindowStart = now;

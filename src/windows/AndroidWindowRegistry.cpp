@@ -1,7 +1,7 @@
 #include "windows/AndroidWindowRegistry.h"
 
-#include "base/QuillnestSettings.h"
 #include "windows/AndroidWindowSession.h"
+#include "windows/WindowSettings.h"
 
 #include <QLocale>
 
@@ -215,13 +215,12 @@ void AndroidWindowRegistry::closeAll()
 
 bool AndroidWindowRegistry::singleAppMode() const
 {
-    return QuillnestSettings::flag(*m_services.platform.settings, QStringLiteral("QuillnestSingleApp"), true);
+    return WindowSettings::singleApp.value(*m_services.platform.settings);
 }
 
 double AndroidWindowRegistry::idleShutdownMinutes() const
 {
-    return QuillnestSettings::number(
-        *m_services.platform.settings, QStringLiteral("QuillnestIdleShutdownMinutes"), 5.0);
+    return WindowSettings::idleShutdownMinutes.value(*m_services.platform.settings);
 }
 
 void AndroidWindowRegistry::scheduleIdleShutdown()

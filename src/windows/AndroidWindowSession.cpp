@@ -1,7 +1,6 @@
 #include "windows/AndroidWindowSession.h"
 
 #include "base/QuillnestLayout.h"
-#include "base/QuillnestSettings.h"
 #include "runtime/AndroidVolume.h"
 #include "stream/ScrcpyControl.h"
 #include "windows/AndroidVideoView.h"
@@ -9,6 +8,7 @@
 #include "windows/SizeMenu.h"
 #include "windows/VideoInput.h"
 #include "windows/WindowPlacement.h"
+#include "windows/WindowSettings.h"
 
 #include <QPointer>
 #include <QVBoxLayout>
@@ -330,9 +330,7 @@ void AndroidWindowSession::setPanelSize(QSizeF size)
 
 void AndroidWindowSession::windowDidResignKey()
 {
-    const bool autoHide
-        = QuillnestSettings::flag(*m_services.platform.settings, QStringLiteral("QuillnestAutoHide"), true);
-    if (!m_pinned && !m_closing && autoHide)
+    if (!m_pinned && !m_closing && WindowSettings::autoHide.value(*m_services.platform.settings))
         hide();
 }
 

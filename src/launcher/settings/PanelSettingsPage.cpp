@@ -1,6 +1,7 @@
 #include "launcher/settings/PanelSettingsPage.h"
 
-#include "base/QuillnestSettings.h"
+#include "core/CoreSettings.h"
+#include "launcher/LauncherSettings.h"
 #include "launcher/grid/AppIcon.h"
 #include "launcher/wallpaper/WallpaperView.h"
 #include "look/ChoiceButton.h"
@@ -8,6 +9,7 @@
 #include "look/Fonts.h"
 #include "look/Footnote.h"
 #include "look/SettingRow.h"
+#include "windows/WindowSettings.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -83,12 +85,12 @@ PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelL
         m_loginError->setVisible(failure.has_value());
         m_openAtLogin->setChecked(items.status() == LoginItems::Status::Enabled);
     });
-    addFlag(column, QStringLiteral("QuillnestSingleApp"), true, QStringLiteral("One app at a time"));
+    addFlag(column, WindowSettings::singleApp, QStringLiteral("One app at a time"));
     addFlag(
-        column, QStringLiteral("QuillnestPrewarm"), true,
+        column, CoreSettings::prewarm,
         QStringLiteral("Start Android when the Quillnest popup opens (apps open faster)"));
     addFlag(
-        column, QStringLiteral("QuillnestAdBlock"), true, QStringLiteral("Block ads and trackers in all Android apps"));
+        column, AdBlockSettings::enabled, QStringLiteral("Block ads and trackers in all Android apps"));
     addHeading(column, QStringLiteral("Home screen style"));
     addThemes(column);
     addHeading(column, QStringLiteral("Wallpaper"));
@@ -112,15 +114,15 @@ void PanelSettingsPage::addHeading(QVBoxLayout *column, const QString &text)
     m_headings.push_back(label);
 }
 
-void PanelSettingsPage::addFlag(QVBoxLayout *column, const QString &key, bool defaultValue, const QString &text)
+void PanelSettingsPage::addFlag(QVBoxLayout *column, const Setting<bool> &setting, const QString &text)
 {
     auto *row = new SettingRow(m_look, text, this);
     column->addWidget(row);
-    connect(row, &QAbstractButton::clicked, this, [this, key](bool on) {
-        m_services.platform.settings->setValue(key, on);
+    connect(row, &QAbstractButton::clicked, this, [this, setting](bool on) {
+        setting.set(*m_services.platform.settings, on);
     });
-    m_readers.push_back([this, row, key, defaultValue] {
-        row->setChecked(QuillnestSettings::flag(*m_services.platform.settings, key, defaultValue));
+    m_readers.push_back([this, row, setting] {
+        row->setChecked(setting.value(*m_services.platform.settings));
     });
 }
 
@@ -142,7 +144,7 @@ void PanelSettingsPage::addThemes(QVBoxLayout *column)
         auto *button = new ChoiceButton(m_look, QLatin1String(entry.name), sampleOf(m_look, style), group);
         row->addWidget(button);
         connect(button, &QAbstractButton::clicked, this, [this, value] {
-            m_services.platform.settings->setValue(QuillnestTheme::styleKey(), value);
+            LauncherSettings::theme.set(*m_services.platform.settings, value);
         });
         m_readers.push_back([this, button, style] { button->setChecked(m_look.style == style); });
     }
@@ -214,7 +216,7 @@ void PanelSettingsPage::chooseWallpaper(const QString &id)
     if (id == Wallpaper::customId())
         choosePhoto();
     else
-        m_services.platform.settings->setValue(Wallpaper::key(), id);
+        LauncherSettings::wallpaper.set(*m_services.platform.settings, id);
 }
 
 void PanelSettingsPage::choosePhoto()
@@ -224,9 +226,8 @@ void PanelSettingsPage::choosePhoto()
     Wallpaper::chooseCustom(m_services.platform, [settings = m_services.platform.settings](bool chosen) {
         if (!chosen)
             return;
-        settings->setValue(
-            Wallpaper::revisionKey(), QuillnestSettings::integer(*settings, Wallpaper::revisionKey()) + 1);
-        settings->setValue(Wallpaper::key(), Wallpaper::customId());
+        LauncherSettings::wallpaperRevision.set(*settings, LauncherSettings::wallpaperRevision.value(*settings) + 1);
+        LauncherSettings::wallpaper.set(*settings, Wallpaper::customId());
     });
 }
 

@@ -1,6 +1,6 @@
 #include "launcher/wallpaper/PanelBackground.h"
 
-#include "base/QuillnestSettings.h"
+#include "launcher/LauncherSettings.h"
 #include "launcher/wallpaper/WallpaperView.h"
 
 #include <cmath>
@@ -47,7 +47,7 @@ void PanelBackground::paintWallpaper(QPainter &painter, const QRect &area, const
     const auto pixels = (QSizeF(area.size()) * scale).toSize();
     const auto key = QStringLiteral("%1 %2 %3x%4 %5 %6")
                          .arg(id)
-                         .arg(QuillnestSettings::integer(*m_platform.settings, Wallpaper::revisionKey()))
+                         .arg(LauncherSettings::wallpaperRevision.value(*m_platform.settings))
                          .arg(pixels.width())
                          .arg(pixels.height())
                          .arg(look.isDark)

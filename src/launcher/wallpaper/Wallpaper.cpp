@@ -1,7 +1,7 @@
 #include "launcher/wallpaper/Wallpaper.h"
 
 #include "base/QuillnestFolders.h"
-#include "base/QuillnestSettings.h"
+#include "launcher/LauncherSettings.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -53,7 +53,7 @@ const Wallpaper *Wallpaper::preset(const QString &id)
 
 QString Wallpaper::selected(const Platform &platform)
 {
-    return QuillnestSettings::text(*platform.settings, key(), QStringLiteral("none"));
+    return LauncherSettings::wallpaper.value(*platform.settings);
 }
 
 bool Wallpaper::isSet(const Platform &platform)

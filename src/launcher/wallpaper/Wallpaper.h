@@ -22,8 +22,6 @@ struct Wallpaper {
     static const std::vector<Wallpaper> &presets();
     static const Wallpaper *preset(const QString &id);
 
-    static QString key() { return QStringLiteral("QuillnestWallpaper"); }
-    static QString revisionKey() { return QStringLiteral("QuillnestWallpaperRevision"); }
     static QString customId() { return QStringLiteral("custom"); }
 
     /// The id in the settings; "none" unless there is one.

@@ -46,50 +46,26 @@ void QtNetwork::onThread(Work work)
         Qt::QueuedConnection);
 }
 
-/// An answer on its way, and who waits for it. Shared with the transfer, so that neither depends on the other.
-struct QtNetwork::Waiting {
-    HttpAnswer answer;
-    std::optional<QString> error;
-    bool ended = false;
-    std::coroutine_handle<> caller;
-};
-
-namespace
+void QtNetwork::startFetch(const QUrl &url, const Completion<HttpAnswer> &waiting)
 {
-
-/// What is awaited may be copied on the way, so it only points to what is shared.
-template <typename State> struct UntilEnded {
-    State &state;
-
-    bool await_ready() const noexcept { return state.ended; }
-    void await_suspend(std::coroutine_handle<> coroutine) const { state.caller = coroutine; }
-    void await_resume() const
-    {
-        if (state.error)
-            throw NetworkError(*state.error);
-    }
-};
-
-} // namespace
-
-void QtNetwork::startFetch(const QUrl &url, const std::shared_ptr<Waiting> &waiting)
-{
+    // Put together on the network's thread.
+    const auto answer = std::make_shared<HttpAnswer>();
     HttpTransfer::Handlers handlers{
-        .onPiece = [waiting](std::span<const char> piece, qint64) -> std::optional<QString> {
-            auto &body = waiting->answer.body;
+        .onPiece = [answer](std::span<const char> piece, qint64) -> std::optional<QString> {
+            auto &body = answer->body;
             if (body.size() + static_cast<qint64>(piece.size()) > largestAnswer)
                 return QStringLiteral("The answer is too long");
             body.append(piece.data(), static_cast<qsizetype>(piece.size()));
             return std::nullopt;
         },
         .onEnd =
-            [waiting, executor = m_executor](int status, const std::optional<QString> &error) {
-                waiting->answer.status = status;
-                waiting->error = error;
-                executor->onMain([waiting] {
-                    waiting->ended = true;
-                    if (waiting->caller)
-                        std::exchange(waiting->caller, nullptr).resume();
+            [answer, waiting, executor = m_executor](int status, const std::optional<QString> &error) {
+                answer->status = status;
+                executor->onMain([answer, waiting, error]() mutable {
+                    if (error)
+                        waiting.fail(std::make_exception_ptr(NetworkError(*error)));
+                    else
+                        waiting.finish(std::move(*answer));
                 });
             }};
     onThread(
@@ -100,11 +76,9 @@ void QtNetwork::startFetch(const QUrl &url, const std::shared_ptr<Waiting> &wait
 
 Task<HttpAnswer> QtNetwork::fetch(QUrl url)
 {
-    const auto waiting = std::make_shared<Waiting>();
-    startFetch(url, waiting);
-    const UntilEnded<Waiting> end{*waiting};
-    co_await end;
-    co_return std::move(waiting->answer);
+    const Completion<HttpAnswer> answer;
+    startFetch(url, answer);
+    co_return co_await answer;
 }
 
 /// What the main thread holds of a download.

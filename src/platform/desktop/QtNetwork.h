@@ -29,9 +29,8 @@ public:
 
 private:
     class FileDownload;
-    struct Waiting;
 
-    void startFetch(const QUrl &url, const std::shared_ptr<Waiting> &waiting);
+    void startFetch(const QUrl &url, const Completion<HttpAnswer> &waiting);
 
     using Work = std::function<void(QNetworkAccessManager &manager, QObject *owner)>;
 
