@@ -1,7 +1,10 @@
 // The composition root: builds the platform, wires the rooms, starts the application.
 
 #include "core/QuillnestApp.h"
+#include "features/adblock/AdBlock.h"
+#include "features/darkmode/DarkMode.h"
 #include "launcher/Glyph.h"
+#include "launcher/LauncherCommands.h"
 #include "launcher/MenuPanel.h"
 #include "launcher/setup/RuntimeSetupView.h"
 #include "look/Fonts.h"
@@ -9,7 +12,6 @@
 #include "look/Palette.h"
 #include "platform/HostPlatform.h"
 #include "platform/TerminationSignals.h"
-#include "runtime/AndroidAdBlock.h"
 
 #include <QApplication>
 #include <QJsonArray>
@@ -34,6 +36,12 @@ int main(int argc, char **argv)
     applyAppearance();
     QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);
     QuillnestApp quillnest(platform);
+
+    // The features, one line each.
+    const AdBlock adBlock(quillnest.device(), *platform.settings, quillnest.commands());
+    const DarkMode darkMode(quillnest.device(), quillnest.android(), quillnest.notifications());
+
+    handleLauncherCommands(quillnest.commands(), *platform.settings);
     QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {
         if (window)
             quillnest.windowDidBecomeKey();
@@ -56,11 +64,6 @@ int main(int argc, char **argv)
                 .makeSetupView =
                     [&quillnest](QWidget *parent) {
                         return new RuntimeSetupView(quillnest.platform(), quillnest.provisioner(), parent);
-                    },
-                .applyAdBlock =
-                    [&quillnest] {
-                        quillnest.platform().executor->inBackground(
-                            [commands = quillnest.commands()] { AndroidAdBlock::apply(*commands); });
                     },
                 .quit = quit});
         return *panels;

@@ -3,7 +3,6 @@
 #include "base/FireAndForget.h"
 #include "core/CoreSettings.h"
 #include "runtime/AndroidBridgeError.h"
-#include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidRuntimeError.h"
 
 #include <QPointer>
@@ -15,8 +14,6 @@ namespace quillnest
 
 namespace
 {
-
-constexpr std::chrono::milliseconds cleaningPoll(20);
 
 /// What the user is told of an error, or nothing for the end of the program.
 QString description(const std::exception &error)
@@ -76,12 +73,11 @@ Task<> AppLibraryStore::runLaunch(MobileApp app, std::chrono::nanoseconds opened
 {
     const QPointer<AppLibraryStore> self(this);
     std::optional<QString> failure;
-    while (*m_services.cleaningDevice) {
-        co_await sleepFor(*m_services.platform.clock, cleaningPoll);
+    try {
+        const auto deviceCleaned = m_services.deviceCleaned;
+        co_await deviceCleaned;
         if (!self)
             co_return;
-    }
-    try {
         auto installing = m_services.runtime.installAndLaunch(app.sourcePath);
         const auto package = co_await installing;
         if (!self)
@@ -114,8 +110,7 @@ void AppLibraryStore::openWindow(const MobileApp &app, const QString &package, s
         QStringLiteral("native window started app=%1 sinceOpen=%2s").arg(app.name, secondsText(elapsed, 2)));
     m_androidState = AndroidState::ready;
     setStatus(QStringLiteral("Opened %1").arg(app.name));
-    m_services.platform.executor->inBackground(
-        [commands = m_services.runtime.commands()] { AndroidDarkMode::apply(*commands); });
+    Q_EMIT m_services.notifications->windowOpened();
 }
 
 void AppLibraryStore::launchFailed(const MobileApp &app, const QString &description)

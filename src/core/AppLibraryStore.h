@@ -41,9 +41,9 @@ public:
         AndroidWindowRegistry &windows;
         AndroidRuntimeProvisioner &provisioner;
         std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
-        /// While this is true a device that an earlier run left is being cleaned: an app that was opened meanwhile
-        /// would be stopped with the rest, so launches wait.
-        std::shared_ptr<bool> cleaningDevice = std::make_shared<bool>(false);
+        /// Ends when a device that an earlier run left has been cleaned: an app that was opened before would be stopped
+        /// with the rest, so launches wait.
+        Completion<> deviceCleaned = endedCompletion();
     };
 
     explicit AppLibraryStore(Services services);

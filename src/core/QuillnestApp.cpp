@@ -1,15 +1,17 @@
 #include "core/QuillnestApp.h"
 
 #include "base/FireAndForget.h"
+#include "core/CoreCommands.h"
 #include "core/CoreSettings.h"
 #include "core/DiagnosticsReport.h"
 #include "core/LaunchArguments.h"
 #include "core/LoginItem.h"
 #include "ios/ExternalWindowManager.h"
 #include "platform/LeftOverProcesses.h"
-#include "runtime/AndroidAdBlock.h"
-#include "runtime/AndroidDarkMode.h"
-#include "runtime/AndroidVolume.h"
+#include "runtime/AndroidHardware.h"
+#include "runtime/AndroidRuntimeError.h"
+#include "runtime/DeviceTweaks.h"
+#include "runtime/RuntimeSettings.h"
 #include "windows/AndroidPlayerView.h"
 
 #include <QFileInfo>
@@ -46,11 +48,16 @@ QuillnestApp::QuillnestApp(Platform platform)
     , m_locks(std::make_shared<NoAppLocking>())
     , m_windowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks}
     , m_windows(m_windowServices)
-    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_provisioner, m_locks}
+    , m_commands(m_log)
+    , m_services{
+          m_platform, m_log, m_notifications, m_runtime, m_windows, m_provisioner, m_locks, m_deviceCleaned}
 {
 }
 
-QuillnestApp::~QuillnestApp() = default;
+QuillnestApp::~QuillnestApp()
+{
+    m_deviceCleaned.fail(std::make_exception_ptr(AndroidRuntimeCancelled()));
+}
 
 void QuillnestApp::start(const QStringList &arguments, Interface interface)
 {
@@ -70,11 +77,12 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
         // Whoever has just waited for the download is about to open an app.
         m_store->prewarmAndroid();
     });
-    m_commands = std::make_unique<CommandDispatcher>(m_services, *m_store);
+    handleCoreCommands(m_commands, *m_store, m_windows);
+    followHardwareSettings();
     endHostSideServers();
     fireAndForget(m_log, cleanDevice());
     connect(m_platform.commands.get(), &CommandChannel::received, this, [this](const QString &command) {
-        m_commands->run(command);
+        m_commands.run(command);
     });
     if (!m_platform.commands->listen())
         m_log->write(QStringLiteral("command channel unavailable"));
@@ -85,7 +93,6 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     });
     if (CoreSettings::snapshots.value(*m_platform.settings))
         later(snapshotDelay, [this] { m_store->writeMenuSnapshot(); });
-    AndroidDarkMode::startObserving(m_runtime.commands());
     m_windows.homePanel().makeContent = m_interface.makePanel;
     LoginItem::enableByDefaultOnce(m_platform);
     const auto status = m_platform.loginItems->status();
@@ -191,28 +198,52 @@ void QuillnestApp::endHostSideServers()
 Task<> QuillnestApp::cleanDevice()
 {
     const QPointer<QuillnestApp> self(this);
-    auto clean = [commands = m_runtime.commands()] {
-        if (!commands->deviceIsBooted())
-            return;
-        commands->runADB({QStringLiteral("shell"), QStringLiteral("pkill"), QStringLiteral("-f"), serverClass});
-        commands->stopAllApps();
-        AndroidDarkMode::apply(*commands);
-        AndroidVolume::maximize(*commands);
-        AndroidAdBlock::apply(*commands);
+    auto endServers = [commands = m_runtime.commands()] {
+        const bool isBooted = commands->deviceIsBooted();
+        if (isBooted)
+            commands->runADB({QStringLiteral("shell"), QStringLiteral("pkill"), QStringLiteral("-f"), serverClass});
+        return isBooted;
     };
-    *m_services.cleaningDevice = true;
-    auto cleaning = background(*m_platform.executor, std::move(clean));
-    co_await cleaning;
+    try {
+        auto ending = background(*m_platform.executor, std::move(endServers));
+        const bool isBooted = co_await ending;
+        if (!self)
+            co_return;
+        if (isBooted) {
+            auto applying = m_runtime.tweaks().applyAll();
+            co_await applying;
+        }
+    } catch (const std::exception &error) {
+        // Whoever waits for this finds a device that isn't quite clean, which is better than none.
+        if (self)
+            m_log->write(QStringLiteral("cleaning the device failed error=%1").arg(QString::fromUtf8(error.what())));
+    }
     if (!self)
         co_return;
-    *m_services.cleaningDevice = false;
-    if (m_windows.sessions().empty())
+    m_deviceCleaned.finish();
+    if (self && m_windows.sessions().empty())
         m_windows.scheduleIdleShutdown();
+}
+
+void QuillnestApp::followHardwareSettings()
+{
+    // The emulator reads its configuration when it starts.
+    m_runtime.tweaks().whenChanged({RuntimeSettings::micCamera.key()}, [this] {
+        const auto paths = AndroidRuntimePaths::current(m_platform);
+        AndroidHardware::apply(paths, *m_platform.settings, m_platform.folders);
+        if (paths.isComplete())
+            m_windows.stopAndroid(QStringLiteral("microphone/camera setting changed"), false);
+    });
 }
 
 Task<> QuillnestApp::launchAPK(QString path)
 {
+    const QPointer<QuillnestApp> self(this);
     try {
+        const auto deviceCleaned = m_deviceCleaned;
+        co_await deviceCleaned;
+        if (!self)
+            co_return;
         auto installing = m_runtime.installAndLaunch(path);
         const auto package = co_await installing;
         std::printf("Quillnest installed and launched %s\n", qUtf8Printable(package));

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/ChangeNotifications.h"
+#include "base/CommandDispatcher.h"
 #include "base/QuillnestLog.h"
 #include "core/AppLibraryStore.h"
-#include "core/CommandDispatcher.h"
 #include "package/AppIconStore.h"
 #include "platform/Platform.h"
 #include "runtime/AndroidRuntimeCLI.h"
@@ -52,7 +52,12 @@ public:
     AndroidRuntimeProvisioner &provisioner() { return m_provisioner; }
     const Platform &platform() const { return m_platform; }
     const std::shared_ptr<AppLocking> &locks() const { return m_locks; }
-    std::shared_ptr<const AndroidCommands> commands() const { return m_runtime.commands(); }
+    std::shared_ptr<const AndroidCommands> android() const { return m_runtime.commands(); }
+
+    // Where features and the rooms above attach, before the start.
+    DeviceTweaks &device() const { return m_runtime.tweaks(); }
+    CommandDispatcher &commands() { return m_commands; }
+    const ChangeNotifications &notifications() const { return *m_notifications; }
 
     /// The steps from here until the status item stands, with the process's arguments.
     void start(const QStringList &arguments, Interface interface);
@@ -75,6 +80,7 @@ private:
     void later(std::chrono::milliseconds delay, std::function<void()> work);
     void endHostSideServers();
     Task<> cleanDevice();
+    void followHardwareSettings();
     Task<> launchAPK(QString path);
 
     const Platform m_platform;
@@ -86,9 +92,10 @@ private:
     const std::shared_ptr<AppLocking> m_locks;
     const WindowServices m_windowServices;
     AndroidWindowRegistry m_windows;
+    CommandDispatcher m_commands;
+    Completion<> m_deviceCleaned;
     const AppLibraryStore::Services m_services;
     std::unique_ptr<AppLibraryStore> m_store;
-    std::unique_ptr<CommandDispatcher> m_commands;
     Interface m_interface;
     std::unique_ptr<AndroidAppPanel> m_player;
     bool m_terminated = false;

@@ -2,7 +2,7 @@
 #include "ctl/Commands.h"
 #include "ctl/Errors.h"
 #include "ctl/Help.h"
-#include "ctl/KnownCommands.h"
+#include "base/CommandTable.h"
 #include "ctl/Output.h"
 #include "platform/HostServices.h"
 
@@ -16,7 +16,7 @@ namespace
 
 bool isKnown(const QString &text)
 {
-    return std::any_of(knownCommands.begin(), knownCommands.end(), [&text](const KnownCommand &command) {
+    return std::any_of(commandTable.begin(), commandTable.end(), [&text](const KnownCommand &command) {
         const QLatin1String name(command.text);
         return name.endsWith(u':') ? text.startsWith(name) : text == name;
     });

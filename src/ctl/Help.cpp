@@ -1,6 +1,6 @@
 #include "ctl/Help.h"
 
-#include "ctl/KnownCommands.h"
+#include "base/CommandTable.h"
 
 namespace quillnest::ctl
 {
@@ -86,7 +86,7 @@ QByteArray helpText(const QString &command)
 QByteArray commandList()
 {
     QByteArray text;
-    for (const auto &command : knownCommands)
+    for (const auto &command : commandTable)
         text += QByteArray(command.text).leftJustified(18) + command.meaning + '\n';
     return text;
 }

@@ -24,8 +24,6 @@ struct PanelServices {
     /// What stands in place of the apps while Android isn't set up; made when it is first needed. With none the apps
     /// stay.
     std::function<QWidget *(QWidget *parent)> makeSetupView = {};
-    /// Brings the device in line with the settings of the ad blocker.
-    std::function<void()> applyAdBlock = {};
     std::function<void()> quit = {};
 };
 

@@ -77,6 +77,14 @@ private:
     std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
+/// One that nobody has to wait for.
+inline Completion<> endedCompletion()
+{
+    Completion<> completion;
+    completion.finish();
+    return completion;
+}
+
 /// Waits on `clock`; resumes on the main thread.
 class SleepFor
 {
@@ -98,6 +106,28 @@ private:
 inline SleepFor sleepFor(Clock &clock, Clock::Duration duration)
 {
     return SleepFor(clock, duration);
+}
+
+/// Goes on in the next turn of the main thread's event loop, behind what waits there.
+class NextTurn
+{
+public:
+    explicit NextTurn(Executor &executor) : m_executor(executor) { }
+
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> coroutine)
+    {
+        m_executor.onMain([coroutine] { coroutine.resume(); });
+    }
+    void await_resume() const noexcept { }
+
+private:
+    Executor &m_executor;
+};
+
+inline NextTurn nextTurn(Executor &executor)
+{
+    return NextTurn(executor);
 }
 
 /// Runs `work` on the background pool and resumes on the main thread with its value, or with what it threw.

@@ -25,6 +25,7 @@ public:
 
     const Platform &platform() const { return m_platform; }
     QuillnestLog &log() const { return *m_log; }
+    const std::shared_ptr<QuillnestLog> &sharedLog() const { return m_log; }
 
     /// The one device that is ever addressed, and its console port.
     static QString serial() { return QStringLiteral("emulator-5556"); }

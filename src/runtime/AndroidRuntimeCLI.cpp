@@ -1,10 +1,14 @@
 #include "runtime/AndroidRuntimeCLI.h"
 
+#include "runtime/AndroidVolume.h"
 #include "runtime/AppInstaller.h"
+#include "runtime/DeviceTweaks.h"
 #include "runtime/EmulatorBoot.h"
 #include "runtime/InstallRecords.h"
 
 #include <QFileInfo>
+
+#include <functional>
 
 namespace quillnest
 {
@@ -36,9 +40,12 @@ Task<QString> installOnDevice(
 
 AndroidRuntimeCLI::AndroidRuntimeCLI(const Platform &platform, std::shared_ptr<QuillnestLog> log)
     : m_commands(std::make_shared<const AndroidCommands>(platform, std::move(log)))
-    , m_boot(std::make_shared<EmulatorBoot>(m_commands))
+    , m_tweaks(std::make_unique<DeviceTweaks>(m_commands))
+    , m_boot(std::make_shared<EmulatorBoot>(m_commands, *m_tweaks))
     , m_installer(std::make_shared<const AppInstaller>(m_commands))
 {
+    m_tweaks->add({.stage = DeviceTweaks::Stage::apps, .apply = std::mem_fn(&AndroidCommands::stopAllApps)});
+    m_tweaks->add({.stage = DeviceTweaks::Stage::sound, .apply = &AndroidVolume::maximize});
 }
 
 AndroidRuntimeCLI::~AndroidRuntimeCLI()

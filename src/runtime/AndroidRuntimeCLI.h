@@ -3,9 +3,7 @@
 #include "platform/Tasks.h"
 #include "runtime/AndroidCommands.h"
 
-#include <QSet>
 #include <QString>
-#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -14,6 +12,7 @@ namespace quillnest
 {
 
 class AppInstaller;
+class DeviceTweaks;
 class EmulatorBoot;
 
 /// The only road to the device for the boot and for installs. Made once and destroyed on the main thread.
@@ -32,21 +31,8 @@ public:
     /// The command runner, to be held by background work.
     std::shared_ptr<const AndroidCommands> commands() const { return m_commands; }
 
-    static QString serial() { return AndroidCommands::serial(); }
-
-    /// Tools of the installation in force, worked out at each call. Any thread.
-    QString adbPath() const { return m_commands->paths().adb(); }
-    QString emulatorPath() const { return m_commands->paths().emulator(); }
-    QString apkanalyzerPath() const { return m_commands->paths().apkanalyzer(); }
-
-    /// As told at AndroidCommands.
-    QString run(const QString &tool, const QStringList &arguments) const { return m_commands->run(tool, arguments); }
-    QString runADB(const QStringList &arguments) const { return m_commands->runADB(arguments); }
-    bool deviceIsBooted() const { return m_commands->deviceIsBooted(); }
-    bool deviceIsListed() const { return m_commands->deviceIsListed(); }
-    bool androidIsHealthy() const { return m_commands->androidIsHealthy(); }
-    void stopAllApps() const { m_commands->stopAllApps(); }
-    QSet<QString> thirdPartyPackages() const { return m_commands->thirdPartyPackages(); }
+    /// What a device is to be like that has become ready; features add to it before the start.
+    DeviceTweaks &tweaks() const { return *m_tweaks; }
 
     /// On return a device is up, booted, healthy and on the selected API, whether it was running already or was started
     /// now. All callers share the one boot in flight, and its failure: AndroidRuntimeError or LaunchError.
@@ -71,6 +57,7 @@ public:
 
 private:
     const std::shared_ptr<const AndroidCommands> m_commands;
+    const std::unique_ptr<DeviceTweaks> m_tweaks;
     const std::shared_ptr<EmulatorBoot> m_boot;
     const std::shared_ptr<const AppInstaller> m_installer;
 };

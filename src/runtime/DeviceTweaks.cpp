@@ -95,18 +95,17 @@ Task<> DeviceTweaks::work()
                 tweak(*commands);
         };
         auto running = background(*commands->platform().executor, std::move(run));
-        std::exception_ptr error;
+        std::optional<QString> failure;
         try {
             co_await running;
-        } catch (...) {
-            error = std::current_exception();
+        } catch (const std::exception &error) {
+            failure = QString::fromUtf8(error.what());
         }
-        if (auto waiting = all) {
-            if (error)
-                waiting->fail(error);
-            else
-                waiting->finish();
-        }
+        // A device that isn't all that it should be is still a good device.
+        if (failure)
+            commands->log().write(QStringLiteral("device tweaks failed error=%1").arg(*failure));
+        if (auto waiting = all)
+            waiting->finish();
     }
     if (self)
         m_working = false;

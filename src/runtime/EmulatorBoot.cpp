@@ -1,11 +1,9 @@
 #include "runtime/EmulatorBoot.h"
 
 #include "platform/Files.h"
-#include "runtime/AndroidAdBlock.h"
-#include "runtime/AndroidDarkMode.h"
 #include "runtime/AndroidHardware.h"
 #include "runtime/AndroidRuntimeError.h"
-#include "runtime/AndroidVolume.h"
+#include "runtime/DeviceTweaks.h"
 
 #include <QFileInfo>
 
@@ -28,7 +26,10 @@ constexpr int lostDeviceRounds = 3;
 constexpr int networkRounds = 30;
 } // namespace
 
-EmulatorBoot::EmulatorBoot(std::shared_ptr<const AndroidCommands> commands) : m_commands(std::move(commands)) { }
+EmulatorBoot::EmulatorBoot(std::shared_ptr<const AndroidCommands> commands, DeviceTweaks &tweaks)
+    : m_commands(std::move(commands)), m_tweaks(&tweaks)
+{
+}
 
 void EmulatorBoot::throwIfCancelled() const
 {
@@ -197,13 +198,10 @@ Task<> EmulatorBoot::waitForInternet(Self self)
 
 Task<> EmulatorBoot::applyTweaks(Self self)
 {
-    auto work = [commands = self->m_commands] {
-        commands->stopAllApps();
-        AndroidDarkMode::apply(*commands);
-        AndroidVolume::maximize(*commands);
-        AndroidAdBlock::apply(*commands);
-    };
-    co_await background(*self->m_commands->platform().executor, std::move(work));
+    if (!self->m_tweaks)
+        throw AndroidRuntimeCancelled();
+    auto applying = self->m_tweaks->applyAll();
+    co_await applying;
     self->throwIfCancelled();
 }
 

@@ -4,11 +4,15 @@
 #include "platform/Tasks.h"
 #include "runtime/AndroidCommands.h"
 
+#include <QPointer>
+
 #include <memory>
 #include <optional>
 
 namespace quillnest
 {
+
+class DeviceTweaks;
 
 /// Keeps the one device alive: takes over what is there, waits for what is coming up, replaces what is sick or of the
 /// wrong version, and starts what is missing. All of it on the main thread, with adb in the background.
@@ -19,7 +23,7 @@ class EmulatorBoot
 public:
     using Self = std::shared_ptr<EmulatorBoot>;
 
-    explicit EmulatorBoot(std::shared_ptr<const AndroidCommands> commands);
+    EmulatorBoot(std::shared_ptr<const AndroidCommands> commands, DeviceTweaks &tweaks);
 
     /// Waits for the boot in flight, or begins one. Each waiter gets the boot's failure.
     static Task<> ensure(Self self);
@@ -56,6 +60,8 @@ private:
     void launchEmulator();
 
     const std::shared_ptr<const AndroidCommands> m_commands;
+    /// Goes with the facade, which cancels the boot.
+    const QPointer<DeviceTweaks> m_tweaks;
     bool m_cancelled = false;
     /// The boot that all callers wait for.
     std::optional<Completion<>> m_flight;

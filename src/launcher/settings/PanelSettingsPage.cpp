@@ -1,6 +1,7 @@
 #include "launcher/settings/PanelSettingsPage.h"
 
 #include "core/CoreSettings.h"
+#include "features/adblock/AdBlockSettings.h"
 #include "launcher/LauncherSettings.h"
 #include "launcher/grid/AppIcon.h"
 #include "launcher/wallpaper/WallpaperView.h"
@@ -96,11 +97,7 @@ PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelL
     addHeading(column, QStringLiteral("Wallpaper"));
     addWallpapers(column);
     column->addStretch(1);
-    connect(services.platform.settings.get(), &SettingsStore::changed, this, [this](const QString &key) {
-        if (key == QStringLiteral("QuillnestAdBlock") && m_services.applyAdBlock)
-            m_services.applyAdBlock();
-        refresh();
-    });
+    connect(services.platform.settings.get(), &SettingsStore::changed, this, &PanelSettingsPage::refresh);
     refresh();
 }
 

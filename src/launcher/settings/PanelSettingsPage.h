@@ -31,7 +31,7 @@ protected:
 
 private:
     void addHeading(QVBoxLayout *column, const QString &text);
-    void addFlag(QVBoxLayout *column, const QString &key, bool defaultValue, const QString &text);
+    void addFlag(QVBoxLayout *column, const Setting<bool> &setting, const QString &text);
     void addThemes(QVBoxLayout *column);
     void addWallpapers(QVBoxLayout *column);
     void chooseWallpaper(const QString &id);

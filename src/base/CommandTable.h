@@ -2,17 +2,18 @@
 
 #include <array>
 
-namespace quillnest::ctl
+namespace quillnest
 {
 
-/// A command of the text channel. One that ends in a colon takes what follows as its argument.
+/// A command of the text channel. One that ends in a colon takes what follows as its argument, which may be empty; any
+/// other matches as a whole.
 struct KnownCommand {
     const char *text;
     const char *meaning;
 };
 
-/// What the program of this version knows, in the order of its own table.
-inline constexpr std::array<KnownCommand, 15> knownCommands{{
+/// All of them, in the order in which they are matched. What each does is told to CommandDispatcher by its room.
+inline constexpr std::array<KnownCommand, 15> commandTable{{
     {"back", "presses Android's back key in the first window"},
     {"snapshot-menu", "writes a picture of the panel"},
     {"add:", "adds the package file at the path that follows"},
@@ -30,4 +31,4 @@ inline constexpr std::array<KnownCommand, 15> knownCommands{{
     {"open:", "opens the first app whose name contains what follows"},
 }};
 
-} // namespace quillnest::ctl
+} // namespace quillnest
