@@ -1,9 +1,7 @@
 #include "benchmarks/LibraryBench.h"
 
 #include "benchmarks/SampleLibrary.h"
-#include "core/AppLibraryStore.h"
-#include "core/LibraryFormat.h"
-#include "fakes/FakePlatform.h"
+#include "benchmarks/StoreRig.h"
 
 #include <QElapsedTimer>
 #include <QLocale>
@@ -34,18 +32,9 @@ void run(BenchReport &report)
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
 
     const auto fakes = fakePlatform();
-    const auto library = sampleLibrary(appCount);
-    fakes.settings->setValue(QStringLiteral("Quillnest.apps.v1"), LibraryFormat::encode(library));
-    const auto log = std::make_shared<QuillnestLog>(
-        fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
-    const auto notifications = std::make_shared<ChangeNotifications>();
     {
-        AndroidRuntimeCLI runtime(fakes.platform, log);
-        AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
-        AndroidRuntimeProvisioner provisioner(fakes.platform);
-        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows, provisioner});
-        fakes.settle();
-
+        StoreRig rig(fakes, sampleLibrary(appCount));
+        auto &store = *rig.store;
         Samples ordered;
         Samples filtered;
         for (int pass = 0; pass < passes; ++pass) {

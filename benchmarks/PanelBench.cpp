@@ -1,9 +1,9 @@
 #include "benchmarks/PanelBench.h"
 
 #include "benchmarks/SampleLibrary.h"
-#include "core/LibraryFormat.h"
-#include "fakes/FakePlatform.h"
+#include "benchmarks/StoreRig.h"
 #include "fakes/IconOfFile.h"
+#include "launcher/LauncherSettings.h"
 #include "launcher/MenuPanel.h"
 #include "platform/HostPlatform.h"
 
@@ -125,23 +125,17 @@ void run(BenchReport &report)
     const auto fakes = fakePlatform();
     auto platform = fakes.platform;
     platform.symbols = hostSymbols();
-    fakes.settings->setValue(QStringLiteral("Quillnest.apps.v1"), LibraryFormat::encode(sampleLibrary(appCount)));
-    fakes.settings->setValue(QStringLiteral("QuillnestWallpaper"), QStringLiteral("aurora"));
-    const auto log = std::make_shared<QuillnestLog>(
-        fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
-    const auto notifications = std::make_shared<ChangeNotifications>();
-    AndroidRuntimeCLI runtime(fakes.platform, log);
-    AndroidRuntimeProvisioner provisioner(fakes.platform);
-    AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
+    fakes.settings->setValue(LauncherSettings::wallpaper.key(), QStringLiteral("aurora"));
     {
-        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows, provisioner});
-        AppIconStore icons(platform, log, [](const APKIconExtractor::IconTools &tools, const std::string &path) {
+        StoreRig rig(fakes, sampleLibrary(appCount));
+        auto &store = *rig.store;
+        AppIconStore icons(platform, rig.log, [](const APKIconExtractor::IconTools &tools, const std::string &path) {
             return icon(tools.drawing, path);
         });
         for (const auto &app : store.apps())
             icons.image(app);
         fakes.settle();
-        const PanelServices services{.platform = platform, .store = store, .icons = icons, .windows = windows};
+        const PanelServices services{.platform = platform, .store = store, .icons = icons, .windows = rig.windows};
         Samples plain;
         Samples fine;
         Samples worst;

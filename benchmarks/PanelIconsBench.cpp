@@ -2,9 +2,8 @@
 
 #include "base/QuillnestFolders.h"
 #include "benchmarks/SampleLibrary.h"
-#include "core/LibraryFormat.h"
+#include "benchmarks/StoreRig.h"
 #include "driver/ProgramUnderTest.h"
-#include "fakes/FakePlatform.h"
 #include "launcher/MenuPanel.h"
 #include "platform/HostPlatform.h"
 #include "platform/desktop/QtExecutor.h"
@@ -62,17 +61,15 @@ qsizetype filesIn(const QString &folder)
 /// From the panel's making until all pictures are there, and on until all are kept. A turn is what the main thread does
 /// between two looks at its events. The opening, in which the panel is made and painted without its pictures, is none
 /// of them: no screen is as high as this panel.
-Filling fill(
-    const Platform &platform, AppLibraryStore &store, AndroidWindowRegistry &windows,
-    const std::shared_ptr<QuillnestLog> &log)
+Filling fill(const Platform &platform, StoreRig &rig)
 {
     Filling result;
     QElapsedTimer whole;
     whole.start();
     QElapsedTimer turn;
     turn.start();
-    AppIconStore icons(platform, log);
-    const PanelServices services{.platform = platform, .store = store, .icons = icons, .windows = windows};
+    AppIconStore icons(platform, rig.log);
+    const PanelServices services{.platform = platform, .store = *rig.store, .icons = icons, .windows = rig.windows};
     MenuPanel panel(services);
     // High enough to show all of them: an icon is asked for when its tile is painted.
     panel.resize(390, 6000);
@@ -105,19 +102,8 @@ void run(BenchReport &report)
     platform.executor = std::make_shared<QtExecutor>();
     platform.archives = std::make_shared<ZipArchives>();
     platform.symbols = hostSymbols();
-    fakes.settings->setValue(
-        QStringLiteral("Quillnest.apps.v1"),
-        LibraryFormat::encode(libraryOfCopies(fakes.path(QStringLiteral("Packages")))));
-    const auto log = std::make_shared<QuillnestLog>(
-        fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
-    const auto notifications = std::make_shared<ChangeNotifications>();
     {
-        AndroidRuntimeCLI runtime(fakes.platform, log);
-        AndroidWindowRegistry windows(WindowServices{fakes.platform, log, notifications, runtime.commands()});
-        AndroidRuntimeProvisioner provisioner(fakes.platform);
-        AppLibraryStore store({fakes.platform, log, notifications, runtime, windows, provisioner});
-        fakes.settle();
-
+        StoreRig rig(fakes, libraryOfCopies(fakes.path(QStringLiteral("Packages"))));
         Samples opening;
         Samples coldTurn;
         Samples coldKept;
@@ -126,12 +112,12 @@ void run(BenchReport &report)
         Samples warmWhole;
         for (int round = 0; round < rounds; ++round) {
             QDir(QuillnestFolders::icons(platform.folders)).removeRecursively();
-            const auto cold = fill(platform, store, windows, log);
+            const auto cold = fill(platform, rig);
             opening.add(cold.opening);
             coldTurn.add(cold.worstTurn);
             coldKept.add(cold.kept);
             coldWhole.add(cold.whole);
-            const auto warm = fill(platform, store, windows, log);
+            const auto warm = fill(platform, rig);
             opening.add(warm.opening);
             warmTurn.add(warm.worstTurn);
             warmWhole.add(warm.whole);

@@ -34,15 +34,19 @@ target_precompile_headers(quillnest_pch PRIVATE
   <QStringList> <QTimer> <QUuid> <QVariant> <QWidget>
   <chrono> <coroutine> <cstdint> <functional> <map> <memory> <mutex> <optional> <span> <string> <thread> <vector>)
 
-# quillnest_room(NAME SOURCES... USES ROOMS... LIBRARIES...)
+# quillnest_room(NAME SOURCES... [SETTINGS HEADER] USES ROOMS... LIBRARIES...)
 # A room is a folder under src/, perhaps one below another, and a static library of its own name. It sees the headers of
 # the rooms that it names under USES, and of nothing else of ours: each room's include path is its own target's property.
 function(quillnest_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;USES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ROOM "" "SETTINGS" "SOURCES;USES;LIBRARIES" ${ARGN})
   add_library(${name} STATIC ${ROOM_SOURCES})
   # Headers are included by the folder's path, "room/File.h" or "features/room/File.h"; the generated folder holds a link
   # to this room alone, so an include of a room that is not linked finds nothing.
   cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${CMAKE_SOURCE_DIR}/src OUTPUT_VARIABLE path)
+  if(ROOM_SETTINGS)
+    # The header's namespace has its name and an operation `all` with the declarations.
+    set_property(GLOBAL APPEND PROPERTY QUILLNEST_SETTINGS ${path}/${ROOM_SETTINGS})
+  endif()
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
   cmake_path(GET path PARENT_PATH above)
   file(MAKE_DIRECTORY ${view}/${above})

@@ -15,9 +15,8 @@ QString WindowSizePreset::label() const
 QSizeF QuillnestLayout::size(const SettingsStore &settings)
 {
     // One that is absent resets both, so its own default doesn't count here.
-    const auto saved = [&settings](const Setting<double> &side) {
-        return QuillnestSettings::number(settings, side.key(), 0);
-    };
+    const auto saved
+        = [&settings](const Setting<double> &side) { return QuillnestSettings::number(settings, side.key(), 0); };
     const QSizeF size(saved(BaseSettings::panelWidth), saved(BaseSettings::panelHeight));
     const bool valid = size.width() >= minimumSize.width() && size.height() >= minimumSize.height();
     return valid ? size : QSizeF(defaultSize);

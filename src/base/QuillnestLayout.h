@@ -25,7 +25,8 @@ struct WindowSizePreset {
 namespace QuillnestLayout
 {
 constexpr QSize defaultSize{
-    static_cast<int>(BaseSettings::panelWidth.defaultValue()), static_cast<int>(BaseSettings::panelHeight.defaultValue())};
+    static_cast<int>(BaseSettings::panelWidth.defaultValue()),
+    static_cast<int>(BaseSettings::panelHeight.defaultValue())};
 constexpr QSize minimumSize{280, 420};
 /// Height of a window's header in points.
 constexpr int headerHeight = 36;

@@ -7,8 +7,8 @@
 namespace quillnest
 {
 
-/// Reading typed values out of the settings. A `Setting` holds key and default together and is what readers use. Nothing
-/// is registered in advance and nothing is cached: removing a key restores its default with no other step.
+/// Reading typed values out of the settings. A `Setting` holds key and default together and is what readers use.
+/// Nothing is registered in advance and nothing is cached: removing a key restores its default with no other step.
 namespace QuillnestSettings
 {
 /// The value if the key holds a boolean, otherwise the default: a value of another type counts as absent.

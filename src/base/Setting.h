@@ -104,7 +104,10 @@ public:
     SettingDeclaration declaration() const
     {
         return {
-            .key = key(), .type = QString::fromLatin1(m_type), .defaultValue = {}, .meaning = QString::fromUtf8(m_meaning)};
+            .key = key(),
+            .type = QString::fromLatin1(m_type),
+            .defaultValue = {},
+            .meaning = QString::fromUtf8(m_meaning)};
     }
 
 private:

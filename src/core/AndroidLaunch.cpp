@@ -151,9 +151,8 @@ Task<> AppLibraryStore::runRefresh()
 
 void AppLibraryStore::prewarmAndroid()
 {
-    const bool wanted = CoreSettings::prewarm.value(*m_services.platform.settings)
-        && !m_prewarming && !m_launchingAppID && AndroidRuntimePaths::current(m_services.platform).isComplete()
-        && m_services.windows.sessions().empty();
+    const bool wanted = CoreSettings::prewarm.value(*m_services.platform.settings) && !m_prewarming && !m_launchingAppID
+        && AndroidRuntimePaths::current(m_services.platform).isComplete() && m_services.windows.sessions().empty();
     if (!wanted)
         return;
     m_prewarming = true;

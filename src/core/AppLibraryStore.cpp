@@ -82,7 +82,8 @@ void AppLibraryStore::load()
 
 bool AppLibraryStore::save(std::vector<MobileApp> apps)
 {
-    if (const auto failure = m_services.platform.settings->setValue(CoreSettings::apps.key(), LibraryFormat::encode(apps))) {
+    if (const auto failure
+        = m_services.platform.settings->setValue(CoreSettings::apps.key(), LibraryFormat::encode(apps))) {
         m_services.log->write(QStringLiteral("library not saved error=%1").arg(*failure));
         setStatus(QStringLiteral("Could not save the library: %1").arg(*failure));
         return false;

@@ -40,10 +40,10 @@ public:
         AndroidRuntimeCLI &runtime;
         AndroidWindowRegistry &windows;
         AndroidRuntimeProvisioner &provisioner;
-        std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
         /// Ends when a device that an earlier run left has been cleaned: an app that was opened before would be stopped
         /// with the rest, so launches wait.
-        Completion<> deviceCleaned = endedCompletion();
+        const Completion<> &deviceCleaned;
+        std::shared_ptr<AppLocking> locks = std::make_shared<NoAppLocking>();
     };
 
     explicit AppLibraryStore(Services services);

@@ -8,9 +8,12 @@ namespace quillnest
 /// The settings of the application as a whole, and its library.
 namespace CoreSettings
 {
-inline constexpr Setting<bool> prewarm{"QuillnestPrewarm", true, "Android starts in the background when the panel opens"};
-inline constexpr Setting<bool> stopAndroidOnQuit{"QuillnestStopAndroidOnQuit", true, "Android stops when Quillnest ends"};
-inline constexpr Setting<bool> snapshots{"QuillnestSnapshots", false, "diagnostic pictures of the panel and of windows"};
+inline constexpr Setting<bool> prewarm{
+    "QuillnestPrewarm", true, "Android starts in the background when the panel opens"};
+inline constexpr Setting<bool> stopAndroidOnQuit{
+    "QuillnestStopAndroidOnQuit", true, "Android stops when Quillnest ends"};
+inline constexpr Setting<bool> snapshots{
+    "QuillnestSnapshots", false, "diagnostic pictures of the panel and of windows"};
 inline constexpr Setting<bool> loginItemDefaulted{
     "Quillnest.loginItemDefaulted", false, "the login item has been switched on once"};
 inline constexpr SettingRecord apps{"Quillnest.apps.v1", "data", "the library"};

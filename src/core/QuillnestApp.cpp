@@ -49,8 +49,7 @@ QuillnestApp::QuillnestApp(Platform platform)
     , m_windowServices{m_platform, m_log, m_notifications, m_runtime.commands(), m_locks}
     , m_windows(m_windowServices)
     , m_commands(m_log)
-    , m_services{
-          m_platform, m_log, m_notifications, m_runtime, m_windows, m_provisioner, m_locks, m_deviceCleaned}
+    , m_services{m_platform, m_log, m_notifications, m_runtime, m_windows, m_provisioner, m_deviceCleaned, m_locks}
 {
 }
 

@@ -1,8 +1,8 @@
+#include "base/CommandTable.h"
 #include "ctl/ArgumentReader.h"
 #include "ctl/Commands.h"
 #include "ctl/Errors.h"
 #include "ctl/Help.h"
-#include "base/CommandTable.h"
 #include "ctl/Output.h"
 #include "platform/HostServices.h"
 

@@ -15,7 +15,7 @@ const char overall[] = R"(usage: quillnestctl COMMAND [ARGUMENT...]
   post TEXT               post a command to every running instance
   post --list             the commands that the program knows
   state                   what the running instance is doing, as JSON
-  settings list           all settings
+  settings list           all settings that are set; with --all those that there are
   settings get KEY        one setting
   settings set KEY VALUE  write a setting
   settings unset KEY      back to the default
@@ -38,14 +38,15 @@ Prints what the running instance is doing, as JSON: the library, what the interf
 and the counters of its stream. Exit status 1 when no instance runs.
 )";
 
-const char settings[] = R"(usage: quillnestctl settings list [--keys]
+const char settings[] = R"(usage: quillnestctl settings list [--keys | --all]
        quillnestctl settings get [--raw] KEY
        quillnestctl settings set [TYPE] KEY VALUE
        quillnestctl settings unset KEY
 
 A running instance takes a change over at once.
 
-  list           every setting on a line: its key, a tab, its value as JSON; with --keys the keys alone
+  list           every setting that is set, on a line: its key, a tab, its value as JSON; with --keys the keys alone.
+                 With --all every setting that there is: key, type, default, value and meaning, with tabs between them
   get            the value as JSON; with --raw text and bytes as they are, without quotes and line end.
                  Exit status 1 when the setting is absent
   set            VALUE is JSON: true, 5, 0.5, "text", ["a", "b"], {"k": 1}

@@ -1,3 +1,4 @@
+#include "ctl/AllSettings.h"
 #include "ctl/ArgumentReader.h"
 #include "ctl/Commands.h"
 #include "ctl/Errors.h"
@@ -29,11 +30,49 @@ QString checkedKey(const QString &key)
     return key;
 }
 
+/// A line for each setting that there can be: key, type, default, value and meaning, with a tab between them. The
+/// default and the value are JSON, a long value its beginning; "-" stands for none. Of a family, whose keys end in
+/// anything, each that is there.
+QByteArray table(const SettingsStore &store)
+{
+    const auto field = [](const QVariant &value) {
+        const auto text = value.isValid() ? SettingText::toJson(value) : QByteArray("-");
+        // A library of hundreds of apps is no table's.
+        constexpr qsizetype shown = 60;
+        return text.size() <= shown ? text : text.left(shown) + "...";
+    };
+    QByteArray text = "key\ttype\tdefault\tvalue\tmeaning\n";
+    const auto line = [&](const QString &key, const SettingDeclaration &setting, const QVariant &value) {
+        text += key.toUtf8() + '\t' + setting.type.toUtf8() + '\t' + field(setting.defaultValue) + '\t' + field(value)
+            + '\t' + setting.meaning.toUtf8() + '\n';
+    };
+    const auto keys = store.keys();
+    for (const auto &setting : allSettings()) {
+        if (!setting.isFamily) {
+            line(setting.key, setting, store.value(setting.key));
+            continue;
+        }
+        line(setting.key + QStringLiteral("…"), setting, {});
+        for (const auto &key : keys) {
+            if (key.startsWith(setting.key))
+                line(key, setting, store.value(key));
+        }
+    }
+    return text;
+}
+
 int list(ArgumentReader reader)
 {
     const bool keysAlone = reader.takeFlag({QStringLiteral("--keys")});
+    const bool all = reader.takeFlag({QStringLiteral("--all")});
     reader.operands({});
+    if (keysAlone && all)
+        throw UsageError(QStringLiteral("--keys and --all are two lists"));
     const auto store = openStore();
+    if (all) {
+        print(table(*store));
+        return 0;
+    }
     QByteArray text;
     for (const auto &key : store->keys()) {
         text += key.toUtf8();

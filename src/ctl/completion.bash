@@ -37,7 +37,7 @@ _quillnestctl() {
         [[ ${words[i]} == --* ]] || key=
       done
       case ${words[2]} in
-        list) candidates=(--keys) ;;
+        list) candidates=(--keys --all) ;;
         get) candidates=(--raw) ;;
         set) candidates=(--bool --int --float --text --data) ;;
         unset) ;;

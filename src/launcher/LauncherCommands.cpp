@@ -8,8 +8,9 @@ namespace quillnest
 
 void handleLauncherCommands(CommandDispatcher &commands, SettingsStore &settings)
 {
-    commands.handle(
-        QStringLiteral("wallpaper:"), [&settings](const QString &id) { LauncherSettings::wallpaper.set(settings, id); });
+    commands.handle(QStringLiteral("wallpaper:"), [&settings](const QString &id) {
+        LauncherSettings::wallpaper.set(settings, id);
+    });
     commands.handle(
         QStringLiteral("theme:"), [&settings](const QString &style) { LauncherSettings::theme.set(settings, style); });
 }

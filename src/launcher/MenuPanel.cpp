@@ -240,7 +240,8 @@ void MenuPanel::settingChanged(const QString &key)
 {
     if (key == LauncherSettings::wallpaperRevision.key())
         m_background.forget();
-    if (key == LauncherSettings::theme.key() || key == LauncherSettings::wallpaper.key() || key == LauncherSettings::wallpaperRevision.key())
+    if (key == LauncherSettings::theme.key() || key == LauncherSettings::wallpaper.key()
+        || key == LauncherSettings::wallpaperRevision.key())
         lookChanged();
     else if (key == LauncherSettings::showRuntimeSetup.key())
         refreshParts();

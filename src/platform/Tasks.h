@@ -24,21 +24,22 @@ template <typename T = void> using Task = QCoro::Task<T>;
 /// Something that ends once, well or with an error, and whoever waits for it. Copies share it, so the side that ends it
 /// and those that wait need not know when the other goes. Main thread.
 ///
-/// `co_await` gives the value, which with several waiters is copied, or throws the error; after the end it doesn't wait.
+/// `co_await` gives the value, which with several waiters is copied, or throws the error; after the end it doesn't
+/// wait.
 template <typename T = void> class Completion
 {
     using Stored = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
 
 public:
     /// The first end counts, later ones do nothing. Who waits goes on within the call, in the order of coming.
-    void finish(Stored value = {})
+    void finish(Stored value = {}) const
     {
         if (m_state->hasEnded)
             return;
         m_state->value.emplace(std::move(value));
         end();
     }
-    void fail(std::exception_ptr error)
+    void fail(std::exception_ptr error) const
     {
         if (m_state->hasEnded)
             return;
@@ -65,7 +66,7 @@ private:
         std::vector<std::coroutine_handle<>> waiters;
     };
 
-    void end()
+    void end() const
     {
         // This object may go with whoever is resumed first.
         const auto state = m_state;

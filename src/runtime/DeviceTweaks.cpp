@@ -66,8 +66,7 @@ Task<> DeviceTweaks::applyAll()
 DeviceTweaks::Batch DeviceTweaks::batch(const std::set<Id> &ids) const
 {
     std::vector<Id> order(ids.begin(), ids.end());
-    std::stable_sort(
-        order.begin(), order.end(), [this](Id a, Id b) { return m_tweaks[a].stage < m_tweaks[b].stage; });
+    std::stable_sort(order.begin(), order.end(), [this](Id a, Id b) { return m_tweaks[a].stage < m_tweaks[b].stage; });
     Batch result;
     for (const auto id : order)
         result.push_back(m_tweaks[id].apply);

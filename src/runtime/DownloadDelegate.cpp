@@ -26,7 +26,7 @@ Task<> DownloadDelegate::run(QUrl url)
         {.onWrite = m_progress,
          .onFinished = [this](int status, const QString &file) { finished(status, file); },
          .onCompleted =
-             [end](const std::optional<QString> &error) mutable {
+             [end](const std::optional<QString> &error) {
                  if (error)
                      end.fail(std::make_exception_ptr(RuntimeProvisionError::download(*error)));
              }});
@@ -36,7 +36,7 @@ Task<> DownloadDelegate::run(QUrl url)
 void DownloadDelegate::finished(int status, const QString &temporaryFile)
 {
     // The object may go with whoever waits for the end.
-    auto end = m_end;
+    const auto end = m_end;
     if (status != 200) {
         end.fail(std::make_exception_ptr(RuntimeProvisionError::download(QStringLiteral("HTTP %1").arg(status))));
         return;

@@ -1,8 +1,8 @@
 #include "stream/VideoReader.h"
 
 #include "stream/BigEndian.h"
-#include "stream/StreamSettings.h"
 #include "stream/H264.h"
+#include "stream/StreamSettings.h"
 
 #include <array>
 #include <utility>

@@ -43,18 +43,18 @@ TEST(QuillnestSettings, numbersAndTextsHaveTheirDefaults)
 {
     MemorySettings settings;
     EXPECT_EQ(QuillnestSettings::number(settings, key, 5), 5);
-    EXPECT_EQ(QuillnestSettings::integer(settings, key), 0);
+    EXPECT_EQ(QuillnestSettings::integer(settings, key, 3), 3);
     EXPECT_EQ(QuillnestSettings::text(settings, key, QStringLiteral("none")), QStringLiteral("none"));
     settings.setValue(key, true);
     EXPECT_EQ(QuillnestSettings::number(settings, key, 5), 5);
     EXPECT_EQ(QuillnestSettings::text(settings, key, QStringLiteral("none")), QStringLiteral("none"));
     settings.setValue(key, qint64{7});
     EXPECT_EQ(QuillnestSettings::number(settings, key, 5), 7);
-    EXPECT_EQ(QuillnestSettings::integer(settings, key), 7);
+    EXPECT_EQ(QuillnestSettings::integer(settings, key, 3), 7);
     settings.setValue(key, 1e300);
-    EXPECT_EQ(QuillnestSettings::integer(settings, key), 0);
+    EXPECT_EQ(QuillnestSettings::integer(settings, key, 3), 3);
     settings.setValue(key, std::nan(""));
-    EXPECT_EQ(QuillnestSettings::integer(settings, key), 0);
+    EXPECT_EQ(QuillnestSettings::integer(settings, key, 3), 3);
 }
 
 TEST(QuillnestLayout, theSizeNeedsBothValuesAtTheirMinimum)

@@ -78,7 +78,7 @@ TEST_F(AndroidLaunchTest, anAppThatIsOpenIsBroughtForward)
     registry->setUnread(moon.id, true);
     registry->showMenuBarPopup(QPoint(10, 40));
     // Another launch is under way, and its mark is not this click's.
-    *cleaning = true;
+    cleanDevice();
     store->launch(star);
     store->launch(moon);
     EXPECT_TRUE(session.panel().isVisible());
@@ -212,7 +212,7 @@ TEST_F(AndroidLaunchTest, aLaunchWaitsWhileTheDeviceIsBeingCleaned)
 {
     deviceIsUp();
     const auto app = addApp(QStringLiteral("Moon"));
-    *cleaning = true;
+    cleanDevice();
     fakes.processes->forget();
     store->launch(app);
     for (int i = 0; i < 100; ++i) {
@@ -221,7 +221,7 @@ TEST_F(AndroidLaunchTest, aLaunchWaitsWhileTheDeviceIsBeingCleaned)
     }
     EXPECT_TRUE(fakes.processes->calls().empty());
     EXPECT_EQ(store->launchingAppID(), app.id);
-    *cleaning = false;
+    deviceCleaned.finish();
     fakes.runUntil([&] { return registry->session(app.id) != nullptr; });
 }
 
@@ -259,7 +259,7 @@ TEST_F(AndroidLaunchTest, aRefreshNeverOverridesAStart)
 {
     const auto app = addApp(QStringLiteral("Moon"));
     deviceIsUp();
-    *cleaning = true;
+    cleanDevice();
     // One that is under way when the launch begins, and one that comes after it.
     store->refreshAndroidState();
     store->launch(app);
@@ -285,7 +285,7 @@ TEST_F(AndroidLaunchTest, aRefreshTellsWhetherTheDeviceIsUp)
 
 TEST_F(AndroidLaunchTest, aRefreshOfAnIncompleteRuntimeOverridesEvenAStart)
 {
-    *cleaning = true;
+    cleanDevice();
     store->launch(addApp(QStringLiteral("Moon")));
     ASSERT_EQ(store->androidState(), State::starting);
     QFile::remove(paths.systemImage());
@@ -355,7 +355,7 @@ TEST_F(AndroidLaunchTest, aWarmUpThatIsSwitchedOffDoesNothingWhateverTheState)
 
 TEST_F(AndroidLaunchTest, thereIsNoWarmUpDuringALaunch)
 {
-    *cleaning = true;
+    cleanDevice();
     store->launch(addApp(QStringLiteral("Moon")));
     fakes.processes->forget();
     store->prewarmAndroid();

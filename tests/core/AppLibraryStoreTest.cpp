@@ -535,7 +535,7 @@ TEST_F(UninstallTest, aDeviceThatCannotStartKeepsTheEntry)
     const auto app = installed(QStringLiteral("Moon"), QStringLiteral("org.example.moon"));
     device.listed = false;
     device.booted = false;
-    QFile::remove(runtime->emulatorPath());
+    QFile::remove(paths.emulator());
     store->confirmUninstall(app);
     fakes.settle();
     EXPECT_EQ(status(), QStringLiteral("Uninstall failed: Android tool missing: Android Emulator"));

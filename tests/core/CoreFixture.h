@@ -27,7 +27,7 @@ protected:
 
     AppLibraryStore::Services services()
     {
-        return {fakes.platform, log, notifications, *runtime, *registry, *provisioner, locks, cleaning};
+        return {fakes.platform, log, notifications, *runtime, *registry, *provisioner, deviceCleaned, locks};
     }
 
     /// A store as a new process would have it, on the same settings.
@@ -43,6 +43,9 @@ protected:
         store = std::make_unique<AppLibraryStore>(services());
         fakes.settle();
     }
+
+    /// From now on launches wait until `deviceCleaned` ends.
+    void cleanDevice() { deviceCleaned = {}; }
 
     /// Writes a package file with a manifest that names a package and, unless it is empty, a label.
     QString putPackage(const QString &relative, const std::string &name, const std::string &label)
@@ -88,7 +91,7 @@ protected:
     QByteArray installed;
     std::shared_ptr<ChangeNotifications> notifications = std::make_shared<ChangeNotifications>();
     std::shared_ptr<FakeLocks> locks = std::make_shared<FakeLocks>();
-    std::shared_ptr<bool> cleaning = std::make_shared<bool>(false);
+    Completion<> deviceCleaned = endedCompletion();
     std::shared_ptr<FakeNetwork> network = std::make_shared<FakeNetwork>();
     std::unique_ptr<AndroidRuntimeProvisioner> provisioner;
     std::unique_ptr<AndroidRuntimeCLI> runtime;

@@ -50,6 +50,42 @@ TEST_F(SettingsCommandTest, jsonComesBackAsItWas)
     }
 }
 
+TEST_F(SettingsCommandTest, allListsEverySettingWithTypeDefaultValueAndMeaning)
+{
+    EXPECT_EQ(settings({QStringLiteral("set"), QStringLiteral("QuillnestAdBlock"), QStringLiteral("false")}).status, 0);
+    EXPECT_EQ(
+        settings({QStringLiteral("set"), QStringLiteral("Quillnest.window.org.example"), QStringLiteral("{\"x\":1}")})
+            .status,
+        0);
+    EXPECT_EQ(
+        settings(
+            {QStringLiteral("set"), QStringLiteral("--text"), QStringLiteral("QuillnestTheme"), QString(500, u'x')})
+            .status,
+        0);
+    const auto result = settings({QStringLiteral("list"), QStringLiteral("--all")});
+    EXPECT_EQ(result.status, 0);
+    const auto lines = result.output.split('\n');
+    EXPECT_EQ(lines.first(), "key\ttype\tdefault\tvalue\tmeaning");
+    const auto row = [&lines](const QByteArray &wanted) {
+        for (const auto &line : lines) {
+            if (line.startsWith(wanted + '\t'))
+                return line.split('\t').mid(1);
+        }
+        return QList<QByteArray>{};
+    };
+    using Row = QList<QByteArray>;
+    EXPECT_EQ(row("QuillnestAdBlock").mid(0, 3), (Row{"boolean", "true", "false"}));
+    EXPECT_EQ(row("QuillnestAndroidAPI").mid(0, 3), (Row{"integer", "35", "-"}));
+    EXPECT_EQ(row("QuillnestIdleShutdownMinutes").mid(0, 3), (Row{"number", "5", "-"}));
+    EXPECT_EQ(row("QuillnestTheme").mid(0, 2), (Row{"text", "\"classic\""}));
+    EXPECT_LT(row("QuillnestTheme").value(2).size(), 100) << "a long value shows its beginning";
+    EXPECT_EQ(row("Quillnest.window.org.example").mid(0, 3), (Row{"record", "-", "{\"x\":1}"}));
+    EXPECT_EQ(row("Quillnest.apps.v1").mid(0, 3), (Row{"data", "-", "-"}));
+    for (const auto &line : lines.mid(1, lines.size() - 2))
+        EXPECT_EQ(line.count('\t'), 4) << line.constData();
+    EXPECT_EQ(settings({QStringLiteral("list"), QStringLiteral("--all"), QStringLiteral("--keys")}).status, 2);
+}
+
 TEST_F(SettingsCommandTest, explicitTypesArePlainText)
 {
     EXPECT_EQ(setAndGet({QStringLiteral("--bool"), QStringLiteral("true")}), "true\n");

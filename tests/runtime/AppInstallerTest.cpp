@@ -205,7 +205,8 @@ TEST_F(AppInstallerTest, thirdPartyPackagesTakesPrefixedLinesOnly)
     fakes.processes->on(
         QStringLiteral("pm list packages -3"),
         QByteArray("WARNING: linker\npackage:org.a.b\r\n  package:org.c.d  \n\npackages:no\n"));
-    EXPECT_EQ(cli.thirdPartyPackages(), (QSet<QString>{QStringLiteral("org.a.b"), QStringLiteral("org.c.d")}));
+    EXPECT_EQ(
+        cli.commands()->thirdPartyPackages(), (QSet<QString>{QStringLiteral("org.a.b"), QStringLiteral("org.c.d")}));
 }
 
 TEST_F(AppInstallerTest, withoutAManifestTheAnalyzerIsAsked)

@@ -1,151 +1,136 @@
-#include "RuntimeFixture.h"
+#include "runtime/DeviceTweaks.h"
 
-#include "runtime/AndroidAdBlock.h"
-#include "runtime/AndroidDarkMode.h"
-#include "runtime/AndroidVolume.h"
+#include "RuntimeFixture.h"
+#include "runtime/AndroidRuntimeError.h"
 
 using namespace quillnest;
-using namespace std::chrono_literals;
 
 namespace
 {
+const auto key = QStringLiteral("QuillnestAdBlock");
+const auto otherKey = QStringLiteral("QuillnestMicCamera");
+
 class DeviceTweaksTest : public RuntimeFixture
 {
 protected:
-    /// What the device's shell was told, one line for each command.
-    QStringList shell() const
+    DeviceTweaksTest()
     {
-        QStringList lines;
-        for (const auto &call : fakes.processes->calls())
-            lines.append(call.arguments.mid(3).join(QLatin1Char('|')));
-        return lines;
+        device.listed = true;
+        device.booted = true;
     }
 
+    /// A tweak that notes its name when it is applied.
+    DeviceTweaks::Id add(DeviceTweaks::Stage stage, const QString &name, const QStringList &settings = {})
+    {
+        return tweaks->add(
+            {.stage = stage,
+             .apply = [this, name](const AndroidCommands &) { applied.append(name); },
+             .settings = settings});
+    }
+
+    QStringList takeApplied() { return std::exchange(applied, {}); }
+
+    using Stage = DeviceTweaks::Stage;
+    QStringList applied;
     std::shared_ptr<const AndroidCommands> commands = std::make_shared<const AndroidCommands>(fakes.platform, log);
+    std::unique_ptr<DeviceTweaks> tweaks = std::make_unique<DeviceTweaks>(commands);
 };
 } // namespace
 
-TEST_F(DeviceTweaksTest, theAdBlockerIsOnWithTheDefaultHostUnlessTold)
+TEST_F(DeviceTweaksTest, aDeviceThatHasBecomeReadyGetsAllStageByStageWhateverTheOrderOfAdding)
 {
-    AndroidAdBlock::apply(*commands);
+    add(Stage::network, QStringLiteral("network"));
+    add(Stage::apps, QStringLiteral("apps"));
+    add(Stage::sound, QStringLiteral("sound"));
+    add(Stage::appearance, QStringLiteral("appearance"));
+    add(Stage::apps, QStringLiteral("more apps"));
+    runToEnd(fakes, tweaks->applyAll());
     EXPECT_EQ(
-        shell(),
+        applied,
         (QStringList{
-            QStringLiteral("settings put global private_dns_mode hostname"),
-            QStringLiteral("settings put global private_dns_specifier dns.adguard-dns.com")}));
-    EXPECT_EQ(logLines(), QStringList{QStringLiteral("ad blocker: on (dns.adguard-dns.com)")});
+            QStringLiteral("apps"), QStringLiteral("more apps"), QStringLiteral("appearance"), QStringLiteral("sound"),
+            QStringLiteral("network")}));
+    EXPECT_TRUE(fakes.processes->calls().empty()) << "nobody asks again whether it is booted";
 }
 
-TEST_F(DeviceTweaksTest, theAdBlockerOffDeletesTheHostAndIsOpportunistic)
+TEST_F(DeviceTweaksTest, aChangeOfASettingAppliesWhatFollowsItOnceAndNothingElse)
 {
-    fakes.settings->setValue(QStringLiteral("QuillnestAdBlock"), false);
-    AndroidAdBlock::apply(*commands);
-    EXPECT_EQ(
-        shell(),
-        (QStringList{
-            QStringLiteral("settings put global private_dns_mode opportunistic"),
-            QStringLiteral("settings delete global private_dns_specifier")}));
-    EXPECT_EQ(logLines(), QStringList{QStringLiteral("ad blocker: off")});
-}
-
-TEST_F(DeviceTweaksTest, aHostWithASpaceIsPassedAsItStandsInOneText)
-{
-    fakes.settings->setValue(QStringLiteral("QuillnestAdBlockHost"), QStringLiteral("two words"));
-    AndroidAdBlock::apply(*commands);
-    EXPECT_EQ(shell().at(1), QStringLiteral("settings put global private_dns_specifier two words"));
-}
-
-TEST_F(DeviceTweaksTest, nightFollowsTheHost)
-{
-    AndroidDarkMode::apply(*commands);
-    fakes.appearance->setDark(true);
-    AndroidDarkMode::apply(*commands);
-    EXPECT_EQ(shell(), (QStringList{QStringLiteral("cmd|uimode|night|no"), QStringLiteral("cmd|uimode|night|yes")}));
-    EXPECT_EQ(logLines().last(), QStringLiteral("dark mode: android night=yes"));
-}
-
-TEST_F(DeviceTweaksTest, aHostWithoutAppearanceIsLight)
-{
-    fakes.platform.appearance = nullptr;
-    EXPECT_FALSE(AndroidDarkMode::macIsDark(fakes.platform));
-}
-
-TEST_F(DeviceTweaksTest, aChangeOfAppearanceReachesABootedDeviceAfterAMoment)
-{
-    device.listed = true;
-    device.booted = true;
-    AndroidDarkMode::startObserving(commands);
-    fakes.appearance->setDark(true);
-    fakes.clock->advance(399ms);
+    add(Stage::network, QStringLiteral("blocker"), {key});
+    add(Stage::sound, QStringLiteral("sound"));
+    fakes.settings->setValue(key, false);
     fakes.settle();
-    EXPECT_TRUE(fakes.processes->calls().empty());
-    fakes.clock->advance(1ms);
+    EXPECT_EQ(takeApplied(), QStringList{QStringLiteral("blocker")});
+    fakes.settings->setValue(otherKey, true);
     fakes.settle();
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("uimode night yes")), 1);
+    EXPECT_EQ(takeApplied(), QStringList());
+    fakes.settings->remove(key);
+    fakes.settle();
+    EXPECT_EQ(takeApplied(), QStringList{QStringLiteral("blocker")});
 }
 
-TEST_F(DeviceTweaksTest, aChangeOfAppearanceWithoutADeviceCostsOneCommand)
+TEST_F(DeviceTweaksTest, aChangeWithoutADeviceCostsOneCommandAndIsMadeGoodWhenItIsReady)
 {
-    AndroidDarkMode::startObserving(commands);
-    fakes.appearance->setDark(true);
-    fakes.clock->advance(1s);
+    device = {};
+    add(Stage::network, QStringLiteral("blocker"), {key});
+    fakes.settings->setValue(key, false);
     fakes.settle();
+    EXPECT_EQ(takeApplied(), QStringList());
     EXPECT_EQ(fakes.processes->calls().size(), 1U);
+    runToEnd(fakes, tweaks->applyAll());
+    EXPECT_EQ(takeApplied(), QStringList{QStringLiteral("blocker")});
 }
 
-TEST_F(DeviceTweaksTest, withTheSettingOffAChangeOfAppearanceHasNoEffect)
+TEST_F(DeviceTweaksTest, requestsThatComeTogetherAreOne)
 {
-    device.listed = true;
-    device.booted = true;
-    fakes.settings->setValue(QStringLiteral("QuillnestSyncDarkMode"), false);
-    AndroidDarkMode::startObserving(commands);
-    fakes.appearance->setDark(true);
-    fakes.clock->advance(1s);
+    const auto id = add(Stage::network, QStringLiteral("blocker"), {key});
+    fakes.settings->setValue(key, false);
+    fakes.settings->setValue(key, true);
+    tweaks->apply(id);
     fakes.settle();
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("uimode")), 0);
-    EXPECT_TRUE(logLines().isEmpty());
+    EXPECT_EQ(takeApplied(), QStringList{QStringLiteral("blocker")});
 }
 
-TEST_F(DeviceTweaksTest, nothingIsObservedOnceTheCommandsHaveGone)
+TEST_F(DeviceTweaksTest, aChangeWhileTheDeviceIsBroughtInLineComesAfterIt)
 {
-    AndroidDarkMode::startObserving(commands);
-    fakes.appearance->setDark(true);
-    commands.reset();
-    fakes.clock->advance(1s);
-    fakes.appearance->setDark(false);
-    fakes.clock->advance(1s);
+    bool seen = true;
+    tweaks->add(
+        {.stage = Stage::network,
+         .apply =
+             [this, &seen](const AndroidCommands &) {
+                 seen = fakes.settings->value(key).toBool();
+                 // As if the user switched it back while adb is at it.
+                 if (!seen)
+                     fakes.settings->setValue(key, true);
+             },
+         .settings = {key}});
+    fakes.settings->setValue(key, false);
     fakes.settle();
+    EXPECT_TRUE(seen) << "the newest choice is the last that reaches the device";
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("boot_completed")), 2);
+}
+
+TEST_F(DeviceTweaksTest, oneThatFailsIsLoggedAndHoldsUpNobody)
+{
+    tweaks->add({.stage = Stage::apps, .apply = [](const AndroidCommands &) { throw std::runtime_error("no luck"); }});
+    runToEnd(fakes, tweaks->applyAll());
+    EXPECT_EQ(logLines(), QStringList{QStringLiteral("device tweaks failed error=no luck")});
+    runToEnd(fakes, tweaks->applyAll());
+}
+
+TEST_F(DeviceTweaksTest, whatARunningDeviceCanNotTakeOverIsToldOfEachChange)
+{
+    int changes = 0;
+    tweaks->whenChanged({otherKey}, [&changes] { ++changes; });
+    fakes.settings->setValue(otherKey, true);
+    fakes.settings->setValue(key, true);
+    fakes.settings->setValue(otherKey, false);
+    EXPECT_EQ(changes, 2);
     EXPECT_TRUE(fakes.processes->calls().empty());
 }
 
-TEST_F(DeviceTweaksTest, bothStreamsAreTurnedToTheTopOfTheirRange)
+TEST_F(DeviceTweaksTest, whoWaitsIsToldWhenItGoes)
 {
-    fakes.processes->on(QStringLiteral("--stream 3 --get"), QByteArray("[V] volume is 5 in range [0..25]\n"));
-    fakes.processes->on(QStringLiteral("--stream 5 --get"), QByteArray("[V] volume is 5 in range [0..7]\n"));
-    AndroidVolume::maximize(*commands);
-    EXPECT_EQ(
-        shell(),
-        (QStringList{
-            QStringLiteral("cmd media_session volume --stream 3 --get"), QStringLiteral("cmd audio set-volume 3 25"),
-            QStringLiteral("cmd media_session volume --stream 5 --get"), QStringLiteral("cmd audio set-volume 5 7")}));
-    EXPECT_EQ(
-        logLines(),
-        (QStringList{QStringLiteral("volume: stream 3 set to 25"), QStringLiteral("volume: stream 5 set to 7")}));
-}
-
-TEST_F(DeviceTweaksTest, anOutputWithoutARangeLeavesThatStreamAlone)
-{
-    fakes.processes->on(QStringLiteral("--stream 3 --get"), QByteArray(150, 'x'));
-    fakes.processes->on(QStringLiteral("--stream 5 --get"), QByteArray("range [0..7]"));
-    AndroidVolume::maximize(*commands);
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("set-volume 3")), 0);
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("set-volume 5 7")), 1);
-    EXPECT_EQ(logLines().first(), QStringLiteral("volume: could not read stream 3: ") + QString(100, QLatin1Char('x')));
-}
-
-TEST_F(DeviceTweaksTest, aRangeThatIsNoNumberIsLeftAlone)
-{
-    fakes.processes->on(QStringLiteral("--get"), QByteArray("[0..99999999999999999999]"));
-    AndroidVolume::maximize(*commands);
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("set-volume")), 0);
+    auto waiting = tweaks->applyAll();
+    tweaks.reset();
+    EXPECT_THROW(runToEnd(fakes, std::move(waiting)), AndroidRuntimeCancelled);
 }

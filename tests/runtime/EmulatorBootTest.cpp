@@ -14,7 +14,7 @@ protected:
     void boot() { runToEnd(fakes, cli->ensureRuntime()); }
     qsizetype launches() const { return fakes.processes->count(QStringLiteral("emulator/emulator @")); }
     qsizetype kills() const { return fakes.processes->count(QStringLiteral("emu kill")); }
-    qsizetype tweaks() const { return fakes.processes->count(QStringLiteral("private_dns_mode")); }
+    qsizetype tweaks() const { return fakes.processes->count(QStringLiteral("media_session volume --stream 3")); }
     void deviceIsUp()
     {
         device.listed = true;
@@ -124,10 +124,8 @@ TEST_F(EmulatorBootTest, withNoDeviceOneIsStartedWaitedForAndTweakedInOrder)
     const auto lines = fakes.processes->lines();
     const auto first = [&lines](const char *text) { return lines.indexOf(lines.filter(QLatin1String(text)).value(0)); };
     EXPECT_LT(first("emulator/emulator"), first("am force-stop"));
-    EXPECT_LT(first("am force-stop"), first("uimode"));
-    EXPECT_LT(first("uimode"), first("media_session volume --stream 3"));
-    EXPECT_LT(first("media_session volume --stream 5"), first("private_dns_mode"));
-    EXPECT_LT(first("private_dns_specifier"), first("dumpsys connectivity"));
+    EXPECT_LT(first("am force-stop"), first("media_session volume --stream 3"));
+    EXPECT_LT(first("media_session volume --stream 5"), first("dumpsys connectivity"));
     EXPECT_TRUE(logLines().contains(QStringLiteral("android network validated")));
 }
 
@@ -212,7 +210,7 @@ TEST_F(EmulatorBootTest, anotherSerialWithTheSamePrefixCountsAsTheDevice)
     device.looksUntilBooted = 1;
     fakes.processes->on(
         QStringLiteral("adb devices"), QByteArray("List of devices attached\nemulator-55567\tdevice\n"));
-    EXPECT_TRUE(cli->deviceIsListed());
+    EXPECT_TRUE(cli->commands()->deviceIsListed());
     EXPECT_EQ(failure(), AndroidRuntimeError::Case::bootTimeout);
     EXPECT_EQ(launches(), 0);
 }
@@ -221,16 +219,16 @@ TEST_F(EmulatorBootTest, theListHasToBeginWithTheSerial)
 {
     fakes.processes->on(
         QStringLiteral("adb devices"), QByteArray("List\n x emulator-5556\tdevice\nemulator-5554 device\n"));
-    EXPECT_FALSE(cli->deviceIsListed());
+    EXPECT_FALSE(cli->commands()->deviceIsListed());
     fakes.processes->on(QStringLiteral("adb devices"), ScriptedProcesses::Answer{"emulator-5556\tdevice\n", 1});
-    EXPECT_FALSE(cli->deviceIsListed());
+    EXPECT_FALSE(cli->commands()->deviceIsListed());
 }
 
 TEST_F(EmulatorBootTest, healthIsFoundAndNotNotFound)
 {
     const auto healthy = [this](const ScriptedProcesses::Answer &answer) {
         fakes.processes->on(QStringLiteral("service check package"), answer);
-        return cli->androidIsHealthy();
+        return cli->commands()->androidIsHealthy();
     };
     EXPECT_TRUE(healthy({"Service package: found"}));
     EXPECT_FALSE(healthy({"Service package: not found"}));
@@ -242,7 +240,7 @@ TEST_F(EmulatorBootTest, bootedIsExactlyOne)
 {
     const auto booted = [this](const ScriptedProcesses::Answer &answer) {
         fakes.processes->on(QStringLiteral("getprop sys.boot_completed"), answer);
-        return cli->deviceIsBooted();
+        return cli->commands()->deviceIsBooted();
     };
     EXPECT_TRUE(booted({" 1\r\n"}));
     EXPECT_FALSE(booted({"11"}));
@@ -385,13 +383,13 @@ TEST_F(EmulatorBootTest, aDeviceWithoutANetworkIsStillAGoodDevice)
 TEST_F(EmulatorBootTest, stoppedAppsAreCountedInTheLog)
 {
     fakes.processes->on(QStringLiteral("am force-stop"), QByteArray("org.a.b\norg.c.d\n\n"));
-    cli->stopAllApps();
+    cli->commands()->stopAllApps();
     EXPECT_EQ(logLines(), QStringList{QStringLiteral("stopped 2 Android apps")});
     EXPECT_EQ(
         fakes.processes->calls().back().arguments.back(),
         QStringLiteral("for p in $(pm list packages -3 | sed 's/package://'); do am force-stop $p; echo $p; done"));
     fakes.processes->on(QStringLiteral("am force-stop"), QByteArray("\n"));
-    cli->stopAllApps();
+    cli->commands()->stopAllApps();
     EXPECT_EQ(logLines().size(), 1);
 }
 

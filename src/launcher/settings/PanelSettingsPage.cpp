@@ -90,8 +90,7 @@ PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelL
     addFlag(
         column, CoreSettings::prewarm,
         QStringLiteral("Start Android when the Quillnest popup opens (apps open faster)"));
-    addFlag(
-        column, AdBlockSettings::enabled, QStringLiteral("Block ads and trackers in all Android apps"));
+    addFlag(column, AdBlockSettings::enabled, QStringLiteral("Block ads and trackers in all Android apps"));
     addHeading(column, QStringLiteral("Home screen style"));
     addThemes(column);
     addHeading(column, QStringLiteral("Wallpaper"));
@@ -118,9 +117,7 @@ void PanelSettingsPage::addFlag(QVBoxLayout *column, const Setting<bool> &settin
     connect(row, &QAbstractButton::clicked, this, [this, setting](bool on) {
         setting.set(*m_services.platform.settings, on);
     });
-    m_readers.push_back([this, row, setting] {
-        row->setChecked(setting.value(*m_services.platform.settings));
-    });
+    m_readers.push_back([this, row, setting] { row->setChecked(setting.value(*m_services.platform.settings)); });
 }
 
 void PanelSettingsPage::addThemes(QVBoxLayout *column)

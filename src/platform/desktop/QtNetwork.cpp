@@ -61,7 +61,7 @@ void QtNetwork::startFetch(const QUrl &url, const Completion<HttpAnswer> &waitin
         .onEnd =
             [answer, waiting, executor = m_executor](int status, const std::optional<QString> &error) {
                 answer->status = status;
-                executor->onMain([answer, waiting, error]() mutable {
+                executor->onMain([answer, waiting, error] {
                     if (error)
                         waiting.fail(std::make_exception_ptr(NetworkError(*error)));
                     else

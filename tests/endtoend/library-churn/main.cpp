@@ -142,13 +142,15 @@ int main(int argc, char **argv)
     AndroidRuntimeCLI runtime(platform, log);
     AndroidRuntimeProvisioner provisioner(platform);
     AndroidWindowRegistry windows(WindowServices{platform, log, notifications, runtime.commands()});
+    const auto deviceCleaned = endedCompletion();
     AppLibraryStore store(AppLibraryStore::Services{
         .platform = platform,
         .log = log,
         .notifications = notifications,
         .runtime = runtime,
         .windows = windows,
-        .provisioner = provisioner});
+        .provisioner = provisioner,
+        .deviceCleaned = deviceCleaned});
 
     say("loaded", store.apps());
     for (Churn churn(store, folder, arguments[3].toUInt());;)
