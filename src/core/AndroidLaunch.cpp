@@ -1,13 +1,12 @@
-#include "core/AppLibraryStore.h"
+#include "core/AndroidLaunch.h"
 
 #include "base/FireAndForget.h"
 #include "core/CoreSettings.h"
-#include "runtime/AndroidBridgeError.h"
+#include "runtime/AndroidRuntimeCLI.h"
 #include "runtime/AndroidRuntimeError.h"
+#include "windows/AndroidWindowRegistry.h"
 
 #include <QPointer>
-
-// What a click on an app does, the warm-up before it, and what the interface is told about Android.
 
 namespace quillnest
 {
@@ -15,7 +14,6 @@ namespace quillnest
 namespace
 {
 
-/// What the user is told of an error, or nothing for the end of the program.
 QString description(const std::exception &error)
 {
     return QString::fromUtf8(error.what());
@@ -28,7 +26,12 @@ QString secondsText(double seconds, int decimals)
 
 } // namespace
 
-void AppLibraryStore::launch(const MobileApp &app)
+AndroidLaunch::AndroidLaunch(const StoreServices &services, AndroidStatus &android, StatusLine &status)
+    : m_services(services), m_android(android), m_status(status)
+{
+}
+
+void AndroidLaunch::launch(const MobileApp &app)
 {
     if (app.platform != MobilePlatform::android)
         return;
@@ -36,19 +39,13 @@ void AppLibraryStore::launch(const MobileApp &app)
         launchAndroid(app);
         return;
     }
-    m_services.locks->unlockIfNeeded(app, [self = QPointer<AppLibraryStore>(this), app] {
+    m_services.locks->unlockIfNeeded(app, [self = QPointer<AndroidLaunch>(this), app] {
         if (self)
             self->launchAndroid(app);
     });
 }
 
-void AppLibraryStore::close(const MobileApp &app)
-{
-    if (auto *session = m_services.windows.session(app.id))
-        session->close(QStringLiteral("menu"));
-}
-
-void AppLibraryStore::launchAndroid(const MobileApp &app)
+void AndroidLaunch::launchAndroid(const MobileApp &app)
 {
     auto &windows = m_services.windows;
     windows.cancelIdleShutdown();
@@ -56,22 +53,22 @@ void AppLibraryStore::launchAndroid(const MobileApp &app)
         windows.setUnread(app.id, false);
         session->show();
         windows.closeMenuBarPopup();
-        setStatus(QStringLiteral("%1 is open").arg(app.name));
+        m_status.say(QStringLiteral("%1 is open").arg(app.name));
         return;
     }
     if (windows.singleAppMode())
         windows.closeOthers(app.id);
-    m_launchingAppID = app.id;
-    if (m_androidState != AndroidState::ready)
-        m_androidState = AndroidState::starting;
-    setStatus(QStringLiteral("Starting %1…").arg(app.name));
+    m_status.say(QStringLiteral("Starting %1…").arg(app.name));
+    setLaunching(app.id);
+    if (m_android.state() != AndroidStatus::State::ready)
+        m_android.set(AndroidStatus::State::starting);
     m_services.log->write(QStringLiteral("open requested app=%1").arg(app.name));
-    fireAndForget(m_services.log, runLaunch(app, m_services.platform.clock->monotonic()));
+    fireAndForget(m_services.log, run(app, m_services.platform.clock->monotonic()));
 }
 
-Task<> AppLibraryStore::runLaunch(MobileApp app, std::chrono::nanoseconds openedAt)
+Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
 {
-    const QPointer<AppLibraryStore> self(this);
+    const QPointer<AndroidLaunch> self(this);
     std::optional<QString> failure;
     try {
         const auto deviceCleaned = m_services.deviceCleaned;
@@ -91,65 +88,50 @@ Task<> AppLibraryStore::runLaunch(MobileApp app, std::chrono::nanoseconds opened
     if (!self)
         co_return;
     if (failure)
-        launchFailed(app, *failure);
+        fail(app, *failure);
     else
         clearLaunching(app.id);
 }
 
-void AppLibraryStore::openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt)
+void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt)
 {
-    const QPointer<AppLibraryStore> self(this);
+    const QPointer<AndroidLaunch> self(this);
     m_services.windows.open(app.id, package, app.name, [self, name = app.name](const std::optional<QString> &error) {
         if (!self)
             return;
-        self->setStatus(
+        self->m_status.say(
             error ? QStringLiteral("%1 stopped: %2").arg(name, *error) : QStringLiteral("Closed %1").arg(name));
     });
     const double elapsed = secondsBetween(openedAt, m_services.platform.clock->monotonic());
     m_services.log->write(
         QStringLiteral("native window started app=%1 sinceOpen=%2s").arg(app.name, secondsText(elapsed, 2)));
-    m_androidState = AndroidState::ready;
-    setStatus(QStringLiteral("Opened %1").arg(app.name));
+    m_status.say(QStringLiteral("Opened %1").arg(app.name));
+    m_android.set(AndroidStatus::State::ready);
     Q_EMIT m_services.notifications->windowOpened();
 }
 
-void AppLibraryStore::launchFailed(const MobileApp &app, const QString &description)
+void AndroidLaunch::fail(const MobileApp &app, const QString &description)
 {
     clearLaunching(app.id);
-    refreshAndroidState();
+    m_android.refresh();
     m_services.log->write(QStringLiteral("open failed app=%1 error=%2").arg(app.name, description));
-    setStatus(QStringLiteral("Android launch failed: %1").arg(description));
+    m_status.say(QStringLiteral("Android launch failed: %1").arg(description));
 }
 
-void AppLibraryStore::clearLaunching(QUuid id)
+void AndroidLaunch::clearLaunching(QUuid id)
 {
     // A later launch may have taken the field over, and its tile must keep its spinner.
-    if (m_launchingAppID != id)
-        return;
-    m_launchingAppID.reset();
-    Q_EMIT changed();
+    if (m_launchingAppID == id)
+        setLaunching(std::nullopt);
 }
 
-void AppLibraryStore::refreshAndroidState()
+void AndroidLaunch::setLaunching(std::optional<QUuid> id)
 {
-    if (!AndroidRuntimePaths::current(m_services.platform).isComplete()) {
-        setAndroidState(AndroidState::notSetUp);
-        return;
-    }
-    fireAndForget(m_services.log, runRefresh());
+    m_launchingAppID = id;
+    Q_EMIT launchingChanged();
 }
 
-Task<> AppLibraryStore::runRefresh()
-{
-    const QPointer<AppLibraryStore> self(this);
-    auto look = [commands = m_services.runtime.commands()] { return commands->deviceIsBooted(); };
-    auto looking = background(*m_services.platform.executor, std::move(look));
-    const bool booted = co_await looking;
-    if (self && m_androidState != AndroidState::starting)
-        setAndroidState(booted ? AndroidState::ready : AndroidState::sleeping);
-}
-
-void AppLibraryStore::prewarmAndroid()
+void AndroidLaunch::prewarm()
 {
     const bool wanted = CoreSettings::prewarm.value(*m_services.platform.settings) && !m_prewarming && !m_launchingAppID
         && AndroidRuntimePaths::current(m_services.platform).isComplete() && m_services.windows.sessions().empty();
@@ -159,9 +141,9 @@ void AppLibraryStore::prewarmAndroid()
     fireAndForget(m_services.log, runPrewarm());
 }
 
-Task<> AppLibraryStore::runPrewarm()
+Task<> AndroidLaunch::runPrewarm()
 {
-    const QPointer<AppLibraryStore> self(this);
+    const QPointer<AndroidLaunch> self(this);
     const auto &clock = *m_services.platform.clock;
     const auto startedAt = clock.monotonic();
     auto look = [commands = m_services.runtime.commands()] { return commands->deviceIsBooted(); };
@@ -170,11 +152,11 @@ Task<> AppLibraryStore::runPrewarm()
     if (!self)
         co_return;
     if (booted) {
-        setAndroidState(AndroidState::ready);
+        m_android.set(AndroidStatus::State::ready);
         m_prewarming = false;
         co_return;
     }
-    setAndroidState(AndroidState::starting);
+    m_android.set(AndroidStatus::State::starting);
     m_services.log->write(QStringLiteral("warm-up: starting Android in the background"));
     std::optional<QString> failure;
     try {
@@ -189,11 +171,11 @@ Task<> AppLibraryStore::runPrewarm()
         co_return;
     if (failure) {
         m_services.log->write(QStringLiteral("warm-up failed: %1").arg(*failure));
-        refreshAndroidState();
+        m_android.refresh();
     } else {
         m_services.log->write(QStringLiteral("warm-up: Android ready after %1s")
                                   .arg(secondsText(secondsBetween(startedAt, clock.monotonic()), 1)));
-        setAndroidState(AndroidState::ready);
+        m_android.set(AndroidStatus::State::ready);
         if (m_services.windows.sessions().empty())
             m_services.windows.scheduleIdleShutdown();
     }

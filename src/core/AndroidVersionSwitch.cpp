@@ -1,48 +1,90 @@
-#include "core/AppLibraryStore.h"
+#include "core/AndroidVersionSwitch.h"
 
 #include "base/FireAndForget.h"
-#include "runtime/AndroidRuntimePaths.h"
+#include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
 #include "runtime/AndroidVersions.h"
-#include "runtime/RuntimeSettings.h"
+#include "runtime/DeviceTweaks.h"
+#include "windows/AndroidWindowRegistry.h"
 
 #include <QDir>
 #include <QPointer>
 
-// Which Android version the apps run on, and the removal of another's files.
-
 namespace quillnest
 {
 
-void AppLibraryStore::switchAndroidVersion(int api)
+AndroidVersionSwitch::AndroidVersionSwitch(const StoreServices &services, AndroidStatus &android, StatusLine &status)
+    : m_services(services)
+    , m_android(android)
+    , m_status(status)
+    , m_selected(AndroidVersions::selected(*services.platform.settings))
+{
+    const auto follow = [self = QPointer<AndroidVersionSwitch>(this)] {
+        if (!self)
+            return;
+        const int api = AndroidVersions::selected(*self->m_services.platform.settings);
+        if (self->m_switching || api == self->m_selected)
+            return;
+        self->leave(api);
+        self->arrive(api);
+    };
+    services.runtime.tweaks().whenChanged({RuntimeSettings::androidAPI.key()}, follow);
+}
+
+void AndroidVersionSwitch::switchTo(int api)
 {
     const auto &platform = m_services.platform;
     // The selected one passes if it isn't complete, so that this can start a repair.
     if (api == AndroidVersions::selected(*platform.settings)
         && AndroidRuntimePaths::managed(platform, api).isComplete())
         return;
+    if (m_beingRemoved.contains(api)) {
+        m_status.say(QStringLiteral("%1 is just being deleted").arg(AndroidVersions::name(api)));
+        return;
+    }
+    leave(api);
+    m_switching = true;
+    const auto failure = RuntimeSettings::androidAPI.set(*platform.settings, api);
+    m_switching = false;
+    if (failure) {
+        m_status.say(QStringLiteral("Could not switch to %1: %2").arg(AndroidVersions::name(api), *failure));
+        return;
+    }
+    arrive(api);
+}
+
+void AndroidVersionSwitch::leave(int api)
+{
     m_services.log->write(QStringLiteral("android version: switching to API %1").arg(api));
     m_services.windows.closeAll();
-    RuntimeSettings::androidAPI.set(*platform.settings, api);
+}
+
+void AndroidVersionSwitch::arrive(int api)
+{
+    const auto &platform = m_services.platform;
+    m_selected = AndroidVersions::selected(*platform.settings);
     m_services.provisioner.reset();
     m_services.windows.stopAndroid(QStringLiteral("Android version changed"), false);
 
     const bool complete = AndroidRuntimePaths::current(platform).isComplete();
-    setAndroidState(complete ? AndroidState::sleeping : AndroidState::notSetUp);
+    m_android.set(complete ? AndroidStatus::State::sleeping : AndroidStatus::State::notSetUp);
     const auto name = AndroidVersions::name(api);
-    setStatus(
+    m_status.say(
         complete ? QStringLiteral("Switched to %1").arg(name)
                  : QStringLiteral("%1 needs a one-time download").arg(name));
+    Q_EMIT switched();
 }
 
-void AppLibraryStore::deleteAndroidVersion(int api)
+void AndroidVersionSwitch::remove(int api)
 {
-    if (api != AndroidVersions::selected(*m_services.platform.settings))
-        fireAndForget(m_services.log, removeVersion(api));
+    if (api != AndroidVersions::selected(*m_services.platform.settings) && !m_beingRemoved.contains(api))
+        fireAndForget(m_services.log, removeFiles(api));
 }
 
-Task<> AppLibraryStore::removeVersion(int api)
+Task<> AndroidVersionSwitch::removeFiles(int api)
 {
-    const QPointer<AppLibraryStore> self(this);
+    const QPointer<AndroidVersionSwitch> self(this);
+    m_beingRemoved.insert(api);
     auto remove = [paths = AndroidRuntimePaths::managed(m_services.platform, api)] {
         // What can't be removed stays, and the version counts as not installed all the same.
         QDir(QStringLiteral("%1/system-images/android-%2/default").arg(paths.sdkRoot).arg(paths.api))
@@ -57,8 +99,13 @@ Task<> AppLibraryStore::removeVersion(int api)
     co_await removing;
     if (!self)
         co_return;
+    m_beingRemoved.remove(api);
     m_services.log->write(QStringLiteral("android version: deleted API %1").arg(api));
-    setStatus(QStringLiteral("Deleted %1").arg(AndroidVersions::name(api)));
+    m_status.say(QStringLiteral("Deleted %1").arg(AndroidVersions::name(api)));
+    // Somebody may have selected it by the settings alone.
+    if (api == AndroidVersions::selected(*m_services.platform.settings))
+        m_android.refresh();
+    Q_EMIT removed(api);
 }
 
 } // namespace quillnest

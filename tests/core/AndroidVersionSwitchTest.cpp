@@ -1,5 +1,6 @@
 #include "LaunchFixture.h"
-#include "core/CommandDispatcher.h"
+#include "base/CommandDispatcher.h"
+#include "core/CoreCommands.h"
 #include "runtime/AndroidVersions.h"
 
 #include <QDir>
@@ -11,7 +12,7 @@ namespace
 
 using State = AppLibraryStore::AndroidState;
 
-class AndroidVersionSwitch : public LaunchFixture
+class AndroidVersionSwitchTest : public LaunchFixture
 {
 protected:
     AndroidRuntimePaths version(int api) const { return AndroidRuntimePaths::managed(fakes.platform, api); }
@@ -21,7 +22,7 @@ protected:
 
 } // namespace
 
-TEST_F(AndroidVersionSwitch, theSelectedCompleteVersionIsLeftAloneWithItsWindows)
+TEST_F(AndroidVersionSwitchTest, theSelectedCompleteVersionIsLeftAloneWithItsWindows)
 {
     deviceIsUp();
     const auto app = addApp(QStringLiteral("Tide"));
@@ -35,7 +36,7 @@ TEST_F(AndroidVersionSwitch, theSelectedCompleteVersionIsLeftAloneWithItsWindows
     EXPECT_FALSE(logText().contains(QStringLiteral("android version")));
 }
 
-TEST_F(AndroidVersionSwitch, aVersionThatIsThereTakesOver)
+TEST_F(AndroidVersionSwitchTest, aVersionThatIsThereTakesOver)
 {
     install(33);
     deviceIsUp();
@@ -52,7 +53,7 @@ TEST_F(AndroidVersionSwitch, aVersionThatIsThereTakesOver)
     EXPECT_GE(fakes.processes->count(QStringLiteral("emu kill")), 1);
 }
 
-TEST_F(AndroidVersionSwitch, aVersionThatIsNotDownloadedClosesAllAndAsksForItsDownload)
+TEST_F(AndroidVersionSwitchTest, aVersionThatIsNotDownloadedClosesAllAndAsksForItsDownload)
 {
     deviceIsUp();
     open(addApp(QStringLiteral("Tide")));
@@ -63,7 +64,7 @@ TEST_F(AndroidVersionSwitch, aVersionThatIsNotDownloadedClosesAllAndAsksForItsDo
     EXPECT_GE(fakes.processes->count(QStringLiteral("emu kill")), 1);
 }
 
-TEST_F(AndroidVersionSwitch, aPlanForTheOldVersionIsForgotten)
+TEST_F(AndroidVersionSwitchTest, aPlanForTheOldVersionIsForgotten)
 {
     QDir(version(35).sdkRoot).removeRecursively();
     provisioner->prepare();
@@ -73,7 +74,7 @@ TEST_F(AndroidVersionSwitch, aPlanForTheOldVersionIsForgotten)
     EXPECT_TRUE(std::holds_alternative<AndroidRuntimeProvisioner::Idle>(provisioner->phase()));
 }
 
-TEST_F(AndroidVersionSwitch, theSelectedVersionIsRepairedIfItIsNotComplete)
+TEST_F(AndroidVersionSwitchTest, theSelectedVersionIsRepairedIfItIsNotComplete)
 {
     QFile::remove(version(35).systemImage());
     store->switchAndroidVersion(35);
@@ -81,7 +82,7 @@ TEST_F(AndroidVersionSwitch, theSelectedVersionIsRepairedIfItIsNotComplete)
     EXPECT_EQ(stored(), 35);
 }
 
-TEST_F(AndroidVersionSwitch, thereAndBackAgain)
+TEST_F(AndroidVersionSwitchTest, thereAndBackAgain)
 {
     install(33);
     store->switchAndroidVersion(33);
@@ -90,9 +91,10 @@ TEST_F(AndroidVersionSwitch, thereAndBackAgain)
     EXPECT_EQ(AndroidRuntimePaths::current(fakes.platform), version(35));
 }
 
-TEST_F(AndroidVersionSwitch, theCommandTakesAnyNumberAndAnUnknownOneCountsAsTheDefault)
+TEST_F(AndroidVersionSwitchTest, theCommandTakesAnyNumberAndAnUnknownOneCountsAsTheDefault)
 {
-    CommandDispatcher commands(services(), *store);
+    CommandDispatcher commands(log);
+    handleCoreCommands(commands, *store, *registry);
     install(33);
     commands.run(QStringLiteral("android-version:33"));
     EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 13"));
@@ -105,7 +107,7 @@ TEST_F(AndroidVersionSwitch, theCommandTakesAnyNumberAndAnUnknownOneCountsAsTheD
     EXPECT_EQ(stored(), 99);
 }
 
-TEST_F(AndroidVersionSwitch, deletingTheSelectedVersionDoesNothing)
+TEST_F(AndroidVersionSwitchTest, deletingTheSelectedVersionDoesNothing)
 {
     store->deleteAndroidVersion(35);
     fakes.settle();
@@ -113,7 +115,7 @@ TEST_F(AndroidVersionSwitch, deletingTheSelectedVersionDoesNothing)
     EXPECT_EQ(store->statusMessage(), QStringLiteral("Ready"));
 }
 
-TEST_F(AndroidVersionSwitch, aDeletedVersionIsNoLongerInstalledAndTheOthersAre)
+TEST_F(AndroidVersionSwitchTest, aDeletedVersionIsNoLongerInstalledAndTheOthersAre)
 {
     install(33);
     EXPECT_EQ(AndroidVersions::installed(fakes.platform), (std::vector{33, 35}));
@@ -129,7 +131,7 @@ TEST_F(AndroidVersionSwitch, aDeletedVersionIsNoLongerInstalledAndTheOthersAre)
     EXPECT_TRUE(QFile::exists(version(33).emulator()));
 }
 
-TEST_F(AndroidVersionSwitch, deletingWhatIsNotThereSaysTheSame)
+TEST_F(AndroidVersionSwitchTest, deletingWhatIsNotThereSaysTheSame)
 {
     store->deleteAndroidVersion(30);
     fakes.settle();

@@ -1,4 +1,6 @@
-#include "core/CommandDispatcher.h"
+#include "core/CoreCommands.h"
+
+#include "base/CommandDispatcher.h"
 
 #include "LaunchFixture.h"
 #include "windows/ControlBytes.h"
@@ -9,10 +11,14 @@ using namespace quillnest;
 namespace
 {
 
-class CommandDispatcherTest : public LaunchFixture
+class CoreCommandsTest : public LaunchFixture
 {
 protected:
-    CommandDispatcherTest() { deviceIsUp(); }
+    CoreCommandsTest()
+    {
+        deviceIsUp();
+        handleCoreCommands(dispatcher, *store, *registry);
+    }
 
     void run(const QString &command)
     {
@@ -20,15 +26,12 @@ protected:
         fakes.settle();
     }
 
-    QVariant setting(const char *key) const { return fakes.settings->value(QLatin1String(key)); }
-    qsizetype adBlocks() const { return fakes.processes->count(QStringLiteral("private_dns")); }
-
-    CommandDispatcher dispatcher{services(), *store};
+    CommandDispatcher dispatcher{log};
 };
 
 } // namespace
 
-TEST_F(CommandDispatcherTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingElse)
+TEST_F(CoreCommandsTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingElse)
 {
     addApp(QStringLiteral("Moon"));
     registry->homePanel().makeContent = [] { return new QWidget; };
@@ -46,14 +49,14 @@ TEST_F(CommandDispatcherTest, everyCommandIsLoggedAndTextThatIsNoneDoesNothingEl
     EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
 }
 
-TEST_F(CommandDispatcherTest, aSnapshotOfThePanelIsWritten)
+TEST_F(CoreCommandsTest, aSnapshotOfThePanelIsWritten)
 {
     store->paintPanel = [] { return QImage(30, 20, QImage::Format_RGB32); };
     run(QStringLiteral("snapshot-menu"));
     EXPECT_TRUE(QFile::exists(fakes.path(QStringLiteral("Logs/Quillnest/snapshots/menu-panel.png"))));
 }
 
-TEST_F(CommandDispatcherTest, openTakesTheFirstMatchInStoredOrder)
+TEST_F(CoreCommandsTest, openTakesTheFirstMatchInStoredOrder)
 {
     addApp(QStringLiteral("Zebra Moon"));
     const auto moon = addApp(QStringLiteral("Moon"));
@@ -62,7 +65,7 @@ TEST_F(CommandDispatcherTest, openTakesTheFirstMatchInStoredOrder)
     EXPECT_EQ(store->launchingAppID(), store->apps()[0].id);
 }
 
-TEST_F(CommandDispatcherTest, openWithAnEmptyOrAnUnknownNameMatchesNoEntry)
+TEST_F(CoreCommandsTest, openWithAnEmptyOrAnUnknownNameMatchesNoEntry)
 {
     addApp(QStringLiteral("Moon"));
     for (const auto *text : {"open:", "open:star", "open: Moon"}) {
@@ -71,7 +74,7 @@ TEST_F(CommandDispatcherTest, openWithAnEmptyOrAnUnknownNameMatchesNoEntry)
     }
 }
 
-TEST_F(CommandDispatcherTest, addTakesTheRestOfTheTextAsAPath)
+TEST_F(CoreCommandsTest, addTakesTheRestOfTheTextAsAPath)
 {
     const auto path = putPackage(QStringLiteral("Apps/a: b %20.apk"), "org.example.app", "App");
     run(QStringLiteral("add:") + path);
@@ -79,27 +82,7 @@ TEST_F(CommandDispatcherTest, addTakesTheRestOfTheTextAsAPath)
     EXPECT_EQ(store->apps()[0].sourcePath, path);
 }
 
-TEST_F(CommandDispatcherTest, lookIsStoredAsText)
-{
-    run(QStringLiteral("wallpaper:dunes"));
-    run(QStringLiteral("theme:glass:dark"));
-    EXPECT_EQ(setting("QuillnestWallpaper"), QStringLiteral("dunes"));
-    EXPECT_EQ(setting("QuillnestTheme"), QStringLiteral("glass:dark"));
-}
-
-TEST_F(CommandDispatcherTest, adBlockIsStoredAndAppliedToADeviceThatIsUp)
-{
-    run(QStringLiteral("adblock-off"));
-    EXPECT_EQ(setting("QuillnestAdBlock"), QVariant(false));
-    EXPECT_GT(adBlocks(), 0);
-    device = {};
-    fakes.processes->forget();
-    run(QStringLiteral("adblock-on"));
-    EXPECT_EQ(setting("QuillnestAdBlock"), QVariant(true));
-    EXPECT_EQ(adBlocks(), 0);
-}
-
-TEST_F(CommandDispatcherTest, withoutAWindowItsCommandsDoNothing)
+TEST_F(CoreCommandsTest, withoutAWindowItsCommandsDoNothing)
 {
     fakes.pasteboard->put(QStringLiteral("text"));
     for (const auto *text : {"back", "paste", "copy", "hide", "close-all"})
@@ -108,7 +91,7 @@ TEST_F(CommandDispatcherTest, withoutAWindowItsCommandsDoNothing)
     EXPECT_EQ(logLines().filter(QStringLiteral("close package")).size(), 0);
 }
 
-TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
+TEST_F(CoreCommandsTest, backPasteAndCopyGoToTheWindow)
 {
     auto &session = open(addApp(QStringLiteral("Moon")));
     fakes.processes->on(QStringLiteral("grep ResumedActivity"), QByteArray(" u0 org.example.moon/.MainActivity\n"));
@@ -125,7 +108,7 @@ TEST_F(CommandDispatcherTest, backPasteAndCopyGoToTheWindow)
     EXPECT_EQ(loopback.sent(session), bytes::clipboard(2, true, QStringLiteral("text")));
 }
 
-TEST_F(CommandDispatcherTest, mediaGoesToTheWindowOfTheAppThatPlays)
+TEST_F(CoreCommandsTest, mediaGoesToTheWindowOfTheAppThatPlays)
 {
     fakes.settings->setValue(QStringLiteral("QuillnestSingleApp"), false);
     const auto moon = addApp(QStringLiteral("Moon"));
@@ -141,7 +124,7 @@ TEST_F(CommandDispatcherTest, mediaGoesToTheWindowOfTheAppThatPlays)
     EXPECT_EQ(loopback.sent(session), bytes::key(85));
 }
 
-TEST_F(CommandDispatcherTest, hideAndCloseAllActOnTheWindows)
+TEST_F(CoreCommandsTest, hideAndCloseAllActOnTheWindows)
 {
     auto &session = open(addApp(QStringLiteral("Moon")));
     run(QStringLiteral("hide"));
@@ -152,7 +135,7 @@ TEST_F(CommandDispatcherTest, hideAndCloseAllActOnTheWindows)
     EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.moon reason=close all")));
 }
 
-TEST_F(CommandDispatcherTest, homeShowsTheLauncher)
+TEST_F(CoreCommandsTest, homeShowsTheLauncher)
 {
     registry->homePanel().makeContent = [] { return new QWidget; };
     dispatcher.run(QStringLiteral("home"));

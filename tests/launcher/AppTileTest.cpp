@@ -52,7 +52,7 @@ TEST_F(AppTileTest, aNameInAToolTipIsShownAsItIsWritten)
 TEST_F(AppTileTest, aRunningAppIsShownAndMarkedBelowItsNameAsLongAsItRuns)
 {
     deviceIsUp();
-    *cleaning = false;
+    deviceCleaned.finish();
     const auto moon = addApp(QStringLiteral("Moon"));
     const auto isMarked = [this] {
         const auto tile = look(QStringLiteral("Moon"));
@@ -157,7 +157,7 @@ TEST_F(AppTileTest, theContextMenuOffersWhatCanBeDoneNow)
 TEST_F(AppTileTest, theContextMenuOfARunningAppShowsAndClosesIt)
 {
     deviceIsUp();
-    *cleaning = false;
+    deviceCleaned.finish();
     open(addApp(QStringLiteral("Moon")));
     ASSERT_TRUE(waitFor([this] { return !store->launchingAppID(); }));
     openMenuOf(QStringLiteral("Moon"));

@@ -213,7 +213,7 @@ private:
             registry->setUnread(apps[5].id, true);
         }
         if (scene.launching) {
-            *cleaning = true;
+            cleanDevice();
             store->launch(MobileApp(apps[2]));
         }
     }

@@ -87,7 +87,7 @@ TEST_F(PanelAccessTest, everythingHasANameAndARoleInEveryState)
 TEST_F(PanelAccessTest, aTileTellsItsNameItsStateAndOpens)
 {
     deviceIsUp();
-    *cleaning = false;
+    deviceCleaned.finish();
     const auto moon = addApp(QStringLiteral("Moon"));
     addApp(QStringLiteral("Star"));
     auto *list = access(&grid());

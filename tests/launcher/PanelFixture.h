@@ -22,7 +22,7 @@ class PanelFixture : public LaunchFixture
 protected:
     PanelFixture()
     {
-        *cleaning = true;
+        cleanDevice();
         makePanel();
     }
     ~PanelFixture() override { panel.reset(); }

@@ -19,7 +19,7 @@ protected:
     void openMoon()
     {
         deviceIsUp();
-        *cleaning = false;
+        deviceCleaned.finish();
         addApp(QStringLiteral("Star"));
         moon = addApp(QStringLiteral("Moon"));
         open(moon);

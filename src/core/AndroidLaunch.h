@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/MobileApp.h"
+#include "core/AndroidStatus.h"
+#include "core/StatusLine.h"
+#include "core/StoreServices.h"
+
+#include <chrono>
+#include <optional>
+
+namespace quillnest
+{
+
+/// What a click on an app does, and the warm-up before it. Main thread.
+class AndroidLaunch : public QObject
+{
+    Q_OBJECT
+
+public:
+    AndroidLaunch(const StoreServices &services, AndroidStatus &android, StatusLine &status);
+
+    /// The app whose launch began last and hasn't come to its end.
+    std::optional<QUuid> launchingAppID() const { return m_launchingAppID; }
+
+    /// The one road of all callers to an app's window.
+    void launch(const MobileApp &app);
+
+    /// Starts Android before the user asks for it, if the settings allow it and nothing is under way.
+    void prewarm();
+
+Q_SIGNALS:
+    void launchingChanged();
+
+private:
+    void launchAndroid(const MobileApp &app);
+    Task<> run(MobileApp app, std::chrono::nanoseconds openedAt);
+    void openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt);
+    void fail(const MobileApp &app, const QString &description);
+    void setLaunching(std::optional<QUuid> id);
+    void clearLaunching(QUuid id);
+    Task<> runPrewarm();
+
+    const StoreServices &m_services;
+    AndroidStatus &m_android;
+    StatusLine &m_status;
+    std::optional<QUuid> m_launchingAppID;
+    bool m_prewarming = false;
+};
+
+} // namespace quillnest
