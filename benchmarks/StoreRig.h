@@ -4,6 +4,9 @@
 #include "core/CoreSettings.h"
 #include "core/LibraryFormat.h"
 #include "fakes/FakePlatform.h"
+#include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
+#include "windows/AndroidWindowRegistry.h"
 
 #include <vector>
 

@@ -17,9 +17,9 @@ class AndroidVersionSwitch : public QObject
 public:
     AndroidVersionSwitch(const StoreServices &services, AndroidStatus &android, StatusLine &status);
 
-    /// Makes another version the one that apps run on: closes all windows and lets the device go down in the background.
-    /// The same happens when the setting is changed from outside. A version whose files are just being removed is
-    /// refused.
+    /// Makes another version the one that apps run on: closes all windows and lets the device go down in the
+    /// background. The same happens when the setting is changed from outside. A version whose files are just being
+    /// removed is refused.
     void switchTo(int api);
 
     /// Removes the files of a version other than the selected one, in the background. Shared tools stay.

@@ -27,9 +27,10 @@ AppLibraryStore::AppLibraryStore(Services services)
     connect(&m_versions, &AndroidVersionSwitch::removed, this, &AppLibraryStore::androidVersionsChanged);
     follow(*m_services.notifications);
     for (const auto signal :
-         {&AppLibraryStore::searchChanged, &AppLibraryStore::statusMessageChanged, &AppLibraryStore::androidStateChanged,
-          &AppLibraryStore::launchingAppChanged, &AppLibraryStore::runningAppsChanged,
-          &AppLibraryStore::unreadAppsChanged, &AppLibraryStore::nowPlayingChanged})
+         {&AppLibraryStore::searchChanged, &AppLibraryStore::statusMessageChanged,
+          &AppLibraryStore::androidStateChanged, &AppLibraryStore::launchingAppChanged,
+          &AppLibraryStore::runningAppsChanged, &AppLibraryStore::unreadAppsChanged,
+          &AppLibraryStore::nowPlayingChanged})
         connect(this, signal, this, &AppLibraryStore::changed);
     connect(this, &AppLibrary::appsChanged, this, &AppLibraryStore::changed);
     m_android.refresh();
@@ -95,9 +96,8 @@ std::vector<MobileApp> AppLibraryStore::filteredApps() const
 
 std::optional<MobileApp> AppLibraryStore::firstMatch(const QString &query) const
 {
-    const auto found = std::find_if(apps().begin(), apps().end(), [&query](const MobileApp &app) {
-        return containsText(app.name, query);
-    });
+    const auto found = std::find_if(
+        apps().begin(), apps().end(), [&query](const MobileApp &app) { return containsText(app.name, query); });
     return found == apps().end() ? std::nullopt : std::optional(*found);
 }
 

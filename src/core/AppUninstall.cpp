@@ -34,9 +34,8 @@ void AppUninstall::confirm(const MobileApp &app)
 
 void AppUninstall::start(const MobileApp &app)
 {
-    const auto package = app.bundleIdentifier
-        ? *app.bundleIdentifier
-        : m_services.runtime.knownPackage(app.sourcePath).value_or(QString());
+    const auto package = app.bundleIdentifier ? *app.bundleIdentifier
+                                              : m_services.runtime.knownPackage(app.sourcePath).value_or(QString());
     // A name that can't be a package's was never installed either.
     if (!isValidPackageName(package)) {
         if (m_library.erase(app.id))

@@ -2,6 +2,7 @@
 
 #include "core/AppLibraryStore.h"
 #include "runtime/AndroidRuntimeProvisioner.h"
+#include "windows/AndroidWindowRegistry.h"
 
 #include <QJsonObject>
 

@@ -27,7 +27,7 @@ Task<QString> installOnDevice(
     commands->log().write(
         QStringLiteral("launch begin apk=%1 runtimeBooted=%2")
             .arg(QFileInfo(apkPath).fileName(), booted ? QStringLiteral("true") : QStringLiteral("false")));
-    co_await EmulatorBoot::ensure(boot);
+    co_await EmulatorBoot::ensure(boot, booted);
     const double waited = secondsBetween(begin, platform.clock->monotonic());
     commands->log().write(QStringLiteral("runtime ready after=%1s").arg(waited, 0, 'f', 2));
 

@@ -37,23 +37,23 @@ void EmulatorBoot::throwIfCancelled() const
         throw AndroidRuntimeCancelled();
 }
 
-Task<> EmulatorBoot::ensure(Self self)
+Task<> EmulatorBoot::ensure(Self self, std::optional<bool> isBooted)
 {
     self->throwIfCancelled();
     if (!self->m_flight) {
         // The slot is filled before the boot begins, and the task goes on without its handle.
         self->m_flight.emplace();
-        fly(self, *self->m_flight);
+        fly(self, *self->m_flight, isBooted);
     }
     const auto flight = *self->m_flight;
     co_await flight;
 }
 
-Task<> EmulatorBoot::fly(Self self, Completion<> flight)
+Task<> EmulatorBoot::fly(Self self, Completion<> flight, std::optional<bool> isBooted)
 {
     std::exception_ptr error;
     try {
-        co_await boot(self);
+        co_await boot(self, isBooted);
     } catch (...) {
         error = std::current_exception();
     }
@@ -65,11 +65,13 @@ Task<> EmulatorBoot::fly(Self self, Completion<> flight)
         flight.finish();
 }
 
-Task<> EmulatorBoot::boot(Self self)
+Task<> EmulatorBoot::boot(Self self, std::optional<bool> isBooted)
 {
     auto &log = self->m_commands->log();
 
-    if (co_await ask(self, &AndroidCommands::deviceIsBooted)) {
+    if (!isBooted)
+        isBooted = co_await ask(self, &AndroidCommands::deviceIsBooted);
+    if (*isBooted) {
         const int running = co_await runningApi(self);
         const int wanted = self->m_commands->paths().api;
         if (running != 0 && running != wanted) {

@@ -26,7 +26,9 @@ public:
     EmulatorBoot(std::shared_ptr<const AndroidCommands> commands, DeviceTweaks &tweaks);
 
     /// Waits for the boot in flight, or begins one. Each waiter gets the boot's failure.
-    static Task<> ensure(Self self);
+    ///
+    /// Whoever has just asked whether the device is booted passes the answer on, which saves asking again.
+    static Task<> ensure(Self self, std::optional<bool> isBooted = std::nullopt);
 
     /// The boot in flight ends with AndroidRuntimeCancelled at its next step. The device is left as it is.
     void cancel() { m_cancelled = true; }
@@ -42,8 +44,8 @@ public:
     void throwIfCancelled() const;
 
 private:
-    static Task<> fly(Self self, Completion<> flight);
-    static Task<> boot(Self self);
+    static Task<> fly(Self self, Completion<> flight, std::optional<bool> isBooted);
+    static Task<> boot(Self self, std::optional<bool> isBooted);
     static Task<> waitUntilGone(Self self);
     static Task<> startDevice(Self self);
     /// False when the device was lost meanwhile.

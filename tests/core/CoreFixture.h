@@ -4,7 +4,10 @@
 #include "fakes/FakeLocks.h"
 #include "fakes/FakeNetwork.h"
 #include "package/PackageBuilder.h"
+#include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
 #include "runtime/RuntimeFixture.h"
+#include "windows/AndroidWindowRegistry.h"
 
 namespace quillnest
 {

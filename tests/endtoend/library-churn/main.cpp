@@ -12,6 +12,9 @@
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/posix/FileSettingsStore.h"
+#include "runtime/AndroidRuntimeCLI.h"
+#include "runtime/AndroidRuntimeProvisioner.h"
+#include "windows/AndroidWindowRegistry.h"
 
 #include <QApplication>
 #include <QFileInfo>
