@@ -39,7 +39,7 @@ int main(int argc, char **argv)
 
     // The features, one line each.
     const AdBlock adBlock(quillnest.device(), *platform.settings, quillnest.commands());
-    const DarkMode darkMode(quillnest.device(), quillnest.android(), quillnest.notifications());
+    const DarkMode darkMode(quillnest.device(), quillnest.android(), quillnest.windows().events());
 
     handleLauncherCommands(quillnest.commands(), *platform.settings);
     QObject::connect(&application, &QGuiApplication::focusWindowChanged, &quillnest, [&quillnest](QWindow *window) {

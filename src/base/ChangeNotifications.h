@@ -14,8 +14,6 @@ class ChangeNotifications : public QObject
 Q_SIGNALS:
     /// A window opened or ended, or an app was locked or unlocked.
     void sessionsChanged();
-    /// A launch has just opened a window.
-    void windowOpened();
     /// The set of apps with unread notifications changed.
     void unreadChanged();
     /// The device was told to stop.

@@ -49,7 +49,7 @@ void AndroidLaunch::launchAndroid(const MobileApp &app)
 {
     auto &windows = m_services.windows;
     windows.cancelIdleShutdown();
-    if (auto *session = windows.session(app.id)) {
+    if (auto *session = windows.session(app.id); session && !session->isClosing()) {
         windows.setUnread(app.id, false);
         session->show();
         windows.closeMenuBarPopup();
@@ -73,6 +73,11 @@ Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
     try {
         const auto deviceCleaned = m_services.deviceCleaned;
         co_await deviceCleaned;
+        if (!self)
+            co_return;
+        // A window of the app that is just closing takes the app down with it.
+        auto ending = m_services.windows.untilEnded(app.id);
+        co_await ending;
         if (!self)
             co_return;
         auto installing = m_services.runtime.installAndLaunch(app.sourcePath);
@@ -107,7 +112,6 @@ void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std
         QStringLiteral("native window started app=%1 sinceOpen=%2s").arg(app.name, secondsText(elapsed, 2)));
     m_status.say(QStringLiteral("Opened %1").arg(app.name));
     m_android.set(AndroidStatus::State::ready);
-    Q_EMIT m_services.notifications->windowOpened();
 }
 
 void AndroidLaunch::fail(const MobileApp &app, const QString &description)

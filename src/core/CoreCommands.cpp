@@ -9,15 +9,14 @@ namespace quillnest
 
 void handleCoreCommands(CommandDispatcher &commands, AppLibraryStore &store, AndroidWindowRegistry &windows)
 {
-    const auto forFirstWindow = [&windows](const std::function<void(AndroidWindowSession &)> &act) {
+    const auto forFirstWindow = [&windows](const std::function<void(AppSession &)> &act) {
         return [&windows, act](const QString &) {
             if (auto *session = windows.firstSession())
                 act(*session);
         };
     };
 
-    commands.handle(
-        QStringLiteral("back"), forFirstWindow([](AndroidWindowSession &session) { session.handleBack(); }));
+    commands.handle(QStringLiteral("back"), forFirstWindow([](AppSession &session) { session.handleBack(); }));
     commands.handle(QStringLiteral("snapshot-menu"), [&store](const QString &) { store.writeMenuSnapshot(); });
     commands.handle(
         QStringLiteral("add:"), [&store](const QString &path) { store.addFiles({QUrl::fromLocalFile(path)}); });
@@ -27,12 +26,8 @@ void handleCoreCommands(CommandDispatcher &commands, AppLibraryStore &store, And
         if (auto *session = appID ? windows.session(*appID) : nullptr)
             session->sendMediaKey(MediaAction::playPause);
     });
-    commands.handle(QStringLiteral("paste"), forFirstWindow([](AndroidWindowSession &session) {
-                        session.videoView().pasteFromMac();
-                    }));
-    commands.handle(QStringLiteral("copy"), forFirstWindow([](AndroidWindowSession &session) {
-                        session.client().send(ScrcpyControl::getClipboardCopy());
-                    }));
+    commands.handle(QStringLiteral("paste"), forFirstWindow([](AppSession &session) { session.paste(); }));
+    commands.handle(QStringLiteral("copy"), forFirstWindow([](AppSession &session) { session.copy(); }));
     commands.handle(QStringLiteral("android-version:"), [&store](const QString &text) {
         bool isNumber = false;
         const int api = text.toInt(&isNumber);
@@ -40,7 +35,7 @@ void handleCoreCommands(CommandDispatcher &commands, AppLibraryStore &store, And
             store.switchAndroidVersion(api);
     });
     commands.handle(QStringLiteral("home"), [&windows](const QString &) { windows.showMenuBarPopup(std::nullopt); });
-    commands.handle(QStringLiteral("hide"), forFirstWindow([](AndroidWindowSession &session) { session.hide(); }));
+    commands.handle(QStringLiteral("hide"), forFirstWindow([](AppSession &session) { session.hide(); }));
     commands.handle(QStringLiteral("open:"), [&store](const QString &query) {
         if (const auto app = store.firstMatch(query))
             store.launch(*app);

@@ -57,7 +57,6 @@ public:
     // Where features and the rooms above attach, before the start.
     DeviceTweaks &device() const { return m_runtime.tweaks(); }
     CommandDispatcher &commands() { return m_commands; }
-    const ChangeNotifications &notifications() const { return *m_notifications; }
 
     /// The steps from here until the status item stands, with the process's arguments.
     void start(const QStringList &arguments, Interface interface);

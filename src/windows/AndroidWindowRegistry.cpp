@@ -17,20 +17,6 @@ namespace
 constexpr std::chrono::seconds threadsEnd(5);
 /// More than that nobody can mean, and a timer can't count.
 constexpr double mostIdleMinutes = 14.0 * 24 * 60;
-
-/// Suspends until somebody resumes all who wait.
-class InTurn
-{
-public:
-    explicit InTurn(std::vector<std::coroutine_handle<>> &waiting) : m_waiting(waiting) { }
-
-    bool await_ready() const noexcept { return false; }
-    void await_suspend(std::coroutine_handle<> coroutine) { m_waiting.push_back(coroutine); }
-    void await_resume() const noexcept { }
-
-private:
-    std::vector<std::coroutine_handle<>> &m_waiting;
-};
 } // namespace
 
 AndroidWindowRegistry::AndroidWindowRegistry(WindowServices services)
@@ -158,14 +144,15 @@ bool AndroidWindowRegistry::isEnding(QUuid appID) const
 Task<> AndroidWindowRegistry::untilEnded(QUuid appID)
 {
     const std::weak_ptr<bool> alive = m_alive;
-    while (!alive.expired() && isEnding(appID))
-        co_await InTurn(m_waiting);
+    while (!alive.expired() && isEnding(appID)) {
+        const auto next = m_anEnding;
+        co_await next;
+    }
 }
 
 void AndroidWindowRegistry::resumeWaiting()
 {
-    for (const auto waiting : std::exchange(m_waiting, {}))
-        waiting.resume();
+    std::exchange(m_anEnding, {}).finish();
 }
 
 AndroidWindowRegistry::Sessions AndroidWindowRegistry::sessions() const

@@ -116,7 +116,8 @@ private:
     std::vector<Window> m_outlived;
     /// How often each app is being stopped on the device.
     std::map<QUuid, int> m_forceStops;
-    std::vector<std::coroutine_handle<>> m_waiting;
+    /// The next end of a window, or of a stop on the device.
+    Completion<> m_anEnding;
     QSet<QUuid> m_unreadAppIDs;
     std::optional<NowPlaying> m_nowPlaying;
     std::unique_ptr<Timer> m_idleTimer;

@@ -1,5 +1,7 @@
 #include "windows/WindowPlacement.h"
 
+#include "windows/WindowSettings.h"
+
 #include <QVariant>
 
 #include <algorithm>
@@ -9,11 +11,6 @@ namespace quillnest
 
 namespace
 {
-
-QString recordKey(const QString &package)
-{
-    return QStringLiteral("Quillnest.window.") + package;
-}
 
 bool isNumber(const QVariant &value)
 {
@@ -25,7 +22,7 @@ bool isNumber(const QVariant &value)
 
 WindowPlacement::Record WindowPlacement::load(const SettingsStore &settings, const QString &package)
 {
-    const auto values = settings.value(recordKey(package)).toMap();
+    const auto values = settings.value(WindowSettings::window.key(package)).toMap();
     const auto x = values.value(QStringLiteral("x"));
     const auto y = values.value(QStringLiteral("y"));
     const auto pinned = values.value(QStringLiteral("pinned"));
@@ -39,7 +36,7 @@ WindowPlacement::Record WindowPlacement::load(const SettingsStore &settings, con
 void WindowPlacement::save(SettingsStore &settings, const QString &package, QRect frame, bool isPinned)
 {
     settings.setValue(
-        recordKey(package),
+        WindowSettings::window.key(package),
         QVariantMap{
             {QStringLiteral("x"), frame.x()},
             {QStringLiteral("y"), frame.y()},

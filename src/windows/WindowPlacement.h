@@ -14,7 +14,7 @@ namespace quillnest
 /// Where windows stand. Main thread.
 namespace WindowPlacement
 {
-/// What is kept of an app's window, under "Quillnest.window.{package}".
+/// What is kept of an app's window, under its package.
 struct Record {
     /// Absent in a record that holds no place.
     std::optional<QPoint> origin;

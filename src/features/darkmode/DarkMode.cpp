@@ -1,9 +1,10 @@
 #include "features/darkmode/DarkMode.h"
 
-#include "base/ChangeNotifications.h"
 #include "features/darkmode/AndroidDarkMode.h"
 #include "features/darkmode/DarkModeSettings.h"
 #include "runtime/DeviceTweaks.h"
+#include "windows/AppSession.h"
+#include "windows/SessionEvents.h"
 
 #include <QPointer>
 
@@ -17,8 +18,7 @@ constexpr std::chrono::milliseconds settlingTime{400};
 } // namespace
 
 DarkMode::DarkMode(
-    DeviceTweaks &device, const std::shared_ptr<const AndroidCommands> &commands,
-    const ChangeNotifications &notifications)
+    DeviceTweaks &device, const std::shared_ptr<const AndroidCommands> &commands, const SessionEvents &windows)
 {
     device.add(
         {.stage = DeviceTweaks::Stage::appearance,
@@ -26,7 +26,7 @@ DarkMode::DarkMode(
          .settings = {DarkModeSettings::sync.key()}});
     const auto &platform = commands->platform();
     // An app that is opened may find a device whose appearance somebody has changed in Android itself.
-    connect(&notifications, &ChangeNotifications::windowOpened, this, [commands] {
+    connect(&windows, &SessionEvents::opened, this, [commands] {
         commands->platform().executor->asUtility([commands] { AndroidDarkMode::apply(*commands); });
     });
     if (!platform.appearance)

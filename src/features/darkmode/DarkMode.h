@@ -8,8 +8,8 @@ namespace quillnest
 {
 
 class AndroidCommands;
-class ChangeNotifications;
 class DeviceTweaks;
+class SessionEvents;
 
 /// The dark mode: keeps every device in line with the host's appearance, its changes included. Made once, before the
 /// start; main thread.
@@ -19,8 +19,7 @@ class DarkMode : public QObject
 
 public:
     DarkMode(
-        DeviceTweaks &device, const std::shared_ptr<const AndroidCommands> &commands,
-        const ChangeNotifications &notifications);
+        DeviceTweaks &device, const std::shared_ptr<const AndroidCommands> &commands, const SessionEvents &windows);
 };
 
 } // namespace quillnest

@@ -1,10 +1,11 @@
 #include "features/darkmode/DarkMode.h"
 
-#include "base/ChangeNotifications.h"
 #include "features/darkmode/AndroidDarkMode.h"
 #include "features/darkmode/DarkModeSettings.h"
 #include "runtime/DeviceTweaks.h"
 #include "runtime/RuntimeFixture.h"
+#include "windows/AppSession.h"
+#include "windows/SessionEvents.h"
 
 using namespace quillnest;
 using namespace std::chrono_literals;
@@ -27,8 +28,8 @@ protected:
 
     std::shared_ptr<const AndroidCommands> android = std::make_shared<const AndroidCommands>(fakes.platform, log);
     DeviceTweaks tweaks{android};
-    ChangeNotifications notifications;
-    std::optional<DarkMode> darkMode{std::in_place, tweaks, android, notifications};
+    SessionEvents windows;
+    std::optional<DarkMode> darkMode{std::in_place, tweaks, android, windows};
 };
 } // namespace
 
@@ -92,7 +93,7 @@ TEST_F(DarkModeTest, theSettingSwitchedOnReachesTheDeviceAtOnceWhoeverSwitchesIt
 
 TEST_F(DarkModeTest, anAppThatIsOpenedFindsItsAppearance)
 {
-    Q_EMIT notifications.windowOpened();
+    Q_EMIT windows.opened(nullptr);
     EXPECT_EQ(fakes.executor->pendingAsUtility(), 1U) << "nobody waits for it";
     fakes.settle();
     EXPECT_EQ(nights("no"), 1);
@@ -105,7 +106,7 @@ TEST_F(DarkModeTest, nothingIsObservedOnceItHasGone)
     fakes.clock->advance(1s);
     fakes.appearance->setDark(false);
     fakes.clock->advance(1s);
-    Q_EMIT notifications.windowOpened();
+    Q_EMIT windows.opened(nullptr);
     fakes.settle();
     EXPECT_TRUE(fakes.processes->calls().empty());
 }
