@@ -137,3 +137,57 @@ TEST_F(AndroidVersionSwitchTest, deletingWhatIsNotThereSaysTheSame)
     fakes.settle();
     EXPECT_EQ(store->statusMessage(), QStringLiteral("Deleted Android 11"));
 }
+
+TEST_F(AndroidVersionSwitchTest, aVersionThatIsBeingDeletedCanNotBeSelected)
+{
+    install(33);
+    store->deleteAndroidVersion(33);
+    store->switchAndroidVersion(33);
+    EXPECT_EQ(AndroidVersions::selected(*fakes.settings), 35);
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Android 13 is just being deleted"));
+    int told = 0;
+    QObject::connect(store.get(), &AppLibraryStore::androidVersionsChanged, store.get(), [&told] { ++told; });
+    fakes.settle();
+    EXPECT_EQ(told, 1) << "the interface hears when it is done";
+}
+
+TEST_F(AndroidVersionSwitchTest, aChoiceThatCanNotBeWrittenIsNone)
+{
+    deviceIsUp();
+    install(33);
+    fakes.processes->forget();
+    fakes.settings->failure = QStringLiteral("No space left on device");
+    store->switchAndroidVersion(33);
+    fakes.settle();
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Could not switch to Android 13: No space left on device"));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 0);
+    EXPECT_EQ(stored(), 0);
+}
+
+TEST_F(AndroidVersionSwitchTest, aChoiceInTheSettingsAloneDoesTheSame)
+{
+    deviceIsUp();
+    install(33);
+    fakes.processes->forget();
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{33});
+    fakes.settle();
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 13"));
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 1);
+    fakes.processes->forget();
+    // No version of this number: the default is in force, as it was before.
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{35});
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{99});
+    fakes.settle();
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 1);
+}
+
+TEST_F(AndroidVersionSwitchTest, aSwitchStopsTheDeviceOnce)
+{
+    deviceIsUp();
+    install(33);
+    fakes.processes->forget();
+    store->switchAndroidVersion(33);
+    fakes.settle();
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 1);
+    EXPECT_EQ(logText().count(QStringLiteral("android version: switching")), 1);
+}

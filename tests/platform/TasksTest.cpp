@@ -122,3 +122,73 @@ TEST_F(TasksTest, sleepForResumesAfterItsTime)
     ASSERT_TRUE(comesTrue([this] { return ended; }));
     EXPECT_GE(clock.monotonic(), due - 1ms);
 }
+
+namespace
+{
+Task<> await(Completion<int> completion, QStringList &log, QString name)
+{
+    try {
+        const int value = co_await completion;
+        log.append(QStringLiteral("%1 %2").arg(name).arg(value));
+    } catch (const std::runtime_error &error) {
+        log.append(QStringLiteral("%1 %2").arg(name, QLatin1String(error.what())));
+    }
+}
+} // namespace
+
+TEST(Completion, whoWaitsGoesOnInTheOrderOfComingAndOnce)
+{
+    const Completion<int> completion;
+    QStringList log;
+    auto first = await(completion, log, QStringLiteral("first"));
+    auto second = await(completion, log, QStringLiteral("second"));
+    EXPECT_TRUE(log.isEmpty());
+    completion.finish(7);
+    completion.finish(8);
+    completion.fail(std::make_exception_ptr(std::runtime_error("too late")));
+    EXPECT_EQ(log, (QStringList{QStringLiteral("first 7"), QStringLiteral("second 7")}));
+    auto third = await(completion, log, QStringLiteral("third"));
+    EXPECT_EQ(log.last(), QStringLiteral("third 7")) << "after the end nobody waits";
+}
+
+TEST(Completion, anErrorReachesEveryWaiter)
+{
+    const Completion<int> completion;
+    QStringList log;
+    auto first = await(completion, log, QStringLiteral("first"));
+    completion.fail(std::make_exception_ptr(std::runtime_error("no luck")));
+    completion.finish(7);
+    auto second = await(completion, log, QStringLiteral("second"));
+    EXPECT_EQ(log, (QStringList{QStringLiteral("first no luck"), QStringLiteral("second no luck")}));
+}
+
+TEST(Completion, itMayGoWithWhoeverGoesOnFirst)
+{
+    auto completion = std::make_unique<Completion<>>();
+    int ended = 0;
+    const auto wait = [](Completion<> end, std::function<void()> then) -> Task<> {
+        co_await end;
+        then();
+    };
+    auto first = wait(*completion, [&] {
+        ++ended;
+        completion.reset();
+    });
+    auto second = wait(*completion, [&] { ++ended; });
+    completion->finish();
+    EXPECT_EQ(ended, 2);
+}
+
+TEST_F(TasksTest, theNextTurnComesBehindWhatWaits)
+{
+    QStringList log;
+    executor.onMain([&log] { log.append(QStringLiteral("waiting")); });
+    auto task = [](Executor &on, QStringList &said) -> Task<> {
+        said.append(QStringLiteral("now"));
+        co_await nextTurn(on);
+        said.append(QStringLiteral("then"));
+    }(executor, log);
+    EXPECT_EQ(log, QStringList{QStringLiteral("now")});
+    ASSERT_TRUE(comesTrue([&log] { return log.size() == 3; }));
+    EXPECT_EQ(log.last(), QStringLiteral("then"));
+}
