@@ -26,13 +26,6 @@ AppLibraryStore::AppLibraryStore(Services services)
     connect(&m_versions, &AndroidVersionSwitch::switched, this, &AppLibraryStore::androidVersionsChanged);
     connect(&m_versions, &AndroidVersionSwitch::removed, this, &AppLibraryStore::androidVersionsChanged);
     follow(*m_services.notifications);
-    for (const auto signal :
-         {&AppLibraryStore::searchChanged, &AppLibraryStore::statusMessageChanged,
-          &AppLibraryStore::androidStateChanged, &AppLibraryStore::launchingAppChanged,
-          &AppLibraryStore::runningAppsChanged, &AppLibraryStore::unreadAppsChanged,
-          &AppLibraryStore::nowPlayingChanged})
-        connect(this, signal, this, &AppLibraryStore::changed);
-    connect(this, &AppLibrary::appsChanged, this, &AppLibraryStore::changed);
     m_android.refresh();
 }
 

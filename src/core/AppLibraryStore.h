@@ -98,8 +98,6 @@ Q_SIGNALS:
     void runningAppsChanged();
     void unreadAppsChanged();
     void nowPlayingChanged();
-    /// Any of it.
-    void changed();
     /// The versions that are there, or the selected one, changed.
     void androidVersionsChanged();
 

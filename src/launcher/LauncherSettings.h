@@ -15,14 +15,12 @@ inline constexpr Setting<QString> wallpaper{
     "QuillnestWallpaper", "none", "the panel's wallpaper: none, custom or the name of a preset"};
 inline constexpr Setting<qint64> wallpaperRevision{
     "QuillnestWallpaperRevision", 0, "counts the photos that were chosen as the wallpaper"};
-inline constexpr Setting<bool> appShortcuts{
-    "QuillnestAppShortcuts", true, "numbered shortcuts for the first nine apps"};
 inline constexpr Setting<bool> showRuntimeSetup{
     "QuillnestShowRuntimeSetup", false, "the setup screen shows although Android is complete"};
 
 inline QList<SettingDeclaration> all()
 {
-    return declarations(theme, wallpaper, wallpaperRevision, appShortcuts, showRuntimeSetup);
+    return declarations(theme, wallpaper, wallpaperRevision, showRuntimeSetup);
 }
 } // namespace LauncherSettings
 

@@ -153,7 +153,16 @@ QWidget *MenuPanel::makeFooter()
 void MenuPanel::wire()
 {
     const auto &platform = m_services.platform;
-    connect(&m_services.store, &AppLibraryStore::changed, this, &MenuPanel::storeChanged);
+    const auto *store = &m_services.store;
+    connect(store, &AppLibraryStore::statusMessageChanged, this, &MenuPanel::showStatus);
+    connect(
+        store, &AppLibraryStore::searchChanged, this, [this] { m_searchField->setText(m_services.store.search()); });
+    for (const auto signal :
+         {&AppLibraryStore::androidStateChanged, &AppLibraryStore::androidVersionsChanged,
+          &AppLibraryStore::launchingAppChanged, &AppLibraryStore::runningAppsChanged,
+          &AppLibraryStore::unreadAppsChanged, &AppLibraryStore::nowPlayingChanged})
+        connect(store, signal, this, &MenuPanel::refreshParts);
+    connect(store, &AppLibrary::appsChanged, this, &MenuPanel::refreshParts);
     connect(platform.settings.get(), &SettingsStore::changed, this, &MenuPanel::settingChanged);
     if (platform.appearance)
         connect(platform.appearance.get(), &Appearance::changed, this, &MenuPanel::lookChanged);
@@ -229,11 +238,11 @@ void MenuPanel::importFiles()
         });
 }
 
-void MenuPanel::storeChanged()
+void MenuPanel::showStatus()
 {
-    m_searchField->setText(m_services.store.search());
-    m_apps->follow();
-    refreshParts();
+    const auto text = m_services.store.statusMessage();
+    m_status->setText(text);
+    m_status->setToolTip(plainToolTip(text));
 }
 
 void MenuPanel::settingChanged(const QString &key)
@@ -281,8 +290,7 @@ void MenuPanel::refreshParts()
 
     setColor(m_title, colors.label);
     setColor(m_status, colors.secondaryLabel);
-    m_status->setText(store.statusMessage());
-    m_status->setToolTip(plainToolTip(store.statusMessage()));
+    showStatus();
     m_pill->setState(store.androidState());
     m_dock->refresh();
     // The dock tells the same in more words while no app takes its place.

@@ -79,7 +79,7 @@ private:
     void wire();
 
     // Following the store and the settings.
-    void storeChanged();
+    void showStatus();
     void settingChanged(const QString &key);
     void lookChanged();
     void refreshParts();

@@ -129,7 +129,7 @@ TEST_F(AndroidLaunchTest, theFirstOfTwoLaunchesDoesNotTakeTheSecondsMark)
     const auto moon = addApp(QStringLiteral("Moon"));
     const auto star = addApp(QStringLiteral("Star"));
     std::vector<std::optional<QUuid>> marks;
-    QObject::connect(store.get(), &AppLibraryStore::changed, store.get(), [&] {
+    QObject::connect(store.get(), &AppLibraryStore::runningAppsChanged, store.get(), [&] {
         if (registry->session(moon.id) && !registry->session(star.id))
             marks.push_back(store->launchingAppID());
     });

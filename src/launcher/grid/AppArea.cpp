@@ -52,10 +52,9 @@ AppArea::AppArea(const PanelServices &services, const PanelLook &look, QWidget *
     connect(m_grid, &AppGrid::currentMoved, this, [this](QRect tile) {
         m_scroll->ensureVisible(tile.center().x(), tile.center().y(), 0, tile.height() / 2 + 32);
     });
-    m_apps = services.store.apps();
-    m_sortedApps = services.store.appsByName();
-    m_search = services.store.search();
-    showSections();
+    connect(&services.store, &AppLibrary::appsChanged, this, &AppArea::appsChanged);
+    connect(&services.store, &AppLibraryStore::searchChanged, this, &AppArea::searchChanged);
+    appsChanged();
     setColors();
 }
 
@@ -64,27 +63,22 @@ bool AppArea::showsTiles() const
     return m_grid->isVisible() && m_grid->count() > 0;
 }
 
-void AppArea::follow()
+void AppArea::appsChanged()
 {
-    const auto &store = m_services.store;
-    // The store announces every line of the status in the same way as a change of the library.
-    const bool otherApps = m_apps != store.apps();
-    const bool otherSearch = m_search != store.search();
-    if (!otherApps && !otherSearch)
-        return;
-    if (otherApps) {
-        m_apps = store.apps();
-        m_sortedApps = store.appsByName();
-    }
-    m_search = store.search();
+    m_sortedApps = m_services.store.appsByName();
     showSections();
-    if (otherSearch)
-        m_scroll->verticalScrollBar()->setValue(0);
+}
+
+void AppArea::searchChanged()
+{
+    showSections();
+    m_scroll->verticalScrollBar()->setValue(0);
 }
 
 void AppArea::showSections()
 {
-    const bool searching = !m_search.isEmpty();
+    const auto search = m_services.store.search();
+    const bool searching = !search.isEmpty();
     const bool bare = m_look.style == ThemeStyle::ios;
     AppGrid::Section all{searching ? QStringLiteral("Results") : bare ? QString() : QStringLiteral("All apps"), {}};
     AppGrid::Section favourites{bare ? QString() : QStringLiteral("Favourites"), {}};
@@ -95,10 +89,10 @@ void AppArea::showSections()
         if (app.isFavorite && !searching)
             favourites.apps.push_back(app);
     }
-    m_nothing->setText(QStringLiteral("Nothing matches “%1”").arg(m_search));
-    m_empty->setVisible(m_apps.empty());
+    m_nothing->setText(QStringLiteral("Nothing matches “%1”").arg(search));
+    m_empty->setVisible(m_sortedApps.empty());
     m_scroll->setVisible(!all.apps.empty());
-    m_nothing->setVisible(!m_apps.empty() && all.apps.empty());
+    m_nothing->setVisible(!m_sortedApps.empty() && all.apps.empty());
     std::vector<AppGrid::Section> sections;
     if (!favourites.apps.empty())
         sections.push_back(std::move(favourites));
@@ -129,7 +123,7 @@ void AppArea::marksChanged()
 
 void AppArea::openFirstResult()
 {
-    if (!m_search.isEmpty() && showsTiles())
+    if (!m_services.store.search().isEmpty() && showsTiles())
         m_grid->open(0);
 }
 

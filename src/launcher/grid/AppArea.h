@@ -26,8 +26,6 @@ public:
     /// Whether there are tiles to be seen, which can have the keyboard.
     bool showsTiles() const;
 
-    /// Takes over the library and the search, if they are others than before.
-    void follow();
     /// The style or the colours have changed: lays everything out anew.
     void lookChanged();
     /// Marks of tiles have changed.
@@ -40,15 +38,15 @@ Q_SIGNALS:
     void chooseRequested();
 
 private:
+    void appsChanged();
+    void searchChanged();
     void showSections();
     void setColors();
 
     const PanelServices &m_services;
     const PanelLook &m_look;
-    /// The library and the search as they are shown.
-    std::vector<MobileApp> m_apps;
+    /// The library as it is shown, search or not.
     std::vector<MobileApp> m_sortedApps;
-    QString m_search;
 
     EmptyState *m_empty = nullptr;
     QScrollArea *m_scroll = nullptr;
