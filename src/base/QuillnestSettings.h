@@ -15,7 +15,7 @@ namespace QuillnestSettings
 bool flag(const SettingsStore &settings, const QString &key, bool defaultValue);
 /// The value if the key holds a number (a boolean is none), otherwise the default.
 double number(const SettingsStore &settings, const QString &key, double defaultValue);
-/// The value if the key holds an integral number, otherwise the default.
+/// The value, without its fraction, if the key holds a number that fits, otherwise the default.
 qint64 integer(const SettingsStore &settings, const QString &key, qint64 defaultValue);
 /// The value if the key holds text, otherwise the default.
 QString text(const SettingsStore &settings, const QString &key, const QString &defaultValue);

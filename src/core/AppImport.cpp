@@ -53,8 +53,16 @@ Task<> AppImport::work()
             continue;
         }
         const auto platform = extension == QStringLiteral("apk") ? MobilePlatform::android : MobilePlatform::ios;
-        auto adding = addPackage(file.filePath(), platform);
-        co_await adding;
+        std::optional<QString> failure;
+        try {
+            auto adding = addPackage(file.filePath(), platform);
+            co_await adding;
+        } catch (const std::exception &error) {
+            failure = QString::fromUtf8(error.what());
+        }
+        // The files behind it come all the same.
+        if (self && failure)
+            m_status.say(QStringLiteral("Skipped %1: %2").arg(file.fileName(), *failure));
     }
     if (self)
         m_working = false;

@@ -13,7 +13,7 @@ inline constexpr Setting<bool> prewarm{
 inline constexpr Setting<bool> stopAndroidOnQuit{
     "QuillnestStopAndroidOnQuit", true, "Android stops when Quillnest ends"};
 inline constexpr Setting<bool> snapshots{
-    "QuillnestSnapshots", false, "diagnostic pictures of the panel and of windows"};
+    "QuillnestSnapshots", false, "a diagnostic picture of the panel a second after the start"};
 inline constexpr Setting<bool> loginItemDefaulted{
     "Quillnest.loginItemDefaulted", false, "the login item has been switched on once"};
 inline constexpr SettingRecord apps{"Quillnest.apps.v1", "data", "the library"};

@@ -220,7 +220,8 @@ Task<> QuillnestApp::cleanDevice()
     if (!self)
         co_return;
     m_deviceCleaned.finish();
-    if (self && m_windows.sessions().empty())
+    // A click that came meanwhile has stopped the count, and its launch goes on now.
+    if (self && m_windows.sessions().empty() && !m_store->launchingAppID())
         m_windows.scheduleIdleShutdown();
 }
 
@@ -247,6 +248,8 @@ Task<> QuillnestApp::launchAPK(QString path)
         const auto package = co_await installing;
         std::printf("Quillnest installed and launched %s\n", qUtf8Printable(package));
         std::fflush(stdout);
+    } catch (const AndroidRuntimeCancelled &) {
+        // The program ends.
     } catch (const std::exception &error) {
         std::fprintf(stderr, "Quillnest APK launch failed: %s\n", error.what());
     }

@@ -36,7 +36,7 @@ public:
 
     /// False if it could not be saved.
     bool append(const MobileApp &app);
-    /// The same for each entry of the id that `edit` has changed.
+    /// Lets `edit` change the entry of the id, if there is one.
     bool change(QUuid id, const std::function<void(MobileApp &)> &edit);
     bool erase(QUuid id);
 

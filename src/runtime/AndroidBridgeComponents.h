@@ -23,7 +23,4 @@ struct AndroidBridgeComponents {
     bool operator==(const AndroidBridgeComponents &) const = default;
 };
 
-/// The words for a source in the setup screen and in logs.
-QString sourceText(AndroidBridgeComponents::Source source);
-
 } // namespace quillnest

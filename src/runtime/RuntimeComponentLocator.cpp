@@ -28,12 +28,6 @@ std::optional<QString> sha256(const QString &path)
 }
 } // namespace
 
-QString sourceText(AndroidBridgeComponents::Source source)
-{
-    return source == AndroidBridgeComponents::Source::bundled ? QStringLiteral("Bundled in Quillnest")
-                                                              : QStringLiteral("Homebrew (development fallback)");
-}
-
 RuntimeComponentLocator::RuntimeComponentLocator(const Platform &platform) : m_platform(platform) { }
 
 QString RuntimeComponentLocator::contents(const QString &path) const

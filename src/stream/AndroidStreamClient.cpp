@@ -109,6 +109,8 @@ void AndroidStreamClient::connect()
                      .arg(listener->port()));
     // Nothing else brings the app up on the virtual display.
     send(ScrcpyControl::startApp(QLatin1Char('+') + m_config.package));
+    if (onConnected)
+        m_platform.executor->onMain(onConnected);
 
     m_threads->run([self = shared_from_this()] {
         if (const auto socket = self->m_control.socket())
@@ -219,6 +221,9 @@ AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &argum
     const auto result = m_platform.processes->runEndable(command, [this](const std::shared_ptr<RunningChild> &child) {
         const std::scoped_lock guard(m_lock);
         m_adb = child;
+        // A stop that came before this has found nothing to end.
+        if (m_stopped)
+            child->terminate();
     });
     {
         const std::scoped_lock guard(m_lock);

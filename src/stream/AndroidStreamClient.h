@@ -64,6 +64,8 @@ public:
     AndroidStreamClient &operator=(const AndroidStreamClient &) = delete;
 
     // Set before `start`; called on the main thread.
+    /// From now on control messages reach the device.
+    std::function<void()> onConnected;
     std::function<void(QSizeF)> onVideoSize;
     /// After the first frame was enqueued.
     std::function<void()> onFirstFrame;

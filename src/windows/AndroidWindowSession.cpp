@@ -128,6 +128,14 @@ void AndroidWindowSession::wire()
     connect(panel, &AndroidAppPanel::closeRequested, this, [this] { close(QStringLiteral("window close (Cmd+W)")); });
 
     const QPointer<AndroidWindowSession> self(this);
+    m_client->onConnected = [self] {
+        if (!self)
+            return;
+        // The window got the keyboard before the device could be told of the clipboard.
+        self->m_isConnected = true;
+        if (self->m_panel->isActiveWindow())
+            self->windowDidBecomeKey();
+    };
     m_client->onFirstFrame = [self] {
         if (self)
             self->firstFrameCame();
@@ -156,7 +164,7 @@ void AndroidWindowSession::firstFrameCame()
     // Android sets the volume anew when an app starts to play, so this comes a while after the start.
     m_services.platform.clock->later(
         std::chrono::milliseconds(1500), [executor = m_services.platform.executor, commands = m_services.commands] {
-            executor->inBackground([commands] { AndroidVolume::maximize(*commands); });
+            executor->asUtility([commands] { AndroidVolume::maximize(*commands); });
         });
 }
 
@@ -337,7 +345,7 @@ void AndroidWindowSession::windowDidResignKey()
 void AndroidWindowSession::windowDidBecomeKey()
 {
     const int count = m_services.platform.pasteboard->changeCount();
-    if (count == m_lastPasteboardChange)
+    if (!m_isConnected || count == m_lastPasteboardChange)
         return;
     m_lastPasteboardChange = count;
     const auto text = m_services.platform.pasteboard->string().value_or(QString());

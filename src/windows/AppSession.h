@@ -59,8 +59,8 @@ public:
     /// Any other message of ScrcpyControl.
     virtual void send(const QByteArray &message) = 0;
 
-    /// Asks for a still of what the app shows, in the video's full size. `take` gets it as soon as the device sends a
-    /// picture that can be decoded by itself, and not at all when the session ends before.
+    /// Asks for a still of what the app shows, in the video's full size. `take` gets the next picture that stands by
+    /// itself; nothing when that one can't be decoded or the session ends before.
     virtual void requestStill(std::function<void(const QImage &)> take) = 0;
 
     /// Samples of picture and sound for a recorder, from now on, and from now on no more.

@@ -24,12 +24,6 @@ struct WindowServices {
     std::shared_ptr<FileTransfer> fileTransfer{};
     /// Where the windows' streams run.
     std::shared_ptr<StreamThreads> streamThreads = std::make_shared<StreamThreads>();
-
-    /// Runs adb on the device in the background; whatever comes of it doesn't matter.
-    void runADBInBackground(const QStringList &arguments) const
-    {
-        platform.executor->inBackground([commands = commands, arguments] { commands->runADB(arguments); });
-    }
 };
 
 } // namespace quillnest

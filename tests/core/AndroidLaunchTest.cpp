@@ -89,6 +89,26 @@ TEST_F(AndroidLaunchTest, anAppThatIsOpenIsBroughtForward)
     EXPECT_EQ(registry->sessions().size(), 1U);
 }
 
+TEST_F(AndroidLaunchTest, anAppWhoseWindowIsClosingIsOpenedAnewOnceThatHasEnded)
+{
+    deviceIsUp();
+    const auto app = addApp(QStringLiteral("Moon"));
+    open(app);
+    registry->session(app.id)->close(QStringLiteral("test"));
+    fakes.processes->forget();
+    store->launch(app);
+    EXPECT_EQ(status(), QStringLiteral("Starting Moon…"));
+    EXPECT_EQ(store->launchingAppID(), app.id);
+    ASSERT_TRUE(waitFor([&] {
+        const auto *session = registry->session(app.id);
+        return session && !session->isClosing();
+    }));
+    const auto lines = fakes.processes->lines();
+    const auto first = [&lines](const char *text) { return lines.indexOf(lines.filter(QLatin1String(text)).value(0)); };
+    EXPECT_GE(first("am force-stop"), 0);
+    EXPECT_LT(first("am force-stop"), first("pm path")) << "the end of the old window would take the new one along";
+}
+
 TEST_F(AndroidLaunchTest, anyLaunchStopsTheCountToTheShutdown)
 {
     deviceIsUp();

@@ -60,6 +60,35 @@ protected:
 
 } // namespace
 
+TEST_F(QuillnestAppTest, aChangeOfMicrophoneAndCameraStopsTheDeviceForTheNextStartToHaveThem)
+{
+    deviceIsUp();
+    start();
+    fakes.settle();
+    fakes.processes->forget();
+    fakes.settings->setValue(QStringLiteral("QuillnestMicCamera"), true);
+    fakes.settle();
+    EXPECT_EQ(count("emu kill"), 1);
+    EXPECT_TRUE(hasLogged(QStringLiteral("stopping Android runtime (microphone/camera setting changed)")));
+    const auto config = *paths.avdHome + QLatin1Char('/') + paths.avdName + QStringLiteral(".avd/config.ini");
+    EXPECT_TRUE(fakes.readFile(config).value_or(QByteArray()).contains("hw.audioInput=yes"));
+    QFile::remove(paths.systemImage());
+    fakes.settings->setValue(QStringLiteral("QuillnestMicCamera"), false);
+    fakes.settle();
+    EXPECT_EQ(count("emu kill"), 1) << "nothing is there to be stopped";
+}
+
+TEST_F(QuillnestAppTest, aLaunchThatWaitedForTheCleaningIsNotPutToSleep)
+{
+    deviceIsUp();
+    const auto app = addApp(QStringLiteral("Moon"));
+    start();
+    this->app->store().launch(app);
+    fakes.runUntil([&] { return this->app->windows().session(app.id) != nullptr; });
+    EXPECT_FALSE(logLines().join(u'\n').contains(QStringLiteral("idle: Android stops")));
+    watchClients(*notifications, *registry);
+}
+
 TEST_F(QuillnestAppTest, aDeviceThatAnEarlierRunLeftIsCleanedAndSleepsWhenNobodyUsesIt)
 {
     deviceIsUp();

@@ -15,11 +15,12 @@ class StoredLibraryTest : public ::testing::Test
 protected:
     static MobileApp app(const QString &name)
     {
-        return {
-            .id = QUuid::createUuid(),
-            .name = name,
-            .sourcePath = QStringLiteral("/apps/%1.apk").arg(name),
-            .addedAt = QDateTime::fromMSecsSinceEpoch(0)};
+        MobileApp made;
+        made.id = QUuid::createUuid();
+        made.name = name;
+        made.sourcePath = QStringLiteral("/apps/%1.apk").arg(name);
+        made.addedAt = QDateTime::fromMSecsSinceEpoch(0);
+        return made;
     }
 
     StoredLibrary open() { return StoredLibrary(fakes.settings, log, status); }

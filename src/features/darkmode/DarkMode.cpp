@@ -20,27 +20,20 @@ constexpr std::chrono::milliseconds settlingTime{400};
 DarkMode::DarkMode(
     DeviceTweaks &device, const std::shared_ptr<const AndroidCommands> &commands, const SessionEvents &windows)
 {
-    device.add(
+    const auto tweak = device.add(
         {.stage = DeviceTweaks::Stage::appearance,
          .apply = &AndroidDarkMode::apply,
          .settings = {DarkModeSettings::sync.key()}});
     const auto &platform = commands->platform();
     // An app that is opened may find a device whose appearance somebody has changed in Android itself.
-    connect(&windows, &SessionEvents::opened, this, [commands] {
-        commands->platform().executor->asUtility([commands] { AndroidDarkMode::apply(*commands); });
-    });
+    connect(&windows, &SessionEvents::opened, this, [&device, tweak] { device.apply(tweak); });
     if (!platform.appearance)
         return;
-    connect(platform.appearance.get(), &Appearance::changed, this, [this, commands] {
-        const auto apply = [commands] {
-            if (commands->deviceIsBooted())
-                AndroidDarkMode::apply(*commands);
-        };
-        const auto soon = [self = QPointer<DarkMode>(this), commands, apply] {
+    connect(platform.appearance.get(), &Appearance::changed, this, [this, &device, clock = platform.clock, tweak] {
+        clock->later(settlingTime, [self = QPointer<DarkMode>(this), &device, tweak] {
             if (self)
-                commands->platform().executor->asUtility(apply);
-        };
-        commands->platform().clock->later(settlingTime, soon);
+                device.apply(tweak);
+        });
     });
 }
 
