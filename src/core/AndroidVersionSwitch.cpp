@@ -19,16 +19,21 @@ AndroidVersionSwitch::AndroidVersionSwitch(const StoreServices &services, Androi
     , m_status(status)
     , m_selected(AndroidVersions::selected(*services.platform.settings))
 {
-    const auto follow = [self = QPointer<AndroidVersionSwitch>(this)] {
-        if (!self)
-            return;
-        const int api = AndroidVersions::selected(*self->m_services.platform.settings);
-        if (self->m_switching || api == self->m_selected)
-            return;
-        self->leave(api);
-        self->arrive(api);
-    };
-    services.runtime.tweaks().whenChanged({RuntimeSettings::androidAPI.key()}, follow);
+    services.runtime.tweaks().whenChanged(
+        {RuntimeSettings::androidAPI.key()}, [self = QPointer<AndroidVersionSwitch>(this)] {
+            if (self)
+                self->follow();
+        });
+}
+
+void AndroidVersionSwitch::follow()
+{
+    const int api = AndroidVersions::selected(*m_services.platform.settings);
+    // One whose files are just being removed is arrived at when they have gone.
+    if (m_switching || api == m_selected || m_beingRemoved.contains(api))
+        return;
+    leave(api);
+    arrive(api);
 }
 
 void AndroidVersionSwitch::switchTo(int api)
@@ -42,7 +47,6 @@ void AndroidVersionSwitch::switchTo(int api)
         m_status.say(QStringLiteral("%1 is just being deleted").arg(AndroidVersions::name(api)));
         return;
     }
-    leave(api);
     m_switching = true;
     const auto failure = RuntimeSettings::androidAPI.set(*platform.settings, api);
     m_switching = false;
@@ -50,6 +54,7 @@ void AndroidVersionSwitch::switchTo(int api)
         m_status.say(QStringLiteral("Could not switch to %1: %2").arg(AndroidVersions::name(api), *failure));
         return;
     }
+    leave(api);
     arrive(api);
 }
 
@@ -103,8 +108,7 @@ Task<> AndroidVersionSwitch::removeFiles(int api)
     m_services.log->write(QStringLiteral("android version: deleted API %1").arg(api));
     m_status.say(QStringLiteral("Deleted %1").arg(AndroidVersions::name(api)));
     // Somebody may have selected it by the settings alone.
-    if (api == AndroidVersions::selected(*m_services.platform.settings))
-        m_android.refresh();
+    follow();
     Q_EMIT removed(api);
 }
 

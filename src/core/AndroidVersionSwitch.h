@@ -32,6 +32,8 @@ Q_SIGNALS:
     void removed(int api);
 
 private:
+    /// The setting has changed, by whoever.
+    void follow();
     /// The windows and the device of the version before.
     void leave(int api);
     void arrive(int api);

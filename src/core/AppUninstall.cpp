@@ -74,14 +74,16 @@ Task<> AppUninstall::run(MobileApp app, QString package)
     if (!self)
         co_return;
     m_services.log->write(QStringLiteral("Uninstall %1: %2").arg(package, output.trimmed()));
+    // First the entry: one that couldn't be taken out must not be left without its file.
+    if (!m_library.erase(app.id))
+        co_return;
     m_services.platform.settings->remove(InstallRecords::key(app.sourcePath));
     const auto &folders = m_services.platform.folders;
     QFile::remove(QStringLiteral("%1/%2.png").arg(QuillnestFolders::icons(folders), uuidText(app.id)));
     // A file anywhere else belongs to the user and stays.
     if (QDir::cleanPath(app.sourcePath).startsWith(QuillnestFolders::packages(folders) + QLatin1Char('/')))
         QFile::remove(app.sourcePath);
-    if (m_library.erase(app.id))
-        m_status.say(QStringLiteral("Uninstalled %1").arg(app.displayName()));
+    m_status.say(QStringLiteral("Uninstalled %1").arg(app.displayName()));
 }
 
 } // namespace quillnest

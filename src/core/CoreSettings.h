@@ -17,8 +17,8 @@ inline constexpr Setting<bool> snapshots{
 inline constexpr Setting<bool> loginItemDefaulted{
     "Quillnest.loginItemDefaulted", false, "the login item has been switched on once"};
 inline constexpr SettingRecord apps{"Quillnest.apps.v1", "data", "the library"};
-inline constexpr SettingRecord unreadableApps{
-    "Quillnest.apps.unreadable", "data", "the library as it was when it could not be read"};
+inline constexpr SettingFamily unreadableApps{
+    "Quillnest.apps.unreadable.", "data", "a library as it was when it could not be read"};
 
 inline QList<SettingDeclaration> all()
 {

@@ -212,6 +212,9 @@ Task<> QuillnestApp::cleanDevice()
             auto applying = m_runtime.tweaks().applyAll();
             co_await applying;
         }
+    } catch (const AndroidRuntimeCancelled &) {
+        // The program ends, and what this stands on goes with it.
+        co_return;
     } catch (const std::exception &error) {
         // Whoever waits for this finds a device that isn't quite clean, which is better than none.
         if (self)

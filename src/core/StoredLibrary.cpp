@@ -28,25 +28,45 @@ void StoredLibrary::load()
 {
     const auto key = CoreSettings::apps.key();
     const auto value = m_settings->value(key);
-    if (value.typeId() != QMetaType::QByteArray)
+    if (!value.isValid())
         return;
-    const auto bytes = value.toByteArray();
-    if (auto apps = LibraryFormat::decode(bytes)) {
+    const bool isData = value.typeId() == QMetaType::QByteArray;
+    if (auto apps = isData ? LibraryFormat::decode(value.toByteArray()) : std::nullopt) {
         // What was read counts whether or not it can be written again.
         m_apps = *apps;
         save(std::move(*apps));
         return;
     }
-    // The next save would destroy them for good.
-    const auto failure = m_settings->setValue(CoreSettings::unreadableApps.key(), bytes);
+    // The next save would destroy it for good.
+    m_unreadable = value;
+    keepUnreadable();
+}
+
+std::optional<QString> StoredLibrary::keepUnreadable()
+{
+    if (!m_unreadable)
+        return std::nullopt;
+    // What an earlier start has kept stays, too.
+    int number = 1;
+    while (m_settings->value(CoreSettings::unreadableApps.key(QString::number(number))).isValid()
+           && m_settings->value(CoreSettings::unreadableApps.key(QString::number(number))) != *m_unreadable)
+        ++number;
+    const auto key = CoreSettings::unreadableApps.key(QString::number(number));
+    const auto failure = m_settings->setValue(key, *m_unreadable);
     m_log->write(
         failure ? QStringLiteral("library unreadable, not kept aside error=%1").arg(*failure)
-                : QStringLiteral("library unreadable, kept aside as %1").arg(CoreSettings::unreadableApps.key()));
+                : QStringLiteral("library unreadable, kept aside as %1").arg(key));
+    if (!failure)
+        m_unreadable.reset();
+    return failure;
 }
 
 bool StoredLibrary::save(std::vector<MobileApp> apps)
 {
-    if (const auto failure = m_settings->setValue(CoreSettings::apps.key(), LibraryFormat::encode(apps))) {
+    auto failure = keepUnreadable();
+    if (!failure)
+        failure = m_settings->setValue(CoreSettings::apps.key(), LibraryFormat::encode(apps));
+    if (failure) {
         m_log->write(QStringLiteral("library not saved error=%1").arg(*failure));
         m_status.say(QStringLiteral("Could not save the library: %1").arg(*failure));
         return false;

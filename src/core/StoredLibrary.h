@@ -46,11 +46,15 @@ Q_SIGNALS:
 private:
     void load();
     bool save(std::vector<MobileApp> apps);
+    /// Puts a library that could not be read under another key, once; answers why that failed.
+    std::optional<QString> keepUnreadable();
 
     const std::shared_ptr<SettingsStore> m_settings;
     const std::shared_ptr<QuillnestLog> m_log;
     StatusLine &m_status;
     std::vector<MobileApp> m_apps;
+    /// What the settings hold in place of a library and isn't kept elsewhere yet.
+    std::optional<QVariant> m_unreadable;
 };
 
 /// Whether a text holds another, as the user sees it: case doesn't matter. An empty text is held by none.

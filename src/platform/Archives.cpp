@@ -37,6 +37,7 @@ bool fits(std::string_view name, std::string_view pattern)
 OpenArchive::Bytes OpenArchive::read(std::string_view name, std::size_t limit)
 {
     Bytes bytes;
+    begin(limit);
     const auto &all = names();
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (all[i] == name && !append(i, limit, bytes))
@@ -48,6 +49,7 @@ OpenArchive::Bytes OpenArchive::read(std::string_view name, std::size_t limit)
 OpenArchive::Bytes OpenArchive::readMatching(std::string_view pattern, std::size_t limit)
 {
     Bytes bytes;
+    begin(limit);
     const auto &all = names();
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (fits(all[i], pattern) && !append(i, limit, bytes))

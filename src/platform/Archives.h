@@ -34,6 +34,8 @@ public:
     Bytes readMatching(std::string_view pattern, std::size_t limit);
 
 protected:
+    /// What follows are the entries of one reading, which take together what a reading of `limit` bytes may take.
+    virtual void begin(std::size_t) { }
     /// Adds what an entry holds to `bytes`; false if these would become more than `limit`.
     virtual bool append(std::size_t index, std::size_t limit, Bytes &bytes) = 0;
 };

@@ -27,6 +27,9 @@ public:
     {
     }
 
+    /// What holding a sample takes besides its bytes, so that a flood of tiny ones is bounded as well.
+    static constexpr std::size_t itemCost = 256;
+
     bool isFor(const std::shared_ptr<SampleConsumer> &consumer) const { return m_consumer == consumer; }
 
     void takeVideo(const VideoSample &sample)
@@ -58,9 +61,8 @@ public:
 
     void end()
     {
-        put(0, [](SampleConsumer &consumer) { consumer.ended(); });
-        const std::scoped_lock guard(m_lock);
-        m_closed = true;
+        put(
+            0, [](SampleConsumer &consumer) { consumer.ended(); }, Last::yes);
     }
 
 private:
@@ -70,16 +72,19 @@ private:
         std::function<void(SampleConsumer &)> give;
     };
 
-    bool fits(std::size_t bytes) const { return m_bytes + bytes <= byteCapacity; }
+    bool fits(std::size_t bytes) const { return m_bytes + bytes + itemCost <= byteCapacity; }
 
-    void put(std::size_t size, std::function<void(SampleConsumer &)> give)
+    enum class Last { no, yes };
+    void put(std::size_t size, std::function<void(SampleConsumer &)> give, Last last = Last::no)
     {
         {
             const std::scoped_lock guard(m_lock);
             if (m_closed)
                 return;
-            m_bytes += size;
-            m_waiting.push_back({size, std::move(give)});
+            // Nothing comes behind the end.
+            m_closed = last == Last::yes;
+            m_bytes += size + itemCost;
+            m_waiting.push_back({size + itemCost, std::move(give)});
             if (std::exchange(m_handingOver, true))
                 return;
         }

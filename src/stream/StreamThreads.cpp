@@ -48,15 +48,17 @@ void StreamThreads::run(std::function<void()> work)
     {
         const std::scoped_lock guard(m_state->lock);
         ended = m_state->takeEnded();
-        auto &entry = m_state->entries.emplace_back();
+        std::list<State::Entry> made(1);
         // The entry can't be looked at by the new thread before the lock is free.
-        entry.thread = std::thread([state = m_state, &entry, work = std::move(work)]() mutable {
+        made.front().thread = std::thread([state = m_state, &entry = made.front(), work = std::move(work)]() mutable {
             work();
             work = nullptr;
             const std::scoped_lock inner(state->lock);
             entry.hasEnded = true;
             state->changed.notify_all();
         });
+        // A thread that couldn't be made leaves nothing behind.
+        m_state->entries.splice(m_state->entries.end(), made);
     }
     for (auto &entry : ended)
         entry.thread.join();

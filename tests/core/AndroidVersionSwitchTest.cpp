@@ -181,6 +181,17 @@ TEST_F(AndroidVersionSwitchTest, aChoiceInTheSettingsAloneDoesTheSame)
     EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 1);
 }
 
+TEST_F(AndroidVersionSwitchTest, oneThatIsBeingDeletedIsArrivedAtWhenItHasGone)
+{
+    install(33);
+    store->deleteAndroidVersion(33);
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{33});
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Ready")) << "it looks complete and is about to vanish";
+    fakes.settle();
+    EXPECT_EQ(store->statusMessage(), QStringLiteral("Android 13 needs a one-time download"));
+    EXPECT_EQ(store->androidState(), State::notSetUp);
+}
+
 TEST_F(AndroidVersionSwitchTest, aSwitchStopsTheDeviceOnce)
 {
     deviceIsUp();

@@ -2,6 +2,7 @@
 
 #include "LaunchFixture.h"
 #include "core/LoginItem.h"
+#include "runtime/DeviceTweaks.h"
 #include "windows/AndroidPlayerView.h"
 
 #include <QAbstractButton>
@@ -81,12 +82,31 @@ TEST_F(QuillnestAppTest, aChangeOfMicrophoneAndCameraStopsTheDeviceForTheNextSta
 TEST_F(QuillnestAppTest, aLaunchThatWaitedForTheCleaningIsNotPutToSleep)
 {
     deviceIsUp();
-    const auto app = addApp(QStringLiteral("Moon"));
+    const auto moon = addApp(QStringLiteral("Moon"));
     start();
-    this->app->store().launch(app);
-    fakes.runUntil([&] { return this->app->windows().session(app.id) != nullptr; });
+    app->store().launch(moon);
+    fakes.runUntil([&] { return app->windows().session(moon.id) != nullptr; });
     EXPECT_FALSE(logLines().join(u'\n').contains(QStringLiteral("idle: Android stops")));
-    watchClients(*notifications, *registry);
+}
+
+TEST_F(QuillnestAppTest, quittingWhileTheCleaningWaitsTouchesNothingMore)
+{
+    deviceIsUp();
+    start();
+    // The device is looked at; a setting that changes meanwhile is on its way to it when the cleaning's turn comes.
+    app->device().add(
+        {.stage = DeviceTweaks::Stage::network,
+         .apply = [](const AndroidCommands &) {},
+         .settings = {QStringLiteral("Some.setting")}});
+    fakes.settings->setValue(QStringLiteral("Some.setting"), true);
+    fakes.executor->drainMain();
+    fakes.executor->runOneInBackground();
+    fakes.executor->drainMain();
+    app.reset();
+    const auto lines = logLines().size();
+    fakes.settle();
+    EXPECT_EQ(logLines().size(), lines);
+    EXPECT_FALSE(logLines().join(u'\n').contains(QStringLiteral("cleaning the device failed")));
 }
 
 TEST_F(QuillnestAppTest, aDeviceThatAnEarlierRunLeftIsCleanedAndSleepsWhenNobodyUsesIt)

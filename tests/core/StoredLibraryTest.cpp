@@ -25,9 +25,10 @@ protected:
 
     StoredLibrary open() { return StoredLibrary(fakes.settings, log, status); }
 
-    QByteArray stored(const SettingRecord &record = CoreSettings::apps) const
+    QByteArray stored() const { return fakes.settings->value(CoreSettings::apps.key()).toByteArray(); }
+    QVariant kept(int number = 1) const
     {
-        return fakes.settings->value(record.key()).toByteArray();
+        return fakes.settings->value(CoreSettings::unreadableApps.key(QString::number(number)));
     }
 
     FakePlatform fakes = fakePlatform();
@@ -60,10 +61,10 @@ TEST_F(StoredLibraryTest, bytesThatCanNotBeReadAreKeptAsideBeforeAnySave)
     auto library = open();
     EXPECT_TRUE(library.apps().empty());
     EXPECT_EQ(stored(), bad) << "until the next save";
-    EXPECT_EQ(stored(CoreSettings::unreadableApps), bad);
-    EXPECT_EQ(log->tail(1), QStringLiteral("library unreadable, kept aside as Quillnest.apps.unreadable"));
+    EXPECT_EQ(kept(), QVariant(bad));
+    EXPECT_EQ(log->tail(1), QStringLiteral("library unreadable, kept aside as Quillnest.apps.unreadable.1"));
     library.append(app(QStringLiteral("Star")));
-    EXPECT_EQ(stored(CoreSettings::unreadableApps), bad);
+    EXPECT_EQ(kept(), QVariant(bad));
     EXPECT_EQ(LibraryFormat::decode(stored())->size(), 1U);
 }
 
@@ -97,4 +98,30 @@ TEST_F(StoredLibraryTest, accentsOfTheirOwnAndThoseOfALetterAreTheSame)
     library.append(app(decomposed + u'b'));
     library.append(app(composed + u'a'));
     EXPECT_EQ(library.sorted(StoredLibrary::Order::byName).front().name, composed + u'a');
+}
+
+TEST_F(StoredLibraryTest, withoutRoomToKeepThemAsideUnreadableBytesAreNotOverwrittenEither)
+{
+    const QByteArray bad = "no library";
+    fakes.settings->setValue(CoreSettings::apps.key(), bad);
+    fakes.settings->failure = QStringLiteral("No space left on device");
+    auto library = open();
+    EXPECT_FALSE(library.append(app(QStringLiteral("Moon"))));
+    EXPECT_EQ(stored(), bad);
+    fakes.settings->failure.reset();
+    EXPECT_TRUE(library.append(app(QStringLiteral("Moon"))));
+    EXPECT_EQ(kept(), QVariant(bad));
+    EXPECT_EQ(LibraryFormat::decode(stored())->size(), 1U);
+}
+
+TEST_F(StoredLibraryTest, aValueOfAnotherTypeIsKeptAsideBesideEarlierOnes)
+{
+    fakes.settings->setValue(CoreSettings::apps.key(), QByteArray("no library"));
+    open();
+    fakes.settings->setValue(CoreSettings::apps.key(), QStringLiteral("text"));
+    open();
+    open();
+    EXPECT_EQ(kept(1), QVariant(QByteArray("no library")));
+    EXPECT_EQ(kept(2), QVariant(QStringLiteral("text")));
+    EXPECT_EQ(kept(3), QVariant()) << "the same thing is kept once";
 }

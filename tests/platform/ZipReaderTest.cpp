@@ -334,6 +334,34 @@ TEST_F(ZipReaderTest, anArchiveWithManyEndsIsReadOnceAtMostForEach)
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(8));
 }
 
+TEST_F(ZipReaderTest, manyRecordsOfOneNameTakeNoLongerThanOne)
+{
+    // One entry of empty blocks, which takes time and holds nothing, and a directory that names it again and again.
+    TwoEntries two;
+    QByteArray blocks;
+    for (int i = 0; i < 3 * 1024 * 1024; ++i)
+        blocks += QByteArray("\x00\x00\x00\xFF\xFF", 5);
+    two.bytes = two.bytes.first(31) + blocks + two.bytes.sliced(two.directory);
+    two.directory = 31 + blocks.size();
+    two.set32(18, 20, static_cast<quint32>(blocks.size()));
+    const auto record = two.bytes.mid(two.directory, 46 + static_cast<std::uint8_t>(two.bytes[two.directory + 28]));
+    const auto end = two.bytes.last(22);
+    constexpr int count = 5000;
+    two.bytes.truncate(two.directory);
+    for (int i = 0; i < count; ++i)
+        two.bytes += record;
+    two.bytes += end;
+    two.put(two.bytes.size() - 14, count, 2);
+    two.put(two.bytes.size() - 12, count, 2);
+    two.put(two.bytes.size() - 10, static_cast<quint64>(record.size() * count), 4);
+    two.put(two.bytes.size() - 6, static_cast<quint64>(two.directory), 4);
+    const auto archive = open(two.bytes);
+    ASSERT_TRUE(archive);
+    ASSERT_EQ(archive->names().size(), static_cast<std::size_t>(count));
+    // Each of them would be read to its end: that is many minutes, and the test's time is up.
+    EXPECT_TRUE(archive->read(archive->names().front(), 16 * 1024 * 1024).empty());
+}
+
 TEST_F(ZipReaderTest, anEntryThatIsLongToReadAndHoldsNothingEnds)
 {
     // Empty blocks, five bytes each.

@@ -79,13 +79,23 @@ bool ZipReader::isReadable(std::size_t index, zip_stat_t &facts) const
     return isUsual && facts.encryption_method == ZIP_EM_NONE;
 }
 
+void ZipReader::begin(std::size_t limit)
+{
+    // Packing makes nothing much larger, so what takes more than this only wants to take time.
+    m_source.allow(limit + limit / 8 + largestEnd);
+}
+
 ZipReader::Ending ZipReader::stream(std::size_t index, std::uint64_t expected, const Taker &taker)
+{
+    begin(expected);
+    return drain(index, taker);
+}
+
+ZipReader::Ending ZipReader::drain(std::size_t index, const Taker &taker)
 {
     zip_stat_t facts;
     if (!isReadable(index, facts))
         return Ending::broken;
-    // Packing makes nothing much larger, so what takes more than this only wants to take time.
-    m_source.allow(expected + expected / 8 + largestEnd);
     auto *file = zip_fopen_index(m_archive, index, 0);
     if (!file)
         return Ending::broken;
@@ -108,7 +118,7 @@ bool ZipReader::append(std::size_t index, std::size_t limit, Bytes &bytes)
         bytes.insert(bytes.end(), piece.begin(), piece.end());
         return true;
     };
-    return stream(index, limit - bytes.size(), take) != Ending::stopped;
+    return drain(index, take) != Ending::stopped;
 }
 
 } // namespace quillnest

@@ -46,12 +46,15 @@ public:
     Ending stream(std::size_t index, std::uint64_t expected, const Taker &taker);
 
 protected:
+    void begin(std::size_t limit) override;
     bool append(std::size_t index, std::size_t limit, Bytes &bytes) override;
 
 private:
     ZipReader() = default;
     bool openFile(const std::string &path);
     bool isReadable(std::size_t index, zip_stat_t &facts) const;
+    /// `stream` within the allowance that is left.
+    Ending drain(std::size_t index, const Taker &taker);
 
     ZipSource m_source;
     zip_t *m_archive = nullptr;
