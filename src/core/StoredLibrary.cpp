@@ -10,10 +10,17 @@
 namespace quillnest
 {
 
+namespace
+{
+/// An accent may be a character of its own or part of its letter; both look the same.
+QString composed(const QString &text)
+{
+    return text.normalized(QString::NormalizationForm_C);
+}
+} // namespace
+
 bool containsText(const QString &text, const QString &part)
 {
-    // An accent may be a character of its own or part of its letter; both look the same.
-    const auto composed = [](const QString &raw) { return raw.normalized(QString::NormalizationForm_C); };
     return !part.isEmpty() && composed(text).contains(composed(part), Qt::CaseInsensitive);
 }
 
@@ -124,7 +131,7 @@ std::vector<MobileApp> StoredLibrary::sorted(Order order) const
     std::vector<Keyed> keyed;
     keyed.reserve(m_apps.size());
     for (const auto &app : m_apps)
-        keyed.push_back({collator.sortKey(app.displayName().toCaseFolded()), &app});
+        keyed.push_back({collator.sortKey(composed(app.displayName()).toCaseFolded()), &app});
     std::stable_sort(keyed.begin(), keyed.end(), [order](const Keyed &a, const Keyed &b) {
         if (order == Order::favouritesFirst && a.app->isFavorite != b.app->isFavorite)
             return a.app->isFavorite;

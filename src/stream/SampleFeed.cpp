@@ -27,9 +27,6 @@ public:
     {
     }
 
-    /// What holding a sample takes besides its bytes, so that a flood of tiny ones is bounded as well.
-    static constexpr std::size_t itemCost = 256;
-
     bool isFor(const std::shared_ptr<SampleConsumer> &consumer) const { return m_consumer == consumer; }
 
     void takeVideo(const VideoSample &sample)

@@ -20,6 +20,8 @@ class SampleFeed
 public:
     /// How much may wait for one consumer.
     static constexpr std::size_t byteCapacity = 32U << 20;
+    /// What holding a sample counts besides its bytes, so that a flood of tiny ones is bounded as well.
+    static constexpr std::size_t itemCost = 256;
 
     SampleFeed(std::shared_ptr<Executor> executor, std::shared_ptr<QuillnestLog> log);
     ~SampleFeed();

@@ -115,7 +115,7 @@ TEST_F(SampleFeedTest, detachingOneLeavesTheOthers)
 
 TEST_F(SampleFeedTest, oneThatIsTooSlowMissesPicturesUpToAKeyFrameAndTheMemoryIsBounded)
 {
-    constexpr std::size_t half = SampleFeed::byteCapacity / 2;
+    constexpr std::size_t half = SampleFeed::byteCapacity / 2 - SampleFeed::itemCost;
     feed.attach(consumer);
     feed.takeVideo(sample(true, half));
     feed.takeVideo(sample(false, half));
@@ -134,6 +134,16 @@ TEST_F(SampleFeedTest, oneThatIsTooSlowMissesPicturesUpToAKeyFrameAndTheMemoryIs
         (QStringList{
             QStringLiteral("key %1 at 5000").arg(half), QStringLiteral("delta %1 at 5000").arg(half),
             QStringLiteral("sound 960 at 2000"), QStringLiteral("key 3 at 5000"), QStringLiteral("delta 4 at 5000")}));
+}
+
+TEST_F(SampleFeedTest, aFloodOfTinyOnesIsBoundedToo)
+{
+    feed.attach(consumer);
+    const std::vector<std::uint8_t> tiny(1);
+    for (std::size_t i = 0; i < 2 * SampleFeed::byteCapacity / SampleFeed::itemCost; ++i)
+        feed.takeAudio(tiny, 1ms);
+    fakes.settle();
+    EXPECT_LE(static_cast<std::size_t>(consumer->notes.size()), SampleFeed::byteCapacity / SampleFeed::itemCost);
 }
 
 TEST_F(SampleFeedTest, oneThatThrowsIsHeardOfNoMoreAndSpoilsNothingForTheOthers)
