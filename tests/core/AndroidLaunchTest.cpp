@@ -50,14 +50,6 @@ TEST_F(AndroidLaunchTest, theTimeSinceTheClickIsLoggedWithTwoDecimals)
         << lines[0].toStdString();
 }
 
-TEST_F(AndroidLaunchTest, anOpenedWindowBringsTheAppearanceOver)
-{
-    deviceIsUp();
-    fakes.processes->forget();
-    open(addApp(QStringLiteral("Moon")));
-    EXPECT_TRUE(waitFor([this] { return fakes.processes->count(QStringLiteral("uimode")) > 0; }));
-}
-
 TEST_F(AndroidLaunchTest, aLaunchOnAReadyDeviceDoesNotShowStarting)
 {
     deviceIsUp();
