@@ -12,6 +12,7 @@
 #include "platform/desktop/QtClock.h"
 #include "platform/desktop/QtExecutor.h"
 #include "platform/posix/FileSettingsStore.h"
+#include "platform/posix/ZipArchives.h"
 #include "runtime/AndroidRuntimeCLI.h"
 #include "runtime/AndroidRuntimeProvisioner.h"
 #include "windows/AndroidWindowRegistry.h"
@@ -138,6 +139,7 @@ int main(int argc, char **argv)
     platform.clock = std::make_shared<QtClock>();
     platform.executor = std::make_shared<QtExecutor>();
     platform.settings = std::make_shared<FileSettingsStore>(arguments[1]);
+    platform.archives = std::make_shared<ZipArchives>();
     platform.processes = hostChildProcesses();
     const auto log
         = std::make_shared<QuillnestLog>(platform.clock, platform.folders.logs, QStringLiteral("churn.log"), false);
