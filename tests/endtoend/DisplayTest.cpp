@@ -316,9 +316,7 @@ TEST_F(DisplayTest, aWindowHidesWhenItLosesTheKeyboardAndAPinnedOneStays)
     }
     program.post(QStringLiteral("open:Tide"));
     waitForVisible(true);
-    waitFor(QStringLiteral("the keyboard"), 10, [this] {
-        return program.window().value(QStringLiteral("active")).toBool();
-    });
+    waitForKeyboard();
     click(Pin);
     waitForPinned(true);
     {
@@ -339,10 +337,9 @@ TEST_F(DisplayTest, homePutsThePanelInTheWindowsPlaceAndTheStreamGoesOn)
     const auto before = frame();
     desktop.click({before.x() + 21.0, before.y() + 18.0});
     waitForVisible(false);
-    program.waitForState(QStringLiteral("the panel"), 10, [](const QJsonObject &state) {
-        return !state.value(QStringLiteral("panel")).isNull();
+    program.waitForState(QStringLiteral("the panel in the window's place"), 10, [before](const QJsonObject &state) {
+        return rectangle(state.value(QStringLiteral("panel")).toObject()) == before;
     });
-    EXPECT_EQ(rectangle(program.state().value(QStringLiteral("panel")).toObject()), before);
     const int enqueued = program.window().value(QStringLiteral("framesEnqueued")).toInt();
     program.waitForState(QStringLiteral("the stream to go on"), 10, [enqueued](const QJsonObject &state) {
         return windows(state).first()[QStringLiteral("framesEnqueued")].toInt() > enqueued + 10;

@@ -72,6 +72,15 @@ protected:
         program.addApps({ProgramUnderTest::sample(QStringLiteral("tide"))});
         program.post(QStringLiteral("open:Tide"));
         program.waitForPicture(60);
+        waitForKeyboard();
+    }
+
+    /// A window paints before the window manager has put it on the screen; a click waits for its focus.
+    void waitForKeyboard() const
+    {
+        program.waitForState(QStringLiteral("the window to get the keyboard"), 10, [](const QJsonObject &state) {
+            return windows(state).first()[QStringLiteral("active")].toBool();
+        });
     }
 
     void waitForNoWindow(double seconds = 20) const

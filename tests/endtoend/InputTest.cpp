@@ -28,17 +28,9 @@ protected:
         setKeyboard({QStringLiteral("us")});
         program.start();
         openTide();
-        waitForKeyboard();
     }
 
     void setKeyboard(const QStringList &layout) const { desktop.run(QStringLiteral("setxkbmap"), layout); }
-
-    void waitForKeyboard() const
-    {
-        program.waitForState(QStringLiteral("the window to have the keyboard"), 10, [](const QJsonObject &state) {
-            return windows(state).first()[QStringLiteral("active")].toBool();
-        });
-    }
 
     QRect videoArea() const { return rectangle(program.window().value(QStringLiteral("videoArea")).toObject()); }
     QSize video() const
