@@ -39,11 +39,11 @@ public:
         m_state->value.emplace(std::move(value));
         end();
     }
-    void fail(std::exception_ptr error) const
+    void fail(const std::exception_ptr &error) const
     {
         if (m_state->hasEnded)
             return;
-        m_state->error = std::move(error);
+        m_state->error = error;
         end();
     }
     bool hasEnded() const { return m_state->hasEnded; }

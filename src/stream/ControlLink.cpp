@@ -10,7 +10,7 @@ struct ControlLink::Line {
 
     /// Writes all that waits and answers true, or, when it mustn't wait for the device to read, as much of it as the
     /// socket takes.
-    bool empty(const Clock &clock, Wait wait);
+    bool drain(const Clock &clock, Wait wait);
 
     std::shared_ptr<StreamSocket> current() const
     {
@@ -32,7 +32,7 @@ private:
     bool writeUnderWay(StreamSocket &to, Wait wait);
 };
 
-bool ControlLink::Line::empty(const Clock &clock, Wait wait)
+bool ControlLink::Line::drain(const Clock &clock, Wait wait)
 {
     while (true) {
         if (!underWay) {
@@ -112,8 +112,8 @@ void ControlLink::send(const QByteArray &message, std::optional<std::chrono::nan
         return;
     // A thread that has to be woken gets a processor when the decoder leaves one, which a finger would feel; so the
     // message goes out here, and only what would have to wait for the device goes out there.
-    if (!m_line->empty(*m_clock, Line::Wait::no))
-        m_queue->post([line = m_line, clock = m_clock] { line->empty(*clock, Line::Wait::yes); });
+    if (!m_line->drain(*m_clock, Line::Wait::no))
+        m_queue->post([line = m_line, clock = m_clock] { line->drain(*clock, Line::Wait::yes); });
 }
 
 ControlLink::Counters ControlLink::counters() const

@@ -9,7 +9,7 @@ namespace quillnest
 {
 
 /// A store whose apps open real windows. One app at a time is off, so that a test says so where it matters.
-class LaunchFixture : public CoreFixture
+class LaunchFixture : public virtual CoreFixture
 {
 protected:
     LaunchFixture()

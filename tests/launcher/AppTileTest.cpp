@@ -11,7 +11,7 @@ using namespace quillnest;
 
 namespace
 {
-class AppTileTest : public PanelFixture
+class AppTileTest : public LivePanelFixture
 {
 protected:
     QString tip(const QString &name) { return grid().tile(indexOf(name)).toolTip(*services); }

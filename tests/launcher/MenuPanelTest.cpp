@@ -13,13 +13,33 @@
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPaintEvent>
 #include <QScrollArea>
+
+#include <algorithm>
+#include <set>
 
 using namespace quillnest;
 using namespace std::chrono_literals;
 
 namespace
 {
+/// What of a widget has been painted.
+class PaintedArea : public QObject
+{
+public:
+    explicit PaintedArea(QWidget &widget) { widget.installEventFilter(this); }
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+};
+
 class MenuPanelTest : public PanelFixture
 {
 protected:
@@ -325,6 +345,45 @@ TEST_F(MenuPanelTest, theTilesInViewAreTold)
     EXPECT_EQ(tiles[0].area.topLeft(), grid().mapToGlobal(grid().tileRect(0).topLeft()));
     panel->setShowSettings(true);
     EXPECT_TRUE(panel->placedTiles().empty());
+}
+
+TEST_F(MenuPanelTest, picturesThatComeTogetherArePaintedAFewAtATime)
+{
+    constexpr int count = 12;
+    QImage green(64, 64, QImage::Format_ARGB32);
+    green.fill(Qt::green);
+    for (int i = 0; i < count; ++i) {
+        const auto name = QStringLiteral("App%1").arg(i, 2, 10, QLatin1Char('0'));
+        packageIcons[name.toStdString()] = green;
+        addApp(name);
+    }
+    fakes.settle();
+    auto &tiles = grid();
+    const auto isGreen = [&](const QImage &picture, int index) {
+        return picture.pixelColor(tiles.tileRect(index).center() - QPoint(0, 12)) == QColor(Qt::green);
+    };
+    const auto painted = tiles.grab().toImage();
+    ASSERT_TRUE(isGreen(painted, count - 1));
+
+    PaintedArea area(tiles);
+    for (int i = 0; i < count; ++i)
+        Q_EMIT icons.imageChanged(tiles.tile(i).app().id);
+    std::vector<int> paintedInTurn;
+    std::set<int> all;
+    for (int turn = 0; turn < 20; ++turn) {
+        QCoreApplication::processEvents();
+        const auto region = std::exchange(area.region, {});
+        int inTurn = 0;
+        for (int i = 0; i < count; ++i) {
+            if (region.contains(tiles.tileRect(i))) {
+                ++inTurn;
+                all.insert(i);
+            }
+        }
+        paintedInTurn.push_back(inTurn);
+    }
+    EXPECT_LE(*std::max_element(paintedInTurn.begin(), paintedInTurn.end()), count / 2);
+    EXPECT_EQ(static_cast<int>(all.size()), count);
 }
 
 TEST_F(MenuPanelTest, itTakesTheColoursOfTheAppearance)

@@ -8,7 +8,7 @@ using namespace quillnest;
 
 namespace
 {
-class PanelAccessTest : public PanelFixture
+class PanelAccessTest : public LivePanelFixture
 {
 protected:
     static QAccessibleInterface *access(QObject *object) { return QAccessible::queryAccessibleInterface(object); }

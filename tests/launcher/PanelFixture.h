@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CoreFixture.h"
 #include "LaunchFixture.h"
 #include "fakes/IconOfFile.h"
 #include "launcher/MenuPanel.h"
@@ -17,11 +18,12 @@ namespace quillnest
 {
 
 /// The panel on a store whose launches wait, so that what a click begins stays on show.
-class PanelFixture : public LaunchFixture
+class PanelFixture : public virtual CoreFixture
 {
 protected:
     PanelFixture()
     {
+        fakes.platform.symbols = std::make_shared<FakeSymbols>();
         cleanDevice();
         makePanel();
     }
@@ -164,6 +166,11 @@ private:
         found->second.save(&buffer, "PNG");
         return iconOfFile(*fakes.platform.drawing, {png.begin(), png.end()});
     }
+};
+
+/// The same, with a device whose apps open windows.
+class LivePanelFixture : public LaunchFixture, public PanelFixture
+{
 };
 
 } // namespace quillnest

@@ -8,7 +8,7 @@ using namespace quillnest;
 
 namespace
 {
-class QuillDockTest : public PanelFixture
+class QuillDockTest : public LivePanelFixture
 {
 protected:
     bool spins() const

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace quillnest
 {
@@ -30,6 +31,8 @@ constexpr int sectionGap = 8;
 constexpr int leastWidth = 280;
 constexpr int tilePitch = 84;
 constexpr int spinnerSize = 24;
+/// How many new pictures are painted in a turn of the event loop; each takes a millisecond or two to be put in shape.
+constexpr std::ptrdiff_t iconsInTurn = 4;
 
 } // namespace
 
@@ -154,10 +157,25 @@ std::optional<int> AppGrid::tileAt(QPoint point) const
 
 void AppGrid::iconCame(QUuid id)
 {
-    for (int i = 0; i < count(); ++i) {
-        if (tile(i).app().id == id)
+    m_newIcons.push_back(id);
+    if (!m_newIconsTurn.isActive())
+        m_newIconsTurn.start(0, this);
+}
+
+void AppGrid::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_newIconsTurn.timerId())
+        return QWidget::timerEvent(event);
+    // The rest waits until these are on the screen, and until what the user does meanwhile has been heard.
+    const auto count = std::min<std::ptrdiff_t>(std::ssize(m_newIcons), iconsInTurn);
+    const std::set<QUuid> shown(m_newIcons.begin(), m_newIcons.begin() + count);
+    m_newIcons.erase(m_newIcons.begin(), m_newIcons.begin() + count);
+    for (int i = 0; i < this->count(); ++i) {
+        if (shown.contains(tile(i).app().id))
             updateTile(i);
     }
+    if (m_newIcons.empty())
+        m_newIconsTurn.stop();
 }
 
 void AppGrid::updateTile(std::optional<int> index)

@@ -2,8 +2,11 @@
 
 #include "launcher/grid/AppTile.h"
 
+#include <QBasicTimer>
+#include <QUuid>
 #include <QWidget>
 
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -75,6 +78,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     struct Cell {
@@ -98,6 +102,9 @@ private:
     std::vector<Cell> m_cells;
     std::vector<Heading> m_headings;
     std::vector<Spinner *> m_spinners;
+    /// Of the apps whose pictures have come and wait to be painted, a few at a time.
+    std::deque<QUuid> m_newIcons;
+    QBasicTimer m_newIconsTurn;
     std::optional<int> m_hovered;
     std::optional<int> m_pressed;
     std::optional<int> m_current;
