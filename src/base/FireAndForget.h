@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/QuillnestLog.h"
+#include "platform/DescribedError.h"
 #include "platform/Tasks.h"
 
 #include <memory>
@@ -16,7 +17,7 @@ inline void fireAndForget(std::shared_ptr<QuillnestLog> log, Task<> task)
         try {
             co_await running;
         } catch (const std::exception &error) {
-            sink->write(QStringLiteral("task failed error=%1").arg(QString::fromUtf8(error.what())));
+            sink->write(QStringLiteral("task failed error=%1").arg(descriptionOf(error)));
         }
     }(std::move(log), std::move(task));
 }

@@ -2,6 +2,7 @@
 
 #include "base/FireAndForget.h"
 #include "core/CoreSettings.h"
+#include "platform/DescribedError.h"
 #include "runtime/AndroidRuntimeCLI.h"
 #include "runtime/AndroidRuntimeError.h"
 #include "windows/AndroidWindowRegistry.h"
@@ -13,11 +14,6 @@ namespace quillnest
 
 namespace
 {
-
-QString description(const std::exception &error)
-{
-    return QString::fromUtf8(error.what());
-}
 
 QString secondsText(double seconds, int decimals)
 {
@@ -88,7 +84,7 @@ Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
     } catch (const AndroidRuntimeCancelled &) {
         co_return;
     } catch (const std::exception &error) {
-        failure = description(error);
+        failure = descriptionOf(error);
     }
     if (!self)
         co_return;
@@ -169,7 +165,7 @@ Task<> AndroidLaunch::runPrewarm()
     } catch (const AndroidRuntimeCancelled &) {
         co_return;
     } catch (const std::exception &error) {
-        failure = description(error);
+        failure = descriptionOf(error);
     }
     if (!self)
         co_return;

@@ -2,6 +2,7 @@
 
 #include "base/FireAndForget.h"
 #include "package/APKIconExtractor.h"
+#include "platform/DescribedError.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -58,7 +59,7 @@ Task<> AppImport::work()
             auto adding = addPackage(file.filePath(), platform);
             co_await adding;
         } catch (const std::exception &error) {
-            failure = QString::fromUtf8(error.what());
+            failure = descriptionOf(error);
         }
         // The files behind it come all the same.
         if (self && failure)

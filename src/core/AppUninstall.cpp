@@ -2,6 +2,7 @@
 
 #include "base/FireAndForget.h"
 #include "base/QuillnestFolders.h"
+#include "platform/DescribedError.h"
 #include "runtime/AndroidRuntimeCLI.h"
 #include "runtime/AndroidRuntimeError.h"
 #include "runtime/InstallRecords.h"
@@ -58,7 +59,7 @@ Task<> AppUninstall::run(MobileApp app, QString package)
     } catch (const AndroidRuntimeCancelled &) {
         co_return;
     } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
+        failure = descriptionOf(error);
     }
     if (!self)
         co_return;

@@ -7,6 +7,7 @@
 #include "core/LaunchArguments.h"
 #include "core/LoginItem.h"
 #include "ios/ExternalWindowManager.h"
+#include "platform/DescribedError.h"
 #include "platform/LeftOverProcesses.h"
 #include "runtime/AndroidHardware.h"
 #include "runtime/AndroidRuntimeError.h"
@@ -218,7 +219,7 @@ Task<> QuillnestApp::cleanDevice()
     } catch (const std::exception &error) {
         // Whoever waits for this finds a device that isn't quite clean, which is better than none.
         if (self)
-            m_log->write(QStringLiteral("cleaning the device failed error=%1").arg(QString::fromUtf8(error.what())));
+            m_log->write(QStringLiteral("cleaning the device failed error=%1").arg(descriptionOf(error)));
     }
     if (!self)
         co_return;

@@ -25,7 +25,7 @@ QString sentence(ExternalWindowError::Kind kind, const QString &systemName)
 } // namespace
 
 ExternalWindowError::ExternalWindowError(Kind kind, const QString &systemName)
-    : m_kind(kind), m_description(sentence(kind, systemName).toUtf8())
+    : DescribedError(sentence(kind, systemName)), m_kind(kind)
 {
 }
 

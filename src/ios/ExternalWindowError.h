@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QString>
-
-#include <exception>
+#include "platform/DescribedError.h"
 
 namespace quillnest
 {
 
 /// Why another program's window could not be arranged, with the sentence for the user.
-class ExternalWindowError : public std::exception
+class ExternalWindowError : public DescribedError
 {
 public:
     enum class Kind { permissionRequired, appNotRunning, windowNotFound, operationFailed };
@@ -17,12 +15,9 @@ public:
     ExternalWindowError(Kind kind, const QString &systemName);
 
     Kind kind() const { return m_kind; }
-    QString description() const { return QString::fromUtf8(m_description); }
-    const char *what() const noexcept override { return m_description.constData(); }
 
 private:
     Kind m_kind;
-    QByteArray m_description;
 };
 
 } // namespace quillnest

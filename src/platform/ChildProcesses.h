@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/DescribedError.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -79,16 +81,10 @@ public:
 };
 
 /// A command that could not be started, in the host's words.
-class LaunchError : public std::exception
+class LaunchError : public DescribedError
 {
 public:
-    explicit LaunchError(QString message) : m_message(std::move(message)), m_bytes(m_message.toUtf8()) { }
-    const QString &message() const { return m_message; }
-    const char *what() const noexcept override { return m_bytes.constData(); }
-
-private:
-    QString m_message;
-    QByteArray m_bytes;
+    using DescribedError::DescribedError;
 };
 
 } // namespace quillnest

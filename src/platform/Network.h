@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DescribedError.h"
 #include "platform/Tasks.h"
 
 #include <QByteArray>
@@ -13,16 +14,10 @@ namespace quillnest
 {
 
 /// A transfer that came to no answer, in the host's words.
-class NetworkError : public std::exception
+class NetworkError : public DescribedError
 {
 public:
-    explicit NetworkError(QString message) : m_message(std::move(message)), m_bytes(m_message.toUtf8()) { }
-    const QString &message() const { return m_message; }
-    const char *what() const noexcept override { return m_bytes.constData(); }
-
-private:
-    QString m_message;
-    QByteArray m_bytes;
+    using DescribedError::DescribedError;
 };
 
 struct HttpAnswer {

@@ -1,15 +1,12 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-
-#include <exception>
+#include "platform/DescribedError.h"
 
 namespace quillnest
 {
 
 /// Why the bridge components can't be used, with its sentence for the user.
-class AndroidBridgeError : public std::exception
+class AndroidBridgeError : public DescribedError
 {
 public:
     enum class Case { missing, corrupted, manifestUnreadable };
@@ -19,16 +16,11 @@ public:
     static AndroidBridgeError manifestUnreadable(const QString &detail);
 
     Case errorCase() const { return m_case; }
-    QString description() const { return m_description; }
-    /// The description as UTF-8.
-    const char *what() const noexcept override { return m_bytes.constData(); }
 
 private:
     AndroidBridgeError(Case errorCase, QString description);
 
     Case m_case;
-    QString m_description;
-    QByteArray m_bytes;
 };
 
 } // namespace quillnest

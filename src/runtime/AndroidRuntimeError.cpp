@@ -14,7 +14,7 @@ QString bounded(const QString &text)
 } // namespace
 
 AndroidRuntimeError::AndroidRuntimeError(Case errorCase, QString description)
-    : m_case(errorCase), m_description(std::move(description)), m_bytes(m_description.toUtf8())
+    : DescribedError(std::move(description)), m_case(errorCase)
 {
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
+#include "platform/DescribedError.h"
 
 #include <exception>
 
@@ -9,7 +8,7 @@ namespace quillnest
 {
 
 /// A failure of device work that the user waits for, with its sentence for the user.
-class AndroidRuntimeError : public std::exception
+class AndroidRuntimeError : public DescribedError
 {
 public:
     enum class Case { toolMissing, commandFailed, bootTimeout, packageNameMissing };
@@ -22,16 +21,11 @@ public:
     static AndroidRuntimeError packageNameMissing();
 
     Case errorCase() const { return m_case; }
-    QString description() const { return m_description; }
-    /// The description as UTF-8.
-    const char *what() const noexcept override { return m_bytes.constData(); }
 
 private:
     AndroidRuntimeError(Case errorCase, QString description);
 
     Case m_case;
-    QString m_description;
-    QByteArray m_bytes;
 };
 
 /// What the waiting coroutines get when the object that they wait on has gone. Not for the user.

@@ -1,6 +1,7 @@
 #include "runtime/AndroidRuntimeProvisioner.h"
 
 #include "base/FireAndForget.h"
+#include "platform/DescribedError.h"
 #include "runtime/AVDDefinition.h"
 #include "runtime/AndroidRuntimeError.h"
 #include "runtime/AndroidRuntimePaths.h"
@@ -24,11 +25,6 @@ namespace quillnest
 
 namespace
 {
-
-QString description(const std::exception &error)
-{
-    return QString::fromUtf8(error.what());
-}
 
 std::runtime_error failure(const QString &path, const QString &words)
 {
@@ -138,7 +134,7 @@ Task<> AndroidRuntimeProvisioner::makePlan()
         setPhase(NeedsAcceptance{});
         co_return;
     } catch (const std::exception &error) {
-        failureWords = description(error);
+        failureWords = descriptionOf(error);
     }
     if (!self || self->m_round != round)
         co_return;
@@ -176,7 +172,7 @@ Task<> AndroidRuntimeProvisioner::acceptedInstall(RuntimePlan plan, QStringList 
         }
         co_return;
     } catch (const std::exception &error) {
-        failureWords = description(error);
+        failureWords = descriptionOf(error);
     }
     if (!self)
         co_return;

@@ -1,6 +1,7 @@
 #include "runtime/DeviceTweaks.h"
 
 #include "base/FireAndForget.h"
+#include "platform/DescribedError.h"
 #include "runtime/AndroidRuntimeError.h"
 
 #include <QPointer>
@@ -98,7 +99,7 @@ Task<> DeviceTweaks::work()
         try {
             co_await running;
         } catch (const std::exception &error) {
-            failure = QString::fromUtf8(error.what());
+            failure = descriptionOf(error);
         }
         // A device that isn't all that it should be is still a good device.
         if (failure)

@@ -6,7 +6,7 @@ namespace quillnest
 {
 
 RuntimeProvisionError::RuntimeProvisionError(Case errorCase, QString description)
-    : m_case(errorCase), m_description(std::move(description)), m_bytes(m_description.toUtf8())
+    : DescribedError(std::move(description)), m_case(errorCase)
 {
 }
 

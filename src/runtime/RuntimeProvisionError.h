@@ -1,9 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-
-#include <exception>
+#include "platform/DescribedError.h"
 
 namespace quillnest
 {
@@ -11,7 +8,7 @@ namespace quillnest
 struct HostProfile;
 
 /// A failure on the way to a runtime, with its sentence for the user.
-class RuntimeProvisionError : public std::exception
+class RuntimeProvisionError : public DescribedError
 {
 public:
     enum class Case { manifest, missingPackage, checksum, extract, download };
@@ -23,16 +20,11 @@ public:
     static RuntimeProvisionError download(const QString &detail);
 
     Case errorCase() const { return m_case; }
-    QString description() const { return m_description; }
-    /// The description as UTF-8.
-    const char *what() const noexcept override { return m_bytes.constData(); }
 
 private:
     RuntimeProvisionError(Case errorCase, QString description);
 
     Case m_case;
-    QString m_description;
-    QByteArray m_bytes;
 };
 
 } // namespace quillnest

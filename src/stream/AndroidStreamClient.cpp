@@ -1,6 +1,7 @@
 #include "stream/AndroidStreamClient.h"
 
 #include "base/BaseSettings.h"
+#include "platform/DescribedError.h"
 #include "stream/ScrcpyControl.h"
 
 #include <QRandomGenerator>
@@ -69,7 +70,7 @@ void AndroidStreamClient::start()
         try {
             self->connect();
         } catch (const std::exception &error) {
-            const auto text = QString::fromUtf8(error.what());
+            const auto text = descriptionOf(error);
             self->m_log->write(QStringLiteral("Quillnest: stream start failed: %1").arg(text));
             self->finish(QStringLiteral("Could not connect to Android: %1").arg(text));
         }

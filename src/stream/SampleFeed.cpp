@@ -1,5 +1,7 @@
 #include "stream/SampleFeed.h"
 
+#include "platform/DescribedError.h"
+
 #include <algorithm>
 #include <deque>
 #include <functional>
@@ -22,8 +24,9 @@ class SampleFeed::Channel : public std::enable_shared_from_this<Channel>
 {
 public:
     Channel(
-        std::shared_ptr<SampleConsumer> consumer, std::shared_ptr<Executor> executor, std::shared_ptr<QuillnestLog> log)
-        : m_consumer(std::move(consumer)), m_executor(std::move(executor)), m_log(std::move(log))
+        std::shared_ptr<SampleConsumer> consumer, const std::shared_ptr<Executor> &executor,
+        std::shared_ptr<QuillnestLog> log)
+        : m_consumer(std::move(consumer)), m_executor(executor), m_log(std::move(log))
     {
     }
 
@@ -85,7 +88,8 @@ private:
             if (std::exchange(m_handingOver, true))
                 return;
         }
-        m_executor->inBackground([self = shared_from_this()] { self->handOver(); });
+        if (const auto executor = m_executor.lock())
+            executor->inBackground([self = shared_from_this()] { self->handOver(); });
     }
 
     void handOver()
@@ -94,7 +98,7 @@ private:
             try {
                 item->give(*m_consumer);
             } catch (const std::exception &error) {
-                m_log->write(QStringLiteral("Quillnest: a recording failed: %1").arg(QString::fromUtf8(error.what())));
+                m_log->write(QStringLiteral("Quillnest: a recording failed: %1").arg(descriptionOf(error)));
                 const std::scoped_lock guard(m_lock);
                 m_closed = true;
                 m_waiting.clear();
@@ -117,7 +121,8 @@ private:
     }
 
     const std::shared_ptr<SampleConsumer> m_consumer;
-    const std::shared_ptr<Executor> m_executor;
+    /// Not held: its queue holds this one while there is something to hand over.
+    const std::weak_ptr<Executor> m_executor;
     const std::shared_ptr<QuillnestLog> m_log;
     std::mutex m_lock;
     std::deque<Item> m_waiting;

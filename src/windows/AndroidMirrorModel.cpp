@@ -133,7 +133,7 @@ Task<> AndroidMirrorModel::run(std::shared_ptr<Capture> capture)
     } catch (const LaunchError &error) {
         if (capture->cancelled)
             co_return;
-        m_log->write(QStringLiteral("mirror: emulator not started: %1").arg(error.message()));
+        m_log->write(QStringLiteral("mirror: emulator not started: %1").arg(error.description()));
         failed = true;
     }
     if (failed) {

@@ -21,9 +21,11 @@ template <typename Number> void append(QByteArray &bytes, Number value)
     bytes.append(reinterpret_cast<const char *>(&little), sizeof little);
 }
 
-/// The bare stream: Qt writes its own length and zlib's header before it, and a sum behind.
+/// The bare stream: Qt writes its own length and zlib's header before it, and a sum behind; of nothing it makes none.
 QByteArray deflate(const QByteArray &content)
 {
+    if (content.isEmpty())
+        return QByteArray("\x03\x00", 2);
     return qCompress(content, 1).chopped(4).sliced(6);
 }
 

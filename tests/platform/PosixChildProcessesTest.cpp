@@ -166,8 +166,8 @@ TEST_F(PosixChildProcessesTest, missingProgram)
         processes.start(command);
         FAIL() << "no LaunchError";
     } catch (const LaunchError &error) {
-        EXPECT_EQ(error.message(), *result.launchError);
-        EXPECT_EQ(QString::fromUtf8(error.what()), error.message());
+        EXPECT_EQ(error.description(), *result.launchError);
+        EXPECT_EQ(QString::fromUtf8(error.what()), error.description());
     }
 }
 

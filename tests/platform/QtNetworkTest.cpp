@@ -80,7 +80,7 @@ protected:
             try {
                 result.answer = co_await network.fetch(url);
             } catch (const NetworkError &error) {
-                result.error = error.message();
+                result.error = error.description();
             }
             ended = true;
         };

@@ -326,12 +326,17 @@ TEST_F(ZipReaderTest, anArchiveWithManyEndsIsReadOnceAtMostForEach)
     for (int i = 0; i < 20'000; ++i)
         names.push_back(QByteArray(100, 'n') + QByteArray::number(i));
     auto bytes = directoryOf(names);
+    const auto secondsOf = [this](const QByteArray &archive) {
+        const auto started = std::chrono::steady_clock::now();
+        open(archive);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    };
+    const auto one = secondsOf(bytes);
     const auto end = bytes.last(22);
     for (int i = 0; i < 2'900; ++i)
         bytes += end;
-    const auto started = std::chrono::steady_clock::now();
-    open(bytes);
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(8));
+    // The directory is read again for a few of them, until the archive has had as much as one may ask for.
+    EXPECT_LT(secondsOf(bytes), 200 * one);
 }
 
 TEST_F(ZipReaderTest, manyRecordsOfOneNameTakeNoLongerThanOne)

@@ -118,7 +118,7 @@ TEST_F(HostileToolsTest, anAdbThatIsNoProgramIsSaidToBeNone)
         say();
         FAIL();
     } catch (const LaunchError &error) {
-        EXPECT_EQ(error.message(), QStringLiteral("Exec format error"));
+        EXPECT_EQ(error.description(), QStringLiteral("Exec format error"));
     }
     expectNothingIsKnown();
 }

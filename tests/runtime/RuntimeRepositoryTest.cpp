@@ -85,7 +85,7 @@ struct Repository {
         } catch (const RuntimeProvisionError &error) {
             return error.description();
         } catch (const NetworkError &error) {
-            return QStringLiteral("network: ") + error.message();
+            return QStringLiteral("network: ") + error.description();
         }
         return {};
     }

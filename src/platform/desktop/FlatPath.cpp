@@ -1,5 +1,7 @@
 #include "platform/desktop/FlatPath.h"
 
+#include "platform/desktop/PathWalk.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -218,34 +220,7 @@ std::optional<Polygons> flatten(const Path &path, const Affine &map, const Box &
     }
 
     Flattener flattener(box);
-    auto point = points.cbegin();
-    for (const auto verb : path.verbs()) {
-        switch (verb) {
-        case Path::Verb::move:
-            flattener.moveTo(*point++);
-            break;
-        case Path::Verb::line:
-            flattener.lineTo(*point++);
-            break;
-        case Path::Verb::quadratic: {
-            // As a cubic, so that there is one kind of curve.
-            const auto control = *point++;
-            const auto start = flattener.current();
-            const auto end = *point++;
-            flattener.cubicTo(start + (control - start) * (2.0 / 3), end + (control - end) * (2.0 / 3), end);
-            break;
-        }
-        case Path::Verb::cubic: {
-            const auto first = *point++;
-            const auto second = *point++;
-            flattener.cubicTo(first, second, *point++);
-            break;
-        }
-        case Path::Verb::close:
-            flattener.close();
-            break;
-        }
-    }
+    walkPath(path, points, flattener);
 
     auto polygons = flattener.take();
     const auto bounds = boundsOf(polygons);

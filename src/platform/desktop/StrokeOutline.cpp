@@ -1,5 +1,7 @@
 #include "platform/desktop/StrokeOutline.h"
 
+#include "platform/desktop/PathWalk.h"
+
 #include <QPainterPath>
 #include <QPainterPathStroker>
 
@@ -137,33 +139,7 @@ std::optional<StrokerPath> strokerPath(const Path &path, double penWidth, double
         points.emplace_back(std::clamp(point.x, -farAway, farAway), std::clamp(point.y, -farAway, farAway));
     }
     StrokerPath result(penWidth);
-    auto point = points.cbegin();
-    for (const auto verb : path.verbs()) {
-        switch (verb) {
-        case Path::Verb::move:
-            result.moveTo(*point++);
-            break;
-        case Path::Verb::line:
-            result.lineTo(*point++);
-            break;
-        case Path::Verb::quadratic: {
-            const auto control = *point++;
-            const auto start = result.current();
-            const auto end = *point++;
-            result.cubicTo(start + (control - start) * (2.0 / 3), end + (control - end) * (2.0 / 3), end);
-            break;
-        }
-        case Path::Verb::cubic: {
-            const auto first = *point++;
-            const auto second = *point++;
-            result.cubicTo(first, second, *point++);
-            break;
-        }
-        case Path::Verb::close:
-            result.close();
-            break;
-        }
-    }
+    walkPath(path, points, result);
     result.finish(false);
     return result;
 }

@@ -79,7 +79,8 @@ std::vector<std::uint32_t> EwmhWindows::numbers(WindowId window, const char *nam
 {
     const auto bytes = property(window, name);
     std::vector<std::uint32_t> result(static_cast<std::size_t>(bytes.size()) / sizeof(std::uint32_t));
-    std::memcpy(result.data(), bytes.constData(), result.size() * sizeof(std::uint32_t));
+    if (!result.empty())
+        std::memcpy(result.data(), bytes.constData(), result.size() * sizeof(std::uint32_t));
     return result;
 }
 

@@ -246,7 +246,7 @@ ChildResult PosixChildProcesses::runEndable(const ChildCommand &command, const S
         }
         result.status = child->wait();
     } catch (const LaunchError &error) {
-        result.launchError = error.message();
+        result.launchError = error.description();
     }
     return result;
 }
