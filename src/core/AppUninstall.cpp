@@ -26,7 +26,7 @@ void AppUninstall::confirm(const MobileApp &app)
         .message = QStringLiteral("Uninstall %1?").arg(app.displayName()),
         .informativeText = QStringLiteral("The app and its data are removed from Quillnest's Android."),
         .buttons = {QStringLiteral("Uninstall"), QStringLiteral("Cancel")},
-        .style = Alert::Style::Warning};
+        .style = Alert::Style::warning};
     m_services.platform.alerts->ask(alert, [self = QPointer<AppUninstall>(this), app](int button) {
         if (self && button == 0)
             self->start(app);

@@ -14,7 +14,7 @@ void enableByDefaultOnce(const Platform &platform)
     if (CoreSettings::loginItemDefaulted.value(*platform.settings))
         return;
     CoreSettings::loginItemDefaulted.set(*platform.settings, true);
-    if (platform.loginItems->status() != LoginItems::Status::Enabled)
+    if (platform.loginItems->status() != LoginItems::Status::enabled)
         set(platform, true);
 }
 

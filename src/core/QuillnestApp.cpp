@@ -98,7 +98,7 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     const auto status = m_platform.loginItems->status();
     m_log->write(QStringLiteral("open at login enabled=%1 status=%2")
                      .arg(
-                         status == LoginItems::Status::Enabled ? QStringLiteral("true") : QStringLiteral("false"),
+                         status == LoginItems::Status::enabled ? QStringLiteral("true") : QStringLiteral("false"),
                          QString::number(static_cast<int>(status))));
     if (const auto text = LaunchArguments::value(QStringLiteral("--open-app"), arguments))
         later(openAppDelay, [this, text = *text] { openApp(text); });
@@ -138,7 +138,7 @@ void QuillnestApp::tellOfDamagedSettings(const QString &path)
 
 void QuillnestApp::openPlayer()
 {
-    m_player = std::make_unique<AndroidAppPanel>(m_platform, AndroidAppPanel::Resizing::AtEdges);
+    m_player = std::make_unique<AndroidAppPanel>(m_platform, AndroidAppPanel::Resizing::atEdges);
     m_player->setWindowTitle(QStringLiteral("Quillnest Android"));
     constexpr QSize smallest(360, 620);
     m_player->setMinimumFrameSize(smallest);

@@ -98,25 +98,25 @@ QVariant fromText(Type type, const QString &text)
     };
     bool good = false;
     switch (type) {
-    case Type::Bool:
+    case Type::boolean:
         if (text != QStringLiteral("true") && text != QStringLiteral("false"))
             throw reject("true or false");
         return text == QStringLiteral("true");
-    case Type::Int: {
+    case Type::integer: {
         const auto number = text.toLongLong(&good);
         if (!good)
             throw reject("a whole number of 64 bits");
         return number;
     }
-    case Type::Float: {
+    case Type::real: {
         const double number = text.toDouble(&good);
         if (!good || !std::isfinite(number))
             throw reject("a number");
         return number;
     }
-    case Type::Text:
+    case Type::text:
         return text;
-    case Type::Data:
+    case Type::data:
         return bytes(text);
     }
     throw reject("of a known type");

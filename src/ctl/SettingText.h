@@ -16,7 +16,7 @@ QByteArray toJson(const QVariant &value);
 /// Throws UsageError for what is no JSON, for null, and for bytes that aren't base64.
 QVariant fromJson(const QString &text);
 
-enum class Type { Bool, Int, Float, Text, Data };
+enum class Type { boolean, integer, real, text, data };
 
 /// A value of one type from its plain text; throws UsageError for a text that doesn't stand for one.
 QVariant fromText(Type type, const QString &text);

@@ -107,8 +107,9 @@ int set(ArgumentReader reader)
         SettingText::Type type;
     };
     static constexpr Option options[]{
-        {"--bool", SettingText::Type::Bool}, {"--int", SettingText::Type::Int},   {"--float", SettingText::Type::Float},
-        {"--text", SettingText::Type::Text}, {"--data", SettingText::Type::Data},
+        {"--bool", SettingText::Type::boolean}, {"--int", SettingText::Type::integer},
+        {"--float", SettingText::Type::real},   {"--text", SettingText::Type::text},
+        {"--data", SettingText::Type::data},
     };
     std::optional<Option> chosen;
     for (const auto &option : options) {

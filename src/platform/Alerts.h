@@ -10,13 +10,13 @@ namespace quillnest
 
 /// A question to the user.
 struct Alert {
-    enum class Style { Informational, Warning };
+    enum class Style { informational, warning };
 
     QString message;
     QString informativeText;
     /// The first is the one that the alert is about; the last is what closing the alert means.
     QStringList buttons;
-    Style style = Style::Informational;
+    Style style = Style::informational;
 };
 
 /// Asks the user. Main thread.

@@ -16,19 +16,19 @@ namespace quillnest
 
 /// What to start and where its three standard streams go.
 struct ChildCommand {
-    enum class Input { Null, Inherit };
+    enum class Input { null, inherit };
     /// Pipe: captured. Merged: standard error goes where standard output goes.
-    enum class Output { Null, Pipe, Descriptor };
-    enum class Errors { Null, Merged };
+    enum class Output { null, pipe, descriptor };
+    enum class Errors { null, merged };
 
     QString program;
     QStringList arguments;
     /// Variables to set on top of this process's own environment.
     std::map<QString, QString> environment{};
-    Input input = Input::Null;
-    Output output = Output::Pipe;
-    Errors errors = Errors::Null;
-    /// For Output::Descriptor: an open descriptor that stays the caller's.
+    Input input = Input::null;
+    Output output = Output::pipe;
+    Errors errors = Errors::null;
+    /// For Output::descriptor: an open descriptor that stays the caller's.
     int descriptor = -1;
 };
 
@@ -37,7 +37,7 @@ struct ChildResult {
     std::optional<QString> launchError;
     /// The exit status, or 128 plus the signal that ended the child.
     int status = -1;
-    /// What was captured, for Output::Pipe.
+    /// What was captured, for Output::pipe.
     QByteArray output;
 };
 

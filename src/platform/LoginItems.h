@@ -13,11 +13,11 @@ class LoginItems
 public:
     /// The values are the raw status of the log.
     enum class Status {
-        NotRegistered = 0,
-        Enabled = 1,
+        notRegistered = 0,
+        enabled = 1,
         /// It is registered, and the user has switched it off in the desktop's own settings.
-        RequiresApproval = 2,
-        NotFound = 3
+        requiresApproval = 2,
+        notFound = 3
     };
 
     virtual ~LoginItems() = default;

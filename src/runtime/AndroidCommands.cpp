@@ -80,9 +80,9 @@ QString AndroidCommands::run(const QString &tool, const QStringList &arguments) 
     command.arguments = arguments;
     if (const auto home = javaHome())
         command.environment[QStringLiteral("JAVA_HOME")] = *home;
-    command.input = ChildCommand::Input::Null;
-    command.output = ChildCommand::Output::Descriptor;
-    command.errors = ChildCommand::Errors::Merged;
+    command.input = ChildCommand::Input::null;
+    command.output = ChildCommand::Output::descriptor;
+    command.errors = ChildCommand::Errors::merged;
     command.descriptor = output.descriptor();
     const auto result = m_platform.processes->run(command);
     if (result.launchError)
@@ -104,9 +104,9 @@ QString AndroidCommands::runADB(const QStringList &arguments) const
     ChildCommand command;
     command.program = paths().adb();
     command.arguments = onDevice(arguments);
-    command.input = ChildCommand::Input::Inherit;
-    command.output = ChildCommand::Output::Pipe;
-    command.errors = ChildCommand::Errors::Null;
+    command.input = ChildCommand::Input::inherit;
+    command.output = ChildCommand::Output::pipe;
+    command.errors = ChildCommand::Errors::null;
     const auto result = m_platform.processes->run(command);
     if (result.launchError)
         return {};

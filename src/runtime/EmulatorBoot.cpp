@@ -156,9 +156,9 @@ void EmulatorBoot::launchEmulator()
     command.environment[QStringLiteral("ANDROID_HOME")] = paths.sdkRoot;
     if (paths.avdHome)
         command.environment[QStringLiteral("ANDROID_AVD_HOME")] = *paths.avdHome;
-    command.input = ChildCommand::Input::Null;
-    command.output = ChildCommand::Output::Null;
-    command.errors = ChildCommand::Errors::Null;
+    command.input = ChildCommand::Input::null;
+    command.output = ChildCommand::Output::null;
+    command.errors = ChildCommand::Errors::null;
     const auto managed = paths.isManaged ? QStringLiteral("true") : QStringLiteral("false");
     m_commands->log().write(
         QStringLiteral("starting emulator avd=%1 managed=%2 sdk=%3").arg(paths.avdName, managed, paths.sdkRoot));

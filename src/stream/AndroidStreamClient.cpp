@@ -171,7 +171,7 @@ QStringList AndroidStreamClient::serverArguments(const QString &scid, QSize disp
 void AndroidStreamClient::launchServer(const QString &scid, QSize display)
 {
     ChildCommand command{.program = m_config.adb, .arguments = serverArguments(scid, display)};
-    command.errors = ChildCommand::Errors::Merged;
+    command.errors = ChildCommand::Errors::merged;
     ChildProcesses::Handlers handlers;
     handlers.onOutput = [weak = weak_from_this()](const QByteArray &chunk) {
         if (const auto self = weak.lock())
@@ -218,7 +218,7 @@ AndroidStreamClient::AdbResult AndroidStreamClient::adb(const QStringList &argum
 {
     ChildCommand command{
         .program = m_config.adb, .arguments = QStringList{QStringLiteral("-s"), m_config.serial} + arguments};
-    command.errors = ChildCommand::Errors::Merged;
+    command.errors = ChildCommand::Errors::merged;
     const auto result = m_platform.processes->runEndable(command, [this](const std::shared_ptr<RunningChild> &child) {
         const std::scoped_lock guard(m_lock);
         m_adb = child;

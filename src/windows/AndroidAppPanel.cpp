@@ -163,7 +163,7 @@ void AndroidAppPanel::paintEvent(QPaintEvent *event)
 
 Qt::Edges AndroidAppPanel::edgesAt(QPointF point) const
 {
-    if (m_resizing == Resizing::Fixed)
+    if (m_resizing == Resizing::fixed)
         return {};
     const QRectF frame = rect().marginsRemoved(shadowMargins());
     const double left = point.x() - frame.left();

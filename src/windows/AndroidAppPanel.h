@@ -17,7 +17,7 @@ class AndroidAppPanel : public QWidget
     Q_OBJECT
 
 public:
-    enum class Resizing { Fixed, AtEdges };
+    enum class Resizing { fixed, atEdges };
 
     AndroidAppPanel(const Platform &platform, Resizing resizing);
 

@@ -171,7 +171,7 @@ Task<bool> AndroidMirrorModel::ensureRuntime(std::shared_ptr<Capture> capture)
                QStringLiteral("host"),
                QStringLiteral("-memory"),
                QStringLiteral("2048")};
-        command.output = ChildCommand::Output::Null;
+        command.output = ChildCommand::Output::null;
         m_emulator = m_platform.processes->start(command);
     }
     for (int poll = 0; poll < bootPolls; ++poll) {

@@ -57,7 +57,7 @@ AndroidWindowSession::AndroidWindowSession(
     const auto size = QuillnestLayout::size(*platform.settings).toSize();
     const auto origin = WindowPlacement::initialOrigin(*platform.screens, record, size, anchor);
 
-    m_panel = std::make_unique<AndroidAppPanel>(platform, AndroidAppPanel::Resizing::AtEdges);
+    m_panel = std::make_unique<AndroidAppPanel>(platform, AndroidAppPanel::Resizing::atEdges);
     m_content = new WindowContent(platform, m_app.title, m_panel.get());
     m_panel->setFrame(QRect(origin, size));
     m_client = makeClient(device, size);

@@ -16,7 +16,7 @@ void HomePanelController::makePanel()
     auto *content = makeContent ? makeContent() : nullptr;
     if (!content)
         return;
-    m_panel = std::make_unique<AndroidAppPanel>(m_services.platform, AndroidAppPanel::Resizing::Fixed);
+    m_panel = std::make_unique<AndroidAppPanel>(m_services.platform, AndroidAppPanel::Resizing::fixed);
     m_panel->setMovableByBackground(true);
     m_panel->setWindowTitle(QStringLiteral("Quillnest"));
     auto *layout = new QVBoxLayout(m_panel.get());

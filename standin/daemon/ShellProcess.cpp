@@ -105,7 +105,7 @@ ShellProcess::ShellProcess(
     else
         arguments.append({"-c", command});
     const QList<QByteArray> environment = environmentOfDevice(terminal);
-    if (streams == Streams::Terminal) {
+    if (streams == Streams::terminal) {
         Pipe ends = makeTerminal();
         const int child = ends.writer.get();
         m_pid = spawn(arguments, environment, child, child, child);
@@ -115,7 +115,7 @@ ShellProcess::ShellProcess(
     }
     Pipe input;
     Pipe output;
-    if (streams == Streams::Merged) {
+    if (streams == Streams::merged) {
         m_pid = spawn(arguments, environment, input.reader.get(), output.writer.get(), output.writer.get());
     } else {
         Pipe error;

@@ -15,9 +15,9 @@ class ShellProcess
 {
 public:
     enum class Streams {
-        Separate, ///< standard output and error have a pipe each
-        Merged, ///< both write into one pipe
-        Terminal, ///< one pseudo terminal for all three
+        separate, ///< standard output and error have a pipe each
+        merged, ///< both write into one pipe
+        terminal, ///< one pseudo terminal for all three
     };
 
     /// An empty command means an interactive shell. Check `isRunning` for success.

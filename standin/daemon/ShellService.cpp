@@ -35,9 +35,9 @@ std::optional<ShellService> ShellService::parse(const QByteArray &name)
 
 void ShellService::serve(const QByteArray &root, AdbStream &stream) const
 {
-    const auto streams = m_terminal ? ShellProcess::Streams::Terminal
-        : m_merged                  ? ShellProcess::Streams::Merged
-                                    : ShellProcess::Streams::Separate;
+    const auto streams = m_terminal ? ShellProcess::Streams::terminal
+        : m_merged                  ? ShellProcess::Streams::merged
+                                    : ShellProcess::Streams::separate;
     ShellProcess process(root, m_command, m_terminalType, streams);
     if (!process.isRunning()) {
         const QByteArray words = "cannot start the shell\n";

@@ -103,15 +103,15 @@ QByteArray withEscape(const PackageArchive &archive, Escape escape)
 {
     ZipWriter zip = archive.zip;
     switch (escape) {
-    case Escape::None:
+    case Escape::none:
         return archive.bytes;
-    case Escape::DotDot:
+    case Escape::dotDot:
         zip.addFile(archive.top + "/../../../escaped", "out");
         break;
-    case Escape::Absolute:
+    case Escape::absolute:
         zip.addFile("/tmp/escaped", "out");
         break;
-    case Escape::Link:
+    case Escape::link:
         zip.addLink(archive.top + "/way-out", "/tmp");
         zip.addFile(archive.top + "/way-out/escaped", "out");
         break;

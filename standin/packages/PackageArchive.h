@@ -21,7 +21,7 @@ struct PackageArchive {
 };
 
 /// How an archive is made hostile.
-enum class Escape { None, DotDot, Absolute, Link };
+enum class Escape { none, dotDot, absolute, link };
 
 /// The sum that the lists give, as they spell it.
 QByteArray checksumOf(const QByteArray &bytes);

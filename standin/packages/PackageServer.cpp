@@ -32,11 +32,11 @@ const QMap<QString, bool> faultNames = {
 std::optional<Escape> escapeNamed(const QString &name)
 {
     if (name == u"dotdot")
-        return Escape::DotDot;
+        return Escape::dotDot;
     if (name == u"absolute")
-        return Escape::Absolute;
+        return Escape::absolute;
     if (name == u"link")
-        return Escape::Link;
+        return Escape::link;
     return std::nullopt;
 }
 

@@ -63,7 +63,7 @@ ControlReader::End ControlReader::run()
         const std::optional<QByteArray> type = read(1);
         if (!type || !handle(static_cast<uchar>(type->at(0)))) {
             m_parts.socket.close();
-            return m_faulted ? End::Fault : m_isBad ? End::BadMessage : End::Closed;
+            return m_faulted ? End::fault : m_isBad ? End::badMessage : End::closed;
         }
     }
 }

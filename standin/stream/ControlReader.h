@@ -26,7 +26,7 @@ public:
         int clipboardAuthor = 0; ///< what the session's own changes of the clipboard are marked with
         std::function<void(const QString &)> log;
     };
-    enum class End { Closed, BadMessage, Fault };
+    enum class End { closed, badMessage, fault };
 
     explicit ControlReader(Parts parts);
     End run();

@@ -113,7 +113,7 @@ void StreamSession::startThreads()
             {m_device, m_display, m_options, *m_controlSocket, *m_messages, *m_video, m_clipboardListener,
              [this](const QString &line) { m_io.out(line); }});
         // A control socket lost on purpose is to show how a client lives without it.
-        if (reader.run() != ControlReader::End::Fault)
+        if (reader.run() != ControlReader::End::fault)
             endByItself();
     });
 }

@@ -499,7 +499,7 @@ TEST_F(UninstallTest, theUserIsAskedFirstAndAnythingButTheFirstButtonEndsIt)
     EXPECT_EQ(alert.message, QStringLiteral("Uninstall Moon?"));
     EXPECT_EQ(alert.informativeText, QStringLiteral("The app and its data are removed from Quillnest's Android."));
     EXPECT_EQ(alert.buttons, (QStringList{QStringLiteral("Uninstall"), QStringLiteral("Cancel")}));
-    EXPECT_EQ(alert.style, Alert::Style::Warning);
+    EXPECT_EQ(alert.style, Alert::Style::warning);
     EXPECT_EQ(store->apps().size(), 1U);
     EXPECT_EQ(uninstalls(), 0);
 }

@@ -510,7 +510,7 @@ TEST_F(QuillnestAppTest, theLoginItemIsSwitchedOnOnceAndThenLeftToTheUser)
     EXPECT_EQ(fakes.loginItems->requests, std::vector{true});
     EXPECT_TRUE(hasLogged(QStringLiteral("open at login enabled=true status=1")));
     EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.loginItemDefaulted")), QVariant(true));
-    fakes.loginItems->current = LoginItems::Status::NotRegistered;
+    fakes.loginItems->current = LoginItems::Status::notRegistered;
     start();
     EXPECT_EQ(fakes.loginItems->requests.size(), 1U);
     EXPECT_TRUE(hasLogged(QStringLiteral("open at login enabled=false status=0")));
@@ -518,7 +518,7 @@ TEST_F(QuillnestAppTest, theLoginItemIsSwitchedOnOnceAndThenLeftToTheUser)
 
 TEST_F(QuillnestAppTest, aLoginItemThatIsOnAlreadyIsNotSetAgain)
 {
-    fakes.loginItems->current = LoginItems::Status::Enabled;
+    fakes.loginItems->current = LoginItems::Status::enabled;
     start();
     EXPECT_TRUE(fakes.loginItems->requests.empty());
     EXPECT_EQ(fakes.settings->value(QStringLiteral("Quillnest.loginItemDefaulted")), QVariant(true));

@@ -25,7 +25,7 @@ ProgramUnderTest::ProgramUnderTest(TestDesktop &desktop, Runtime runtime) : m_de
     if (isDeviceRunning())
         TestDesktop::endDevicesLeftBehind();
     waitFor(QStringLiteral("the port %1 to be free").arg(consolePort), 10, [this] { return !isDeviceRunning(); });
-    if (runtime == Runtime::None)
+    if (runtime == Runtime::none)
         return;
     m_desktop.run(program(QStringLiteral("standin-sdk")), {dataFolder() + QStringLiteral("/Runtime/sdk")});
     const auto written = m_desktop.run(program(QStringLiteral("quillnest-avd")), {QStringLiteral("35")});

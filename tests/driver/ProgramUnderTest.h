@@ -13,13 +13,13 @@ class ProgramUnderTest
 public:
     enum class Runtime {
         /// A complete managed runtime whose device is the stand-in.
-        Complete,
+        complete,
         /// Nothing yet: the program has to download it.
-        None,
+        none,
     };
 
     /// Lays the runtime out, if there is to be one; starts nothing.
-    explicit ProgramUnderTest(TestDesktop &desktop, Runtime runtime = Runtime::Complete);
+    explicit ProgramUnderTest(TestDesktop &desktop, Runtime runtime = Runtime::complete);
     ~ProgramUnderTest();
     ProgramUnderTest(const ProgramUnderTest &) = delete;
     ProgramUnderTest &operator=(const ProgramUnderTest &) = delete;

@@ -60,7 +60,7 @@ public:
     explicit Road(QString folder)
         : m_folder(std::move(folder))
         , m_server(m_desktop, {QStringLiteral("--api"), QStringLiteral("35")})
-        , m_program(m_desktop, ProgramUnderTest::Runtime::None)
+        , m_program(m_desktop, ProgramUnderTest::Runtime::none)
     {
         QDir().mkpath(m_folder);
     }

@@ -118,7 +118,7 @@ void TestDesktop::startSoundServer()
          QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=loudspeaker"), QStringLiteral("-L"),
          QStringLiteral("module-suspend-on-idle timeout=0"), QStringLiteral("-L"),
          QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(soundSocket())},
-        Output::Dropped);
+        Output::dropped);
     waitFor(QStringLiteral("the sound server"), 20, [this] {
         const auto probe = start(QStringLiteral("pactl"), {QStringLiteral("info")});
         return probe->waitForFinished(5000) && probe->exitCode() == 0;
@@ -242,7 +242,7 @@ void TestDesktop::endDevicesLeftBehind()
 std::unique_ptr<QProcess> TestDesktop::start(const QString &program, const QStringList &arguments, Output output) const
 {
     auto process = std::make_unique<QProcess>();
-    if (output == Output::Dropped) {
+    if (output == Output::dropped) {
         process->setStandardOutputFile(QProcess::nullDevice());
         process->setStandardErrorFile(QProcess::nullDevice());
     }
@@ -258,7 +258,7 @@ std::unique_ptr<QProcess> TestDesktop::start(const QString &program, const QStri
 
 qint64 TestDesktop::startService(const QString &program, const QStringList &arguments)
 {
-    auto process = start(program, arguments, Output::Dropped);
+    auto process = start(program, arguments, Output::dropped);
     m_services.push_back(std::move(process));
     return m_services.back()->processId();
 }

@@ -60,11 +60,11 @@ public:
     /// Runs a program on this desktop to its end and gives its standard output; throws for an exit status but 0.
     QByteArray run(const QString &program, const QStringList &arguments) const;
 
-    enum class Output { Kept, Dropped };
+    enum class Output { kept, dropped };
 
     /// Starts a program on this desktop.
     std::unique_ptr<QProcess>
-    start(const QString &program, const QStringList &arguments, Output output = Output::Kept) const;
+    start(const QString &program, const QStringList &arguments, Output output = Output::kept) const;
 
     // Input by the X server's own test extension, at points of the screen.
     void moveMouse(QPointF point) const;

@@ -61,7 +61,7 @@ protected:
 TEST_F(EntryTest, anotherProgramsWindowIsArrangedAndTheProcessEnds)
 {
     const auto other = desktop.start(
-        QStringLiteral("xcalc"), {QStringLiteral("-name"), QStringLiteral("quill-calc")}, TestDesktop::Output::Dropped);
+        QStringLiteral("xcalc"), {QStringLiteral("-name"), QStringLiteral("quill-calc")}, TestDesktop::Output::dropped);
     waitFor(QStringLiteral("the other window"), 10, [this] {
         return !windowFrame(QStringLiteral("quill-calc")).isEmpty();
     });

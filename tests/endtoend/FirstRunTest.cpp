@@ -107,7 +107,7 @@ protected:
 
     TestDesktop desktop{{.sound = false}};
     PackageServer server;
-    ProgramUnderTest program{desktop, ProgramUnderTest::Runtime::None};
+    ProgramUnderTest program{desktop, ProgramUnderTest::Runtime::none};
     SetupScreen setup{program};
 };
 

@@ -145,11 +145,11 @@ public:
     {
         requests.push_back(enabled);
         if (!failure)
-            current = enabled ? Status::Enabled : Status::NotRegistered;
+            current = enabled ? Status::enabled : Status::notRegistered;
         return failure;
     }
 
-    Status current = Status::NotRegistered;
+    Status current = Status::notRegistered;
     std::optional<QString> failure;
     std::vector<bool> requests;
 };

@@ -72,13 +72,13 @@ ChildResult ScriptedProcesses::run(const ChildCommand &command)
     const auto answer = rule ? rule->script(command) : fallback;
     if (answer.launchError)
         return {answer.launchError, -1, {}};
-    if (command.output == ChildCommand::Output::Descriptor) {
+    if (command.output == ChildCommand::Output::descriptor) {
         QFile file;
         if (file.open(command.descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered, QFileDevice::DontCloseHandle))
             file.write(answer.output);
         return {std::nullopt, answer.status, {}};
     }
-    return {std::nullopt, answer.status, command.output == ChildCommand::Output::Pipe ? answer.output : QByteArray()};
+    return {std::nullopt, answer.status, command.output == ChildCommand::Output::pipe ? answer.output : QByteArray()};
 }
 
 std::shared_ptr<RunningChild> ScriptedProcesses::start(const ChildCommand &command, Handlers handlers)

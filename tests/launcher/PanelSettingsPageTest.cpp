@@ -89,7 +89,7 @@ TEST_F(PanelSettingsPageTest, theLoginRowShowsWhatHoldsWheneverThePageIsOpened)
     panel->setShowSettings(true);
     EXPECT_TRUE(login().isChecked());
     QTest::mouseClick(&login(), Qt::LeftButton);
-    EXPECT_EQ(fakes.loginItems->status(), LoginItems::Status::NotRegistered);
+    EXPECT_EQ(fakes.loginItems->status(), LoginItems::Status::notRegistered);
     EXPECT_FALSE(login().isChecked());
     EXPECT_EQ(error(), QString());
 }

@@ -23,7 +23,7 @@ protected:
             {QStringLiteral("Uninstall <b>Moon</b>?"),
              QStringLiteral("The app goes."),
              {QStringLiteral("Uninstall"), QStringLiteral("Cancel")},
-             Alert::Style::Warning},
+             Alert::Style::warning},
             [this](int button) { answers.push_back(button); });
         ASSERT_TRUE(comesTrue([this] { return box() && box()->isActiveWindow(); }));
     }

@@ -108,14 +108,14 @@ TEST_F(PosixChildProcessesTest, outputIsCapturedAndErrorsAreNot)
 TEST_F(PosixChildProcessesTest, mergedErrorsStandWhereTheyWereWritten)
 {
     auto command = shell(QStringLiteral("echo one; echo two >&2; echo three"));
-    command.errors = ChildCommand::Errors::Merged;
+    command.errors = ChildCommand::Errors::merged;
     EXPECT_EQ(processes.run(command).output, "one\ntwo\nthree\n");
 }
 
 TEST_F(PosixChildProcessesTest, outputThatNobodyWantsIsDropped)
 {
     auto command = shell(QStringLiteral("echo out; exit 3"));
-    command.output = ChildCommand::Output::Null;
+    command.output = ChildCommand::Output::null;
     const auto result = processes.run(command);
     EXPECT_EQ(result.output, QByteArray());
     EXPECT_EQ(result.status, 3);
@@ -135,10 +135,10 @@ TEST_F(PosixChildProcessesTest, outputIntoADescriptorThatStaysOpen)
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_GE(descriptor, 0);
     auto command = shell(QStringLiteral("echo file; echo err >&2"));
-    command.output = ChildCommand::Output::Descriptor;
+    command.output = ChildCommand::Output::descriptor;
     command.descriptor = descriptor;
     EXPECT_EQ(processes.run(command).output, QByteArray());
-    command.errors = ChildCommand::Errors::Merged;
+    command.errors = ChildCommand::Errors::merged;
     processes.run(command);
     EXPECT_EQ(::write(descriptor, "mine", 4), 4);
     ::close(descriptor);
@@ -265,7 +265,7 @@ TEST_F(PosixChildProcessesTest, startedChildReportsItsOutputAndThenItsEnd)
 {
     Report report;
     auto command = shell(QStringLiteral("echo one; echo two >&2; head -c 300000 /dev/zero | tr '\\0' x; exit 9"));
-    command.errors = ChildCommand::Errors::Merged;
+    command.errors = ChildCommand::Errors::merged;
     const auto child = processes.start(command, report.handlers());
     EXPECT_GT(child->processId(), 0);
     ASSERT_TRUE(report.waitForEnd());
@@ -384,7 +384,7 @@ TEST_F(PosixChildProcessesTest, startedChildWithoutOutput)
 {
     Report report;
     auto command = shell(QStringLiteral("exit 8"));
-    command.output = ChildCommand::Output::Null;
+    command.output = ChildCommand::Output::null;
     const auto child = processes.start(command, report.handlers());
     ASSERT_TRUE(report.waitForEnd());
     EXPECT_EQ(report.status, 8);

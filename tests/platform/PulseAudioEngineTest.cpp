@@ -155,7 +155,7 @@ protected:
             = {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--use-pid-file=no"),
                QStringLiteral("--exit-idle-time=-1"), QStringLiteral("--load=module-null-sink rate=48000"),
                QStringLiteral("--load=module-native-protocol-unix auth-anonymous=1 socket=") + socket}};
-        command.output = ChildCommand::Output::Null;
+        command.output = ChildCommand::Output::null;
         // Not by Qt: its way to start a process leaves the thread sanitizer blind for the thread that did it.
         server = PosixChildProcesses().start(command, {});
         // The socket is there a moment before somebody listens.

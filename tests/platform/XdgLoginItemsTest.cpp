@@ -31,12 +31,12 @@ protected:
 
 TEST_F(XdgLoginItemsTest, onAndOff)
 {
-    EXPECT_EQ(items.status(), Status::NotRegistered);
+    EXPECT_EQ(items.status(), Status::notRegistered);
     EXPECT_EQ(items.set(false), std::nullopt);
     EXPECT_EQ(items.set(true), std::nullopt);
-    EXPECT_EQ(items.status(), Status::Enabled);
+    EXPECT_EQ(items.status(), Status::enabled);
     EXPECT_EQ(items.set(false), std::nullopt);
-    EXPECT_EQ(items.status(), Status::NotRegistered);
+    EXPECT_EQ(items.status(), Status::notRegistered);
     EXPECT_FALSE(QFile::exists(path));
 }
 
@@ -49,9 +49,9 @@ TEST_F(XdgLoginItemsTest, whatTheUserSwitchedOffInTheDesktopsSettingsNeedsApprov
         file.write(line);
         file.write("\n");
         file.close();
-        EXPECT_EQ(items.status(), Status::RequiresApproval) << line;
+        EXPECT_EQ(items.status(), Status::requiresApproval) << line;
         EXPECT_EQ(items.set(true), std::nullopt);
-        EXPECT_EQ(items.status(), Status::Enabled);
+        EXPECT_EQ(items.status(), Status::enabled);
     }
 }
 
@@ -70,5 +70,5 @@ TEST_F(XdgLoginItemsTest, aFolderThatCannotBeMadeIsTold)
     const auto failure = items.set(true);
     ASSERT_TRUE(failure);
     EXPECT_FALSE(failure->isEmpty());
-    EXPECT_EQ(items.status(), Status::NotRegistered);
+    EXPECT_EQ(items.status(), Status::notRegistered);
 }

@@ -140,9 +140,9 @@ TEST_F(EmulatorBootTest, theEmulatorGetsItsArgumentsEnvironmentAndNoStreams)
     EXPECT_EQ(command.environment.at(QStringLiteral("ANDROID_SDK_ROOT")), paths.sdkRoot);
     EXPECT_EQ(command.environment.at(QStringLiteral("ANDROID_HOME")), paths.sdkRoot);
     EXPECT_EQ(command.environment.at(QStringLiteral("ANDROID_AVD_HOME")), *paths.avdHome);
-    EXPECT_EQ(command.input, ChildCommand::Input::Null);
-    EXPECT_EQ(command.output, ChildCommand::Output::Null);
-    EXPECT_EQ(command.errors, ChildCommand::Errors::Null);
+    EXPECT_EQ(command.input, ChildCommand::Input::null);
+    EXPECT_EQ(command.output, ChildCommand::Output::null);
+    EXPECT_EQ(command.errors, ChildCommand::Errors::null);
     EXPECT_TRUE(
         logLines().contains(QStringLiteral("starting emulator avd=Quillnest managed=true sdk=%1").arg(paths.sdkRoot)));
 }

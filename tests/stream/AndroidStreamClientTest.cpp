@@ -57,8 +57,8 @@ TEST_F(AndroidStreamClientTest, pushesTunnelsStartsTheServerAndTakesTheTunnelDow
     EXPECT_TRUE(lines[2].contains(QStringLiteral("app_process")));
     EXPECT_EQ(lines[3], QStringLiteral("/sdk/adb -s emulator-5556 reverse --remove ") + name);
     for (const auto &call : fakes.processes->calls()) {
-        EXPECT_EQ(call.output, ChildCommand::Output::Pipe);
-        EXPECT_EQ(call.errors, ChildCommand::Errors::Merged);
+        EXPECT_EQ(call.output, ChildCommand::Output::pipe);
+        EXPECT_EQ(call.errors, ChildCommand::Errors::merged);
     }
 }
 

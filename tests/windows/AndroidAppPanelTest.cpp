@@ -27,7 +27,7 @@ protected:
         QObject::connect(panel.get(), &AndroidAppPanel::resignedKey, panel.get(), [this] { ++resignedKey; });
         return panel;
     }
-    std::unique_ptr<AndroidAppPanel> openKey(AndroidAppPanel::Resizing resizing = AndroidAppPanel::Resizing::AtEdges)
+    std::unique_ptr<AndroidAppPanel> openKey(AndroidAppPanel::Resizing resizing = AndroidAppPanel::Resizing::atEdges)
     {
         auto panel = makePanel(resizing);
         panel->orderFront();
@@ -103,7 +103,7 @@ TEST_F(AndroidAppPanelTest, movesAndSizesAreToldOnlyWhileItIsOnScreen)
 {
     int moves = 0;
     int sizes = 0;
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     QObject::connect(panel.get(), &AndroidAppPanel::moved, panel.get(), [&moves] { ++moves; });
     QObject::connect(panel.get(), &AndroidAppPanel::resized, panel.get(), [&sizes] { ++sizes; });
     panel->setGeometry(210, 210, 310, 410);
@@ -121,7 +121,7 @@ TEST_F(AndroidAppPanelTest, movesAndSizesAreToldOnlyWhileItIsOnScreen)
 TEST_F(AndroidAppPanelTest, aNewFrameOfAHiddenWindowIsToldAtOnceWhenItHasAnotherSize)
 {
     int sizes = 0;
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     panel->setFrame({200, 200, 300, 400});
     QObject::connect(panel.get(), &AndroidAppPanel::resized, panel.get(), [&sizes] { ++sizes; });
     panel->setFrame({210, 220, 300, 400});
@@ -133,7 +133,7 @@ TEST_F(AndroidAppPanelTest, aNewFrameOfAHiddenWindowIsToldAtOnceWhenItHasAnother
 TEST_F(AndroidAppPanelTest, comingAndGoingAreTold)
 {
     QStringList told;
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     QObject::connect(
         panel.get(), &AndroidAppPanel::shown, panel.get(), [&told] { told.append(QStringLiteral("shown")); });
     QObject::connect(
@@ -170,7 +170,7 @@ TEST_F(AndroidAppPanelTest, edgesAndCornersShowHowTheyResize)
 
 TEST_F(AndroidAppPanelTest, aPanelOfFixedSizeHasNoEdges)
 {
-    const auto panel = openKey(AndroidAppPanel::Resizing::Fixed);
+    const auto panel = openKey(AndroidAppPanel::Resizing::fixed);
     for (const auto point : {QPoint(1, 1), QPoint(299, 200), QPoint(150, 399)}) {
         QMouseEvent move(
             QEvent::MouseMove, point, point, panel->mapToGlobal(point), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
@@ -181,7 +181,7 @@ TEST_F(AndroidAppPanelTest, aPanelOfFixedSizeHasNoEdges)
 
 TEST_F(AndroidAppPanelTest, itFloatsBeforeAndAfterItIsOnScreen)
 {
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     panel->setFloating(true);
     panel->orderFront();
     EXPECT_TRUE(comesTrue(fakes, [&panel] { return panel->isActiveWindow(); }));
@@ -205,7 +205,7 @@ TEST_F(AndroidAppPanelTest, floatingStaysOverHidingAndShowing)
 
 TEST_F(AndroidAppPanelTest, itIsOpaqueWhereNothingCanBeSeenThrough)
 {
-    const auto opaque = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto opaque = makePanel(AndroidAppPanel::Resizing::atEdges);
     EXPECT_FALSE(opaque->testAttribute(Qt::WA_TranslucentBackground));
     EXPECT_EQ(opaque->grab().toImage().pixelColor(0, 0), Palette::light().windowBackground);
     EXPECT_EQ(opaque->frame(), opaque->geometry());
@@ -224,7 +224,7 @@ protected:
 
 TEST_F(BlendedPanelTest, theFrameIsTheWindowWithoutItsShadow)
 {
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     EXPECT_TRUE(panel->testAttribute(Qt::WA_TranslucentBackground));
     panel->setFrame(frame);
     panel->setMinimumFrameSize({280, 300});
@@ -236,7 +236,7 @@ TEST_F(BlendedPanelTest, theFrameIsTheWindowWithoutItsShadow)
 
 TEST_F(BlendedPanelTest, theShadowFadesFromTheFrameOutwardsOnAllSides)
 {
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     panel->setFrame(frame);
     const auto image = panel->grab().toImage();
     const double scale = image.devicePixelRatio();
@@ -267,7 +267,7 @@ TEST_F(BlendedPanelTest, theShadowFadesFromTheFrameOutwardsOnAllSides)
 
 TEST_F(BlendedPanelTest, theDesktopIsToldOfTheShadowAtEachSize)
 {
-    const auto panel = makePanel(AndroidAppPanel::Resizing::AtEdges);
+    const auto panel = makePanel(AndroidAppPanel::Resizing::atEdges);
     panel->setFrame(frame);
     panel->orderFront();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(panel.get()));

@@ -364,7 +364,7 @@ protected:
             fakes.platform, log, std::make_shared<ChangeNotifications>(),
             std::make_shared<const AndroidCommands>(fakes.platform, log)}
     {
-        panel = std::make_unique<AndroidAppPanel>(fakes.platform, AndroidAppPanel::Resizing::AtEdges);
+        panel = std::make_unique<AndroidAppPanel>(fakes.platform, AndroidAppPanel::Resizing::atEdges);
         view = new AndroidPlayerView(services, QStringLiteral("Tide"), panel.get());
         QObject::connect(view, &AndroidPlayerView::closeRequested, view, [this] { ++closes; });
         // As wide as the picture and, below the header, 100 points higher.

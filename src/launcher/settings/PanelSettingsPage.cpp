@@ -84,7 +84,7 @@ PanelSettingsPage::PanelSettingsPage(const PanelServices &services, const PanelL
             failure ? QStringLiteral("%1 did not allow this: %2").arg(m_services.platform.profile.systemName, *failure)
                     : QString());
         m_loginError->setVisible(failure.has_value());
-        m_openAtLogin->setChecked(items.status() == LoginItems::Status::Enabled);
+        m_openAtLogin->setChecked(items.status() == LoginItems::Status::enabled);
     });
     addFlag(column, WindowSettings::singleApp, QStringLiteral("One app at a time"));
     addFlag(
@@ -236,7 +236,7 @@ void PanelSettingsPage::refresh()
 
 void PanelSettingsPage::showEvent(QShowEvent *)
 {
-    m_openAtLogin->setChecked(m_services.platform.loginItems->status() == LoginItems::Status::Enabled);
+    m_openAtLogin->setChecked(m_services.platform.loginItems->status() == LoginItems::Status::enabled);
 }
 
 } // namespace quillnest

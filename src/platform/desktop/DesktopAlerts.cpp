@@ -41,7 +41,7 @@ void DesktopAlerts::ask(const Alert &alert, std::function<void(int)> answer)
     auto *box = new QMessageBox;
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowTitle(QStringLiteral("Quillnest"));
-    box->setIcon(alert.style == Alert::Style::Warning ? QMessageBox::Warning : QMessageBox::Information);
+    box->setIcon(alert.style == Alert::Style::warning ? QMessageBox::Warning : QMessageBox::Information);
     // An app's name is no markup.
     box->setTextFormat(Qt::PlainText);
     box->setText(alert.message);

@@ -44,7 +44,7 @@ HttpTransfer::HttpTransfer(
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Quillnest"));
-    if (body == Body::AsStored)
+    if (body == Body::asStored)
         request.setRawHeader("Accept-Encoding", "identity");
     m_reply = manager.get(request);
     m_reply->setParent(this);

@@ -28,9 +28,9 @@ public:
     };
     enum class Body {
         /// As the server has it, so that its length is the one that was announced.
-        AsStored,
+        asStored,
         /// Smaller on its way if the server likes.
-        AnyEncoding,
+        anyEncoding,
     };
 
     /// A transfer in which nothing moves for as long as `patience` has failed.

@@ -70,7 +70,7 @@ void QtNetwork::startFetch(const QUrl &url, const Completion<HttpAnswer> &waitin
             }};
     onThread(
         [url, patience = m_patience, handlers = std::move(handlers)](QNetworkAccessManager &manager, QObject *owner) {
-            new HttpTransfer(manager, url, HttpTransfer::Body::AnyEncoding, patience, handlers, owner);
+            new HttpTransfer(manager, url, HttpTransfer::Body::anyEncoding, patience, handlers, owner);
         });
 }
 
@@ -124,7 +124,7 @@ public:
             if (state->isCancelled)
                 return;
             state->transfer = new HttpTransfer(
-                manager, url, HttpTransfer::Body::AsStored, patience,
+                manager, url, HttpTransfer::Body::asStored, patience,
                 {.onPiece =
                      [state, executor](std::span<const char> piece, qint64 expected) {
                          return take(state, *executor, piece, expected);

@@ -33,13 +33,13 @@ LoginItems::Status XdgLoginItems::status() const
 {
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
-        return Status::NotRegistered;
+        return Status::notRegistered;
     for (const auto &line : file.readAll().split('\n')) {
         const auto setting = line.simplified().replace(" ", "");
         if (setting == "Hidden=true" || setting == "X-GNOME-Autostart-enabled=false")
-            return Status::RequiresApproval;
+            return Status::requiresApproval;
     }
-    return Status::Enabled;
+    return Status::enabled;
 }
 
 QByteArray XdgLoginItems::entry() const

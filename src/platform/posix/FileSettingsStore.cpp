@@ -137,7 +137,7 @@ FileSettingsStore::FileSettingsStore(const QString &path) : m_path(path)
     QDir().mkpath(folder);
     if (QFile::exists(path)) {
         const ProcessLock lock(path + QStringLiteral(".lock"));
-        reload(Damaged::SetAside);
+        reload(Damaged::setAside);
         // Nobody listens yet; whoever wants to know asks.
         m_damageIsUnannounced = false;
     }
@@ -200,7 +200,7 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
         if (m_values.contains(key) == value.has_value() && isSame(m_values.value(key), stored) && stamp() == m_stamp)
             return std::nullopt;
         const ProcessLock lock(m_path + QStringLiteral(".lock"));
-        changed = reload(Damaged::SetAside);
+        changed = reload(Damaged::setAside);
         if (m_unreadable)
             return m_unreadable;
         if (m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
@@ -212,7 +212,7 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
             // Bytes are what a user has put together, such as the library: the loss of power must not leave an empty
             // file in its place. Switches and sizes are written many times a second while a window is dragged.
             const bool isPrecious = stored.typeId() == QMetaType::QByteArray;
-            failure = write(values, isPrecious ? Durability::Disk : Durability::Process);
+            failure = write(values, isPrecious ? Durability::disk : Durability::process);
             if (!failure) {
                 m_values = std::move(values);
                 changed.append(key);
@@ -242,7 +242,7 @@ QStringList FileSettingsStore::reload(Damaged damaged)
             const auto object = document.object();
             for (auto it = object.begin(); it != object.end(); ++it)
                 fresh.insert(it.key(), decode(it.value()));
-        } else if (damaged == Damaged::LeaveAlone) {
+        } else if (damaged == Damaged::leaveAlone) {
             // An editor may be in the middle of writing it; there will be another look.
             ::close(descriptor);
             return {};
@@ -290,7 +290,7 @@ std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durab
         good = count > 0;
         done += good ? count : 0;
     }
-    if (good && durability == Durability::Disk)
+    if (good && durability == Durability::disk)
         good = ::fsync(descriptor) == 0;
     if (!good || ::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_path).constData()) != 0) {
         const auto reason = qt_error_string(errno);
@@ -363,7 +363,7 @@ void FileSettingsStore::fileMayHaveChanged()
     QStringList changed;
     {
         const std::scoped_lock guard(m_lock);
-        changed = reload(Damaged::LeaveAlone);
+        changed = reload(Damaged::leaveAlone);
     }
     if (!m_watcher.files().contains(m_path) && QFile::exists(m_path))
         m_watcher.addPath(m_path);

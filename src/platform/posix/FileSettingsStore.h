@@ -37,7 +37,7 @@ private:
 
     std::optional<QString> change(const QString &key, const std::optional<QVariant> &value);
     /// What to do about a file that is no JSON object.
-    enum class Damaged { SetAside, LeaveAlone };
+    enum class Damaged { setAside, leaveAlone };
 
     /// Reads the file if it isn't the one last seen; returns the keys whose values differ. Under `m_lock`, and to set
     /// a damaged file aside under the lock of the processes as well.
@@ -45,7 +45,7 @@ private:
     /// Takes over the descriptor of the file that `m_values` now stands for, or -1.
     void setSeen(int descriptor);
     /// What a write survives once it has returned: the end of this process, or the loss of power as well.
-    enum class Durability { Process, Disk };
+    enum class Durability { process, disk };
     /// Puts `values` into the place of the file; answers why that was not possible.
     std::optional<QString> write(const QVariantMap &values, Durability durability);
     Stamp stamp() const;

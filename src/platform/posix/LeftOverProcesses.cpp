@@ -27,7 +27,7 @@ void endLeftOverProcesses(ChildProcesses &processes, const QString &text)
         .arguments
         = {QStringLiteral("-U"), QString::number(::getuid()), QStringLiteral("-f"), QStringLiteral("--"),
            literally(text)}};
-    command.output = ChildCommand::Output::Null;
+    command.output = ChildCommand::Output::null;
     try {
         processes.start(command);
     } catch (const LaunchError &) {

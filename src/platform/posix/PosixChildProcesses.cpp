@@ -76,7 +76,7 @@ Spawned spawn(const ChildCommand &command)
 {
     Spawned result;
     Descriptor writeEnd;
-    if (command.output == ChildCommand::Output::Pipe) {
+    if (command.output == ChildCommand::Output::pipe) {
         auto pipe = newPipe();
         if (!pipe.readEnd)
             throw LaunchError(errorText(errno));
@@ -86,20 +86,20 @@ Spawned spawn(const ChildCommand &command)
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    if (command.input == ChildCommand::Input::Null)
+    if (command.input == ChildCommand::Input::null)
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     switch (command.output) {
-    case ChildCommand::Output::Null:
+    case ChildCommand::Output::null:
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         break;
-    case ChildCommand::Output::Pipe:
+    case ChildCommand::Output::pipe:
         posix_spawn_file_actions_adddup2(&actions, writeEnd.get(), STDOUT_FILENO);
         break;
-    case ChildCommand::Output::Descriptor:
+    case ChildCommand::Output::descriptor:
         posix_spawn_file_actions_adddup2(&actions, command.descriptor, STDOUT_FILENO);
         break;
     }
-    if (command.errors == ChildCommand::Errors::Merged)
+    if (command.errors == ChildCommand::Errors::merged)
         posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     else
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
