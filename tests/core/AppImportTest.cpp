@@ -1,0 +1,166 @@
+#include "core/AppImport.h"
+
+#include "StoreFixture.h"
+
+using namespace quillnest;
+
+namespace
+{
+class AppImportTest : public StoreFixture
+{
+};
+} // namespace
+
+TEST_F(AppImportTest, aPackageIsAddedUnderItsLabel)
+{
+    const auto path = putPackage(QStringLiteral("Apps/some-file-v3.apk"), "org.example.app", "My App");
+    add({path});
+    ASSERT_EQ(store->apps().size(), 1U);
+    const auto &app = store->apps()[0];
+    EXPECT_EQ(app.name, QStringLiteral("My App"));
+    EXPECT_EQ(app.sourcePath, path);
+    EXPECT_EQ(app.platform, MobilePlatform::android);
+    EXPECT_EQ(app.bundleIdentifier, std::nullopt);
+    EXPECT_EQ(app.addedAt, fakes.clock->wallTime());
+    EXPECT_FALSE(app.isFavorite);
+    EXPECT_FALSE(app.id.isNull());
+    EXPECT_EQ(status(), QStringLiteral("Added some-file-v3.apk"));
+    EXPECT_EQ(storedApps(), store->apps());
+}
+
+TEST_F(AppImportTest, aPackageWithoutALabelIsAddedUnderItsFileName)
+{
+    add({putPackage(QStringLiteral("Apps/some.file.v3.apk"), "org.example.app", "")});
+    EXPECT_EQ(store->apps().at(0).name, QStringLiteral("some.file.v3"));
+    // Nor does a file need to be readable.
+    add({fakes.writeFile(QStringLiteral("Apps/broken.apk"), "no package")});
+    EXPECT_EQ(store->apps().at(1).name, QStringLiteral("broken"));
+}
+
+TEST_F(AppImportTest, anUpperCaseExtensionPasses)
+{
+    add({putPackage(QStringLiteral("Apps/A.APK"), "org.example.a", "A"), fakes.path(QStringLiteral("Apps/B.Ipa"))});
+    ASSERT_EQ(store->apps().size(), 2U);
+    EXPECT_EQ(store->apps()[0].platform, MobilePlatform::android);
+    EXPECT_EQ(store->apps()[1].platform, MobilePlatform::ios);
+    EXPECT_EQ(store->apps()[1].name, QStringLiteral("B"));
+}
+
+TEST_F(AppImportTest, aFileOfAnotherTypeIsSkipped)
+{
+    for (const auto *name : {"notes.txt", "noextension", "a.apk.zip", "apk", ".apk"}) {
+        const auto path = fakes.writeFile(QStringLiteral("Apps/") + QLatin1String(name), "content");
+        add({path});
+        EXPECT_EQ(status(), QStringLiteral("Skipped %1: choose an APK or IPA").arg(QLatin1String(name)));
+    }
+    EXPECT_TRUE(store->apps().empty());
+}
+
+TEST_F(AppImportTest, theSamePathIsAddedOnceAndAnotherCopyAgain)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.1.apk"), "org.example.app", "App");
+    add({path});
+    add({path});
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(status(), QStringLiteral("Already in library: app.1"));
+    add({putPackage(QStringLiteral("Copies/app.1.apk"), "org.example.app", "App")});
+    EXPECT_EQ(store->apps().size(), 2U);
+}
+
+TEST_F(AppImportTest, theSameFileDroppedTwiceAtOnceIsAddedOnce)
+{
+    const auto url = QUrl::fromLocalFile(putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App"));
+    // Both drops look at the file before either has added it.
+    store->addFiles({url});
+    store->addFiles({url});
+    fakes.settle();
+    EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(status(), QStringLiteral("Already in library: app"));
+}
+
+TEST_F(AppImportTest, severalFilesAreAddedInTheirOrderAndTheLastOutcomeStays)
+{
+    add(
+        {putPackage(QStringLiteral("Apps/z.apk"), "org.example.z", "Z"),
+         fakes.writeFile(QStringLiteral("Apps/notes.txt"), ""),
+         putPackage(QStringLiteral("Apps/a.apk"), "org.example.a", "A")});
+    EXPECT_EQ(names(store->apps()), (QStringList{QStringLiteral("Z"), QStringLiteral("A")}));
+    EXPECT_EQ(status(), QStringLiteral("Added a.apk"));
+}
+
+TEST_F(AppImportTest, noFilesChangeNothing)
+{
+    add({});
+    EXPECT_EQ(status(), QStringLiteral("Ready"));
+}
+
+TEST_F(AppImportTest, theFileStaysWhereItIsAndAsItIs)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App");
+    const auto before = fakes.readFile(path);
+    add({path});
+    EXPECT_EQ(fakes.readFile(path), before);
+}
+
+TEST_F(AppImportTest, aStoreMayGoWhileAFileIsBeingRead)
+{
+    const auto path = putPackage(QStringLiteral("Apps/app.apk"), "org.example.app", "App");
+    store->addFiles({QUrl::fromLocalFile(path), QUrl::fromLocalFile(path)});
+    store.reset();
+    fakes.settle();
+    EXPECT_TRUE(stored().isEmpty() || storedApps().empty());
+}
+
+TEST_F(AppImportTest, aNameThatIsNoValidTextIsSkippedWithASentence)
+{
+    const auto folder = QFile::encodeName(fakes.path(QStringLiteral("Apps")));
+    QDir().mkpath(QFile::decodeName(folder));
+    const QByteArray native = folder + "/caf\xe9.apk";
+    std::fclose(std::fopen(native.constData(), "w"));
+    store->addFiles({QUrl::fromEncoded("file://" + native.toPercentEncoding("/"))});
+    fakes.settle();
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Skipped caf\uFFFD.apk: its name is not valid text"));
+}
+
+TEST_F(AppImportTest, aNameWithTheReplacementCharacterItselfIsAName)
+{
+    add({fakes.writeFile(QStringLiteral("Apps/caf\uFFFD.apk"), "")});
+    EXPECT_EQ(status(), QStringLiteral("Added caf\uFFFD.apk"));
+}
+
+TEST_F(AppImportTest, aPathIsKeptAbsolute)
+{
+    const auto before = QDir::currentPath();
+    fakes.writeFile(QStringLiteral("Apps/-rf.apk"), "");
+    ASSERT_TRUE(QDir::setCurrent(fakes.path(QStringLiteral("Apps"))));
+    add({QStringLiteral("-rf.apk")});
+    QDir::setCurrent(before);
+    ASSERT_EQ(store->apps().size(), 1U);
+    EXPECT_EQ(store->apps()[0].sourcePath, fakes.path(QStringLiteral("Apps/-rf.apk")));
+}
+
+TEST_F(AppImportTest, anAddressThatIsNoFileIsPassedOver)
+{
+    store->addFiles(
+        {QUrl(QStringLiteral("https://example.org/app.apk")), QUrl(QStringLiteral("-x.apk")),
+         QUrl(QStringLiteral("relative/app.apk"))});
+    fakes.settle();
+    EXPECT_TRUE(store->apps().empty());
+    EXPECT_EQ(status(), QStringLiteral("Ready"));
+}
+
+TEST_F(AppImportTest, whatIsDroppedMeanwhileComesAfterAndItsOutcomeStays)
+{
+    const auto first = putPackage(QStringLiteral("Apps/first.apk"), "org.example.first", "First");
+    const auto second = putPackage(QStringLiteral("Apps/second.apk"), "org.example.second", "Second");
+    const auto third = putPackage(QStringLiteral("Apps/third.apk"), "org.example.third", "Third");
+    store->addFiles({QUrl::fromLocalFile(first), QUrl::fromLocalFile(second)});
+    store->addFiles({QUrl::fromLocalFile(third), QUrl::fromLocalFile(fakes.path(QStringLiteral("Apps/note.txt")))});
+    EXPECT_EQ(fakes.executor->pendingInBackground(), 1U) << "one label is read at a time";
+    fakes.settle();
+    EXPECT_EQ(
+        names(store->apps()),
+        (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third")}));
+    EXPECT_EQ(status(), QStringLiteral("Skipped note.txt: choose an APK or IPA"));
+}
