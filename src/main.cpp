@@ -1,5 +1,7 @@
 // The composition root: builds the platform, wires the rooms, starts the application.
 
+#include "base/QuillnestFolders.h"
+#include "core/ArrangeOrder.h"
 #include "core/QuillnestApp.h"
 #include "features/adblock/AdBlock.h"
 #include "features/darkmode/DarkMode.h"
@@ -19,9 +21,46 @@
 #include <QPointer>
 #include <QWindow>
 
+#include <cstdio>
+#include <cstring>
+
+namespace
+{
+
+constexpr const char *help = "Usage: quillnest [OPTION...] [FILE...]\n"
+                             "Runs Android apps in windows of their own. One program runs at a time: a later start\n"
+                             "hands what it was asked for to the running one and ends.\n"
+                             "\n"
+                             "  FILE                 adds a package to the library\n"
+                             "  --open-app TEXT      opens the first app whose name or file contains the text\n"
+                             "  --launch-apk FILE    installs a package and opens it in the player window\n"
+                             "  --android-player     opens the player window\n"
+                             "  --arrange PROGRAM    puts another program's windows into a size, and ends\n"
+                             "    --width NUMBER     how wide, in points (430)\n"
+                             "    --height NUMBER    how high, in points (760)\n"
+                             "  --help               prints this\n"
+                             "  --version            prints the version\n";
+
+/// Answers what needs no display; false for a start like any other.
+bool answers(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const bool asksForHelp = std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0;
+        if (asksForHelp || std::strcmp(argv[i], "--version") == 0) {
+            std::fputs(asksForHelp ? help : "quillnest " QUILLNEST_VERSION "\n", stdout);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 int main(int argc, char **argv)
 {
     using namespace quillnest;
+    if (answers(argc, argv))
+        return 0;
     TerminationSignals::block();
     QApplication application(argc, argv);
     const TerminationSignals termination;
@@ -32,6 +71,23 @@ int main(int argc, char **argv)
     QApplication::setFont(interfaceFont(13));
 
     const auto platform = hostPlatform();
+    if (const auto order = ArrangeOrder::from(QApplication::arguments())) {
+        QObject::connect(&termination, &TerminationSignals::requested, &application, &QCoreApplication::quit);
+        order->carryOut(platform, [] { QCoreApplication::exit(0); });
+        return QApplication::exec();
+    }
+    switch (platform.door->enter(QuillnestFolders::data(platform.folders), QApplication::arguments())) {
+    case InstanceDoor::Entry::first:
+        break;
+    case InstanceDoor::Entry::handedOver:
+        return 0;
+    case InstanceDoor::Entry::noAnswer:
+        std::fputs(
+            "Quillnest is running but does not answer. Wait until it has finished, or end it, and try again.\n",
+            stderr);
+        return 1;
+    }
+
     const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };
     applyAppearance();
     QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);

@@ -18,6 +18,10 @@ std::optional<QString> value(const QString &name, const QStringList &arguments);
 
 /// The same as a decimal number; absent for a value that is none.
 std::optional<double> numericArgument(const QString &name, const QStringList &arguments);
+
+/// The package files among the arguments, as absolute paths: what is no flag and no flag's value and ends as a package
+/// does. A relative one is meant from `folder`.
+QStringList files(const QStringList &arguments, const QString &folder);
 } // namespace LaunchArguments
 
 } // namespace quillnest

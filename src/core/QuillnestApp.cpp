@@ -6,7 +6,6 @@
 #include "core/DiagnosticsReport.h"
 #include "core/LaunchArguments.h"
 #include "core/LoginItem.h"
-#include "ios/ExternalWindowManager.h"
 #include "platform/DescribedError.h"
 #include "platform/LeftOverProcesses.h"
 #include "runtime/AndroidHardware.h"
@@ -15,7 +14,7 @@
 #include "runtime/RuntimeSettings.h"
 #include "windows/AndroidPlayerView.h"
 
-#include <QFileInfo>
+#include <QDir>
 #include <QJsonDocument>
 #include <QPointer>
 #include <QVBoxLayout>
@@ -31,11 +30,8 @@ using namespace std::chrono_literals;
 
 const auto serverClass = QStringLiteral("com.genymobile.scrcpy.Server");
 constexpr auto playerDelay = 250ms;
-constexpr auto arrangeDelay = 400ms;
 constexpr auto openAppDelay = 500ms;
 constexpr auto snapshotDelay = 1000ms;
-constexpr std::chrono::milliseconds permissionPatience = 15s;
-constexpr QSizeF defaultArrangedSize(430, 760);
 } // namespace
 
 QuillnestApp::QuillnestApp(Platform platform)
@@ -65,7 +61,7 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
     if (const auto damaged = m_platform.settings->damagedFile())
         tellOfDamagedSettings(*damaged);
     connect(m_platform.settings.get(), &SettingsStore::setAside, this, &QuillnestApp::tellOfDamagedSettings);
-    takeOrders(arguments);
+    takeOrders(arguments, QDir::currentPath());
 
     m_store = std::make_unique<AppLibraryStore>(m_services);
     m_store->paintPanel = m_interface.paintPanel;
@@ -102,25 +98,43 @@ void QuillnestApp::start(const QStringList &arguments, Interface interface)
                          QString::number(static_cast<int>(status))));
     if (const auto text = LaunchArguments::value(QStringLiteral("--open-app"), arguments))
         later(openAppDelay, [this, text = *text] { openApp(text); });
+    addFiles(LaunchArguments::files(arguments, QDir::currentPath()));
+    connect(m_platform.door.get(), &InstanceDoor::knocked, this, &QuillnestApp::obey);
 }
 
-void QuillnestApp::takeOrders(const QStringList &arguments)
+void QuillnestApp::takeOrders(const QStringList &arguments, const QString &folder)
 {
     const auto launch = QStringLiteral("--launch-apk");
     const bool launches = LaunchArguments::has(launch, arguments);
     if (launches || LaunchArguments::has(QStringLiteral("--android-player"), arguments))
         later(playerDelay, [this] { openPlayer(); });
     if (const auto path = LaunchArguments::value(launch, arguments))
-        fireAndForget(m_log, launchAPK(QFileInfo(*path).absoluteFilePath()));
+        fireAndForget(m_log, launchAPK(QDir(folder).absoluteFilePath(*path)));
+}
 
-    if (const auto bundleIdentifier = LaunchArguments::value(QStringLiteral("--arrange"), arguments)) {
-        const QSizeF size(
-            LaunchArguments::numericArgument(QStringLiteral("--width"), arguments)
-                .value_or(defaultArrangedSize.width()),
-            LaunchArguments::numericArgument(QStringLiteral("--height"), arguments)
-                .value_or(defaultArrangedSize.height()));
-        later(arrangeDelay, [this, id = *bundleIdentifier, size] { arrange(id, size); });
-    }
+void QuillnestApp::obey(const QStringList &arguments, const QString &folder)
+{
+    m_log->write(QStringLiteral("another start asks: %1").arg(arguments.mid(1).join(QLatin1Char(' '))));
+    takeOrders(arguments, folder);
+    const auto files = LaunchArguments::files(arguments, folder);
+    const auto app = LaunchArguments::value(QStringLiteral("--open-app"), arguments);
+    addFiles(files);
+    if (app)
+        openApp(*app);
+    // Whoever starts the program without a word wants to see it; what was added, too.
+    const bool opensPlayer = LaunchArguments::has(QStringLiteral("--launch-apk"), arguments)
+        || LaunchArguments::has(QStringLiteral("--android-player"), arguments);
+    if (!files.isEmpty() || !(app || opensPlayer))
+        m_windows.showMenuBarPopup(std::nullopt);
+}
+
+void QuillnestApp::addFiles(const QStringList &files)
+{
+    QList<QUrl> urls;
+    for (const auto &file : files)
+        urls.append(QUrl::fromLocalFile(file));
+    if (!urls.isEmpty())
+        m_store->addFiles(urls);
 }
 
 void QuillnestApp::later(std::chrono::milliseconds delay, std::function<void()> work)
@@ -158,27 +172,6 @@ void QuillnestApp::openPlayer()
     layout->addWidget(content);
     connect(m_player.get(), &AndroidAppPanel::closeRequested, m_player.get(), &AndroidAppPanel::orderOut);
     m_player->orderFront();
-}
-
-void QuillnestApp::arrange(const QString &bundleIdentifier, QSizeF size)
-{
-    auto delay = std::chrono::milliseconds::zero();
-    try {
-        ExternalWindowManager::arrange(m_platform, bundleIdentifier, size);
-        std::printf(
-            "Quillnest arranged %s to %dx%d\n", qUtf8Printable(bundleIdentifier), static_cast<int>(size.width()),
-            static_cast<int>(size.height()));
-        std::fflush(stdout);
-    } catch (const ExternalWindowError &error) {
-        std::fprintf(stderr, "Quillnest arrange failed: %s\n", error.what());
-        // The desktop may be asking its user just now.
-        if (error.kind() == ExternalWindowError::Kind::permissionRequired)
-            delay = permissionPatience;
-    }
-    if (delay == std::chrono::milliseconds::zero())
-        m_interface.quit();
-    else
-        later(delay, [this] { m_interface.quit(); });
 }
 
 void QuillnestApp::openApp(const QString &text)

@@ -71,9 +71,10 @@ public:
     void windowDidBecomeKey() { m_store->prewarmAndroid(); }
 
 private:
-    void takeOrders(const QStringList &arguments);
+    void takeOrders(const QStringList &arguments, const QString &folder);
+    void obey(const QStringList &arguments, const QString &folder);
+    void addFiles(const QStringList &files);
     void openPlayer();
-    void arrange(const QString &bundleIdentifier, QSizeF size);
     void openApp(const QString &text);
     void tellOfDamagedSettings(const QString &path);
     void later(std::chrono::milliseconds delay, std::function<void()> work);

@@ -15,6 +15,7 @@
 #include "platform/Folders.h"
 #include "platform/ForeignWindows.h"
 #include "platform/HostProfile.h"
+#include "platform/InstanceDoor.h"
 #include "platform/LocalSockets.h"
 #include "platform/LoginItems.h"
 #include "platform/Network.h"
@@ -38,6 +39,7 @@ struct Platform {
     std::shared_ptr<Executor> executor;
     std::shared_ptr<SettingsStore> settings;
     std::shared_ptr<ChildProcesses> processes;
+    std::shared_ptr<InstanceDoor> door;
     std::shared_ptr<CommandChannel> commands;
     std::shared_ptr<DiagnosticsPort> diagnostics;
     std::shared_ptr<LocalSockets> sockets;

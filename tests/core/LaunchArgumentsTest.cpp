@@ -38,6 +38,21 @@ TEST(LaunchArguments, aNumberThatIsNoneCountsAsAbsent)
     EXPECT_EQ(number("quillnest --width 5px"), std::nullopt);
     EXPECT_EQ(number("quillnest --width"), std::nullopt);
     EXPECT_EQ(number("quillnest"), std::nullopt);
+    // Nor are these, of which no size can be made.
+    EXPECT_EQ(number("quillnest --width nan"), std::nullopt);
+    EXPECT_EQ(number("quillnest --width inf"), std::nullopt);
+    EXPECT_EQ(number("quillnest --width -inf"), std::nullopt);
     // The first flag counts, also when its value is no number.
     EXPECT_EQ(number("quillnest --width wide --width 5"), std::nullopt);
+}
+
+TEST(LaunchArguments, filesAreThePackagesThatBelongToNoFlag)
+{
+    const auto files = [](const char *line) {
+        return LaunchArguments::files(words(line), QStringLiteral("/here")).join(QLatin1Char(' '));
+    };
+    EXPECT_EQ(files("quillnest /a/moon.apk sun.IPA ../up.apk"), QStringLiteral("/a/moon.apk /here/sun.IPA /up.apk"));
+    EXPECT_EQ(files("quillnest --launch-apk a.apk --open-app b.apk --unknown c.apk"), QStringLiteral("/here/c.apk"));
+    EXPECT_EQ(files("quillnest.apk notes.txt --moon.apk"), QString());
+    EXPECT_EQ(files("quillnest"), QString());
 }

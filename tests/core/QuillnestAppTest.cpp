@@ -51,6 +51,12 @@ protected:
              .quit = [this] { ++quits; }});
     }
 
+    /// As another start would.
+    void knock(const QStringList &arguments, const QString &folder = QStringLiteral("/")) const
+    {
+        Q_EMIT fakes.door->knocked(QStringList{QStringLiteral("quillnest")} + arguments, folder);
+    }
+
     int quits = 0;
 
     qsizetype count(const char *text) const { return fakes.processes->count(QLatin1String(text)); }
@@ -319,6 +325,55 @@ TEST_F(QuillnestAppTest, theReportTellsOfTheLibraryAndTheWindows)
     EXPECT_EQ(windows[0].toObject().value(QStringLiteral("visible")), true);
 }
 
+// Another start, whose arguments come through the door.
+
+TEST_F(QuillnestAppTest, anotherStartWithoutAWordShowsThePanel)
+{
+    start();
+    ASSERT_FALSE(app->windows().menuBarPopupFrame());
+    knock({});
+    EXPECT_TRUE(app->windows().menuBarPopupFrame());
+    EXPECT_TRUE(hasLogged(QStringLiteral("another start asks: ")));
+}
+
+TEST_F(QuillnestAppTest, anotherStartOpensTheAppThatItNames)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    start();
+    knock({QStringLiteral("--open-app"), QStringLiteral("moon")});
+    fakes.runUntil([&] { return app->windows().session(moon.id) != nullptr; });
+    EXPECT_FALSE(app->windows().menuBarPopupFrame());
+}
+
+TEST_F(QuillnestAppTest, anotherStartAddsItsFilesFromTheFolderItWasStartedIn)
+{
+    const auto path = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");
+    start();
+    knock({QStringLiteral("moon.apk")}, QFileInfo(path).path());
+    fakes.settle();
+    ASSERT_EQ(app->store().apps().size(), 1U);
+    EXPECT_EQ(app->store().apps()[0].sourcePath, path);
+    EXPECT_TRUE(app->windows().menuBarPopupFrame());
+}
+
+TEST_F(QuillnestAppTest, filesAreAddedByTheFirstStartToo)
+{
+    const auto path = putPackage(QStringLiteral("Apps/moon.apk"), "org.example.moon", "Moon");
+    start({path});
+    fakes.settle();
+    EXPECT_EQ(names(app->store().apps()), QStringList{QStringLiteral("Moon")});
+}
+
+TEST_F(QuillnestAppTest, anotherStartMayAskForThePlayerWindow)
+{
+    start();
+    knock({QStringLiteral("--android-player")});
+    fakes.clock->advance(250ms);
+    EXPECT_NE(app->playerWindow(), nullptr);
+    EXPECT_FALSE(app->windows().menuBarPopupFrame());
+}
+
 // The player window.
 
 TEST_F(QuillnestAppTest, thePlayerWindowOpensAQuarterOfASecondAfterTheStart)
@@ -386,120 +441,6 @@ TEST_F(QuillnestAppTest, aStartWithoutFlagsOpensNoPlayerWindow)
     start({QStringLiteral("--unknown"), QStringLiteral("--android-player=1")});
     fakes.clock->advance(1s);
     EXPECT_EQ(app->playerWindow(), nullptr);
-}
-
-// Arranging another program's window.
-
-class ArrangeTest : public QuillnestAppTest
-{
-protected:
-    ArrangeTest()
-    {
-        fakes.foreignWindows->running = QStringLiteral("org.example.Other");
-        fakes.foreignWindows->ids = {7, 9};
-    }
-
-    void arrange(const QStringList &arguments)
-    {
-        ::testing::internal::CaptureStdout();
-        ::testing::internal::CaptureStderr();
-        start(arguments);
-        fakes.clock->advance(400ms);
-        output = QString::fromStdString(::testing::internal::GetCapturedStdout());
-        errors = QString::fromStdString(::testing::internal::GetCapturedStderr());
-    }
-
-    const QStringList other{QStringLiteral("--arrange"), QStringLiteral("org.example.Other")};
-    QString output;
-    QString errors;
-};
-
-TEST_F(ArrangeTest, aWindowIsArrangedAfterAMomentAndTheProcessEnds)
-{
-    start(other);
-    fakes.clock->advance(399ms);
-    EXPECT_TRUE(fakes.foreignWindows->steps.isEmpty());
-    arrange(other);
-    // The free area is 1600 by 1170 from y 30.
-    EXPECT_EQ(
-        fakes.foreignWindows->steps,
-        (QStringList{
-            QStringLiteral("7 size 430x760"), QStringLiteral("7 position 1146,235"), QStringLiteral("7 active")}));
-    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 430x760\n"));
-    EXPECT_EQ(quits, 1);
-}
-
-TEST_F(ArrangeTest, aWidthOf100IsAskedForAndWidenedTo320AndAMissingHeightIs760)
-{
-    arrange(other + QStringList{QStringLiteral("--width"), QStringLiteral("100")});
-    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 320x760"));
-    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 100x760\n"));
-}
-
-TEST_F(ArrangeTest, aWidthThatIsNoNumberCountsAsAbsent)
-{
-    arrange(
-        other
-        + QStringList{
-            QStringLiteral("--width"), QStringLiteral("wide"), QStringLiteral("--height"), QStringLiteral("600.9")});
-    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 430x601"));
-    EXPECT_EQ(output, QStringLiteral("Quillnest arranged org.example.Other to 430x600\n"));
-}
-
-TEST_F(ArrangeTest, theSizeEndsAtTheScreens)
-{
-    arrange(
-        other
-        + QStringList{
-            QStringLiteral("--width"), QStringLiteral("9000"), QStringLiteral("--height"), QStringLiteral("9000")});
-    EXPECT_EQ(fakes.foreignWindows->steps.value(0), QStringLiteral("7 size 1600x1170"));
-    EXPECT_EQ(fakes.foreignWindows->steps.value(1), QStringLiteral("7 position -24,30"));
-}
-
-TEST_F(ArrangeTest, withoutThePermissionTheDesktopAsksAndTheProcessWaits15Seconds)
-{
-    fakes.foreignWindows->trusted = false;
-    arrange(other);
-    EXPECT_EQ(
-        errors, QStringLiteral("Quillnest arrange failed: Accessibility permission is required for compact windows\n"));
-    EXPECT_EQ(fakes.foreignWindows->prompts, 1);
-    fakes.clock->advance(14999ms);
-    EXPECT_EQ(quits, 0);
-    fakes.clock->advance(1ms);
-    EXPECT_EQ(quits, 1);
-    EXPECT_TRUE(fakes.foreignWindows->steps.isEmpty());
-}
-
-TEST_F(ArrangeTest, anyOtherFailureEndsTheProcessAtOnce)
-{
-    arrange({QStringLiteral("--arrange"), QStringLiteral("org.example.Nobody")});
-    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: The mobile app window is not running yet\n"));
-    EXPECT_EQ(quits, 1);
-
-    fakes.foreignWindows->ids.clear();
-    arrange(other);
-    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: No resizable window was found\n"));
-    EXPECT_EQ(quits, 2);
-
-    fakes.foreignWindows->ids = {7};
-    fakes.foreignWindows->takesPositions = false;
-    arrange(other);
-    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: The desktop did not allow the window resize\n"));
-    EXPECT_EQ(quits, 3);
-
-    fakes.platform.profile.systemName = HostProfile::appleSilicon().systemName;
-    fakes.foreignWindows->takesSizes = false;
-    arrange(other);
-    EXPECT_EQ(errors, QStringLiteral("Quillnest arrange failed: macOS did not allow the window resize\n"));
-    EXPECT_EQ(quits, 4);
-}
-
-TEST_F(ArrangeTest, withoutAnIdentityTheStartIsANormalOne)
-{
-    arrange({QStringLiteral("--arrange")});
-    fakes.clock->advance(20s);
-    EXPECT_EQ(quits, 0);
-    EXPECT_TRUE(errors.isEmpty());
 }
 
 // The login item.

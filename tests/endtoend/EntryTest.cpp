@@ -5,6 +5,10 @@
 #include <QImage>
 #include <QRegularExpression>
 
+#include <algorithm>
+#include <memory>
+#include <vector>
+
 namespace quillnest::driver
 {
 
@@ -127,11 +131,92 @@ TEST_F(EntryTest, thePlayerWindowOpensWithItsFlag)
     });
 }
 
+TEST_F(EntryTest, helpAndVersionAreAnsweredWithoutADisplay)
+{
+    desktop.setVariable(QStringLiteral("DISPLAY"), QString());
+    const auto help = runToItsEnd({QStringLiteral("--help")}, 10);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.output.startsWith("Usage: quillnest [OPTION...] [FILE...]\n")) << help.output.toStdString();
+    for (const auto *flag : {"--open-app", "--launch-apk", "--android-player", "--arrange", "--width", "--height"})
+        EXPECT_TRUE(help.output.contains(flag)) << flag;
+    const auto version = runToItsEnd({QStringLiteral("--version")}, 10);
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^quillnest \\d+\\.\\d+\\.\\d+\n$"))
+                    .match(QString::fromUtf8(version.output))
+                    .hasMatch())
+        << version.output.toStdString();
+}
+
+TEST_F(EntryTest, aSecondStartHandsItsWishToTheFirstAndEnds)
+{
+    program.start();
+    waitForLog(QStringLiteral("open at login"));
+    program.post(QStringLiteral("open:nothing"));
+    auto ended = runToItsEnd({}, 10);
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output + ended.errors, "");
+    program.waitForState(QStringLiteral("the panel"), 10, [](const QJsonObject &state) {
+        return !state.value(QStringLiteral("panel")).isNull();
+    });
+    // Its files and its app are the first one's.
+    ended = runToItsEnd({ProgramUnderTest::sample(QStringLiteral("tide"))}, 10);
+    EXPECT_EQ(ended.status, 0);
+    waitForStatus(QStringLiteral("Added tide.apk"));
+    program.post(QStringLiteral("open:Tide"));
+    program.waitForPicture(60);
+    const int shown = program.window().value(QStringLiteral("framesShown")).toInt();
+    ended = runToItsEnd({QStringLiteral("--open-app"), QStringLiteral("tide")}, 10);
+    EXPECT_EQ(ended.status, 0);
+    waitForLog(QStringLiteral("another start asks: --open-app tide"));
+    waitForMorePictures();
+    EXPECT_GT(program.window().value(QStringLiteral("framesShown")).toInt(), shown) << "the stream goes on";
+    EXPECT_EQ(program.log().count(QStringLiteral("open at login")), 1);
+}
+
+TEST_F(EntryTest, aSecondStartBesideOneThatHangsSaysSoAndHarmsNothing)
+{
+    program.start();
+    waitForLog(QStringLiteral("open at login"));
+    desktop.run(QStringLiteral("kill"), {QStringLiteral("-STOP"), QString::number(program.processId())});
+    const auto ended = runToItsEnd({}, 30);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(
+        ended.errors,
+        "Quillnest is running but does not answer. Wait until it has finished, or end it, and try again.\n");
+    desktop.run(QStringLiteral("kill"), {QStringLiteral("-CONT"), QString::number(program.processId())});
+    program.post(QStringLiteral("add:/nothing.apk"));
+    waitForLog(QStringLiteral("command add:/nothing.apk"));
+    EXPECT_EQ(program.log().count(QStringLiteral("open at login")), 1);
+}
+
+TEST_F(EntryTest, twoStartsInTheSameInstantLeaveOne)
+{
+    std::vector<std::unique_ptr<QProcess>> starts;
+    for (int i = 0; i < 4; ++i)
+        starts.push_back(desktop.start(ProgramUnderTest::program(QStringLiteral("quillnest")), {}));
+    const auto running = [&starts] {
+        return std::count_if(starts.begin(), starts.end(), [](const auto &process) {
+            return !process->waitForFinished(0) && process->state() == QProcess::Running;
+        });
+    };
+    waitFor(QStringLiteral("all but one to end"), 20, [&running] { return running() == 1; });
+    waitForLog(QStringLiteral("another start asks: "));
+    EXPECT_EQ(program.log().count(QStringLiteral("open at login")), 1);
+    for (const auto &process : starts) {
+        process->kill();
+        process->waitForFinished(5000);
+    }
+}
+
 TEST_F(EntryTest, aCommandReachesAllRunningInstances)
 {
     program.start();
+    // Another one of the same session has data of its own; the log is one.
+    const auto data = QStringLiteral("XDG_DATA_HOME");
+    const auto own = desktop.environment().value(data);
+    desktop.setVariable(data, own + QStringLiteral("-2"));
     const auto second = desktop.start(ProgramUnderTest::program(QStringLiteral("quillnest")), {});
-    // Both write one log.
+    desktop.setVariable(data, own);
     waitFor(QStringLiteral("the second instance"), 30, [this] {
         return program.log().count(QStringLiteral("open at login")) == 2;
     });

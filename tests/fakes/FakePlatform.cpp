@@ -68,6 +68,7 @@ FakePlatform fakePlatform(HostProfile profile)
     fakes.filePanels = std::make_shared<FakeFilePanels>();
     fakes.fileManager = std::make_shared<FakeFileManager>();
     fakes.loginItems = std::make_shared<FakeLoginItems>();
+    fakes.door = std::make_shared<FakeInstanceDoor>();
     fakes.foreignWindows = std::make_shared<FakeForeignWindows>();
 
     // The folders needn't exist, but temporary files need one.
@@ -97,6 +98,7 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.filePanels = fakes.filePanels;
     platform.fileManager = fakes.fileManager;
     platform.loginItems = fakes.loginItems;
+    platform.door = fakes.door;
     platform.foreignWindows = fakes.foreignWindows;
     return fakes;
 }

@@ -2,6 +2,7 @@
 
 #include "fakes/FakeArchives.h"
 #include "fakes/FakeDesktop.h"
+#include "fakes/FakeInstanceDoor.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ManualExecutor.h"
 #include "fakes/MemorySettings.h"
@@ -36,6 +37,7 @@ struct FakePlatform {
     std::shared_ptr<FakeFilePanels> filePanels;
     std::shared_ptr<FakeFileManager> fileManager;
     std::shared_ptr<FakeLoginItems> loginItems;
+    std::shared_ptr<FakeInstanceDoor> door;
     std::shared_ptr<FakeForeignWindows> foreignWindows;
 
     /// A path below the home folder.

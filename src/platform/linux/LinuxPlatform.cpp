@@ -17,6 +17,7 @@
 #include "platform/linux/ThemeSymbols.h"
 #include "platform/linux/X11Screens.h"
 #include "platform/linux/XdgLoginItems.h"
+#include "platform/posix/PosixInstanceDoor.h"
 #include "platform/posix/ZipArchives.h"
 
 #include <QCoreApplication>
@@ -67,6 +68,7 @@ Platform hostPlatform()
     platform.sockets = hostSockets();
     platform.network = std::make_shared<QtNetwork>(platform.executor);
     platform.archives = std::make_shared<ZipArchives>();
+    platform.door = std::make_shared<PosixInstanceDoor>();
     platform.commands = hostCommandChannel();
     platform.pasteboard = std::make_shared<DesktopPasteboard>();
     platform.screens = std::make_shared<X11Screens>();
