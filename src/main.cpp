@@ -13,6 +13,7 @@
 #include "look/InterfaceStyle.h"
 #include "look/Palette.h"
 #include "platform/HostPlatform.h"
+#include "platform/OwnFiles.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
@@ -61,6 +62,7 @@ int main(int argc, char **argv)
     using namespace quillnest;
     if (answers(argc, argv))
         return 0;
+    keepFilesPrivate();
     TerminationSignals::block();
     QApplication application(argc, argv);
     const TerminationSignals termination;
@@ -76,6 +78,8 @@ int main(int argc, char **argv)
         order->carryOut(platform, [] { QCoreApplication::exit(0); });
         return QApplication::exec();
     }
+    for (const auto &folder : {QuillnestFolders::data(platform.folders), platform.folders.logs})
+        closeToOthers(folder);
     switch (platform.door->enter(QuillnestFolders::data(platform.folders), QApplication::arguments())) {
     case InstanceDoor::Entry::first:
         break;

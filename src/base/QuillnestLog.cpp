@@ -1,11 +1,26 @@
 #include "base/QuillnestLog.h"
 
+#include "base/PlainLine.h"
+#include "base/StrictUtf8.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace quillnest
 {
+
+namespace
+{
+/// Labels, file names and what other programs say come from anywhere, and the log is read in terminals.
+QString plain(QString line)
+{
+    std::replace_if(line.begin(), line.end(), isCommanding, QChar(u' '));
+    return line;
+}
+} // namespace
 
 QuillnestLog::QuillnestLog(std::shared_ptr<Clock> clock, const QString &directory, const QString &name, bool truncate)
     : m_clock(std::move(clock)), m_path(directory + QLatin1Char('/') + name)
@@ -17,7 +32,7 @@ QuillnestLog::QuillnestLog(std::shared_ptr<Clock> clock, const QString &director
     const auto mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered;
     if (truncate)
         QFile::remove(m_path);
-    if (handle->open(mode))
+    if (handle->open(mode, QFileDevice::ReadOwner | QFileDevice::WriteOwner))
         m_handle = std::move(handle);
 }
 
@@ -30,7 +45,7 @@ void QuillnestLog::write(const QString &message)
     const auto timestamp = m_clock->wallTime().toUTC().toString(Qt::ISODateWithMs);
     QByteArray text;
     for (const auto &line : lines)
-        text += (timestamp + QLatin1Char(' ') + line + QLatin1Char('\n')).toUtf8();
+        text += (timestamp + QLatin1Char(' ') + plain(line) + QLatin1Char('\n')).toUtf8();
     if (!text.isEmpty())
         m_handle->write(text);
 }
@@ -43,7 +58,10 @@ QString QuillnestLog::tail(int maxLines) const
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    auto lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const auto text = strictUtf8(file.readAll());
+    if (!text)
+        return {};
+    auto lines = text->split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     if (lines.size() > maxLines)
         lines = lines.sliced(lines.size() - maxLines);
     for (auto &line : lines) {

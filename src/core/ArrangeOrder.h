@@ -21,8 +21,8 @@ struct ArrangeOrder {
     /// Absent if the arguments hold none, or one that names no program.
     static std::optional<ArrangeOrder> from(const QStringList &arguments);
 
-    /// Carries it out in a moment, says on standard output or standard error what came of it, and calls `quit`: at once,
-    /// or when the desktop has had time to ask its user for the permission.
+    /// Carries it out in a moment, says on standard output or standard error what came of it, and calls `quit`: at
+    /// once, or when the desktop has had time to ask its user for the permission.
     void carryOut(const Platform &platform, std::function<void()> quit) const;
 };
 

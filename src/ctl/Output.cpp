@@ -1,5 +1,6 @@
 #include "ctl/Output.h"
 
+#include "base/PlainLine.h"
 #include "ctl/Errors.h"
 #include "platform/StandardOutput.h"
 
@@ -9,10 +10,26 @@
 namespace quillnest::ctl
 {
 
+namespace
+{
+/// For a terminal, which would obey what the texts of others may hold.
+QByteArray escaped(const QByteArray &text)
+{
+    QString result;
+    for (const auto character : QString::fromUtf8(text)) {
+        if (character == u'\n' || character == u'\t' || !isCommanding(character))
+            result += character;
+        else
+            result += QStringLiteral("\\u%1").arg(static_cast<int>(character.unicode()), 4, 16, QLatin1Char('0'));
+    }
+    return result.toUtf8();
+}
+} // namespace
+
 bool print(const QByteArray &text)
 {
     try {
-        return writeToStandardOutput(text);
+        return writeToStandardOutput(standardOutputIsTerminal() ? escaped(text) : text);
     } catch (const std::system_error &error) {
         throw Failure(QStringLiteral("can't write: %1").arg(QString::fromLocal8Bit(error.code().message().c_str())));
     }

@@ -4,6 +4,7 @@
 #include "ctl/Errors.h"
 #include "ctl/Help.h"
 #include "ctl/Output.h"
+#include "platform/OwnFiles.h"
 
 #include <QCoreApplication>
 
@@ -41,6 +42,7 @@ bool asksForHelp(const QStringList &arguments)
 
 int main(int argc, char **argv)
 {
+    quillnest::keepFilesPrivate();
     // A reader that goes away is no failure, and no reason to end by a signal.
     std::signal(SIGPIPE, SIG_IGN);
     // Failures are told in words of our own; what a library finds remarkable is nothing for a script's standard error.

@@ -16,6 +16,9 @@ namespace quillnest
 /// the process.
 bool writeToStandardOutput(const QByteArray &text);
 
+/// Whether a person reads it.
+bool standardOutputIsTerminal();
+
 /// Calls `gone` from the event loop when whoever reads goes away, though nothing is written. Ends with `owner`.
 void watchReaderOfStandardOutput(QObject *owner, std::function<void()> gone);
 

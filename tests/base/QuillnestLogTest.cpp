@@ -113,3 +113,27 @@ TEST_F(QuillnestLogTest, threadsDoNotMixTheirLines)
     for (qsizetype i = 0; i < lines.size(); ++i)
         EXPECT_EQ(lines[i], i % 2 == 0 ? QStringLiteral("first half second half") : QStringLiteral("another"));
 }
+
+TEST_F(QuillnestLogTest, whatATerminalWouldObeyBecomesBlank)
+{
+    open().write(QStringLiteral("a\tb\u001b[31mc\rd\u009be\u202Ef\u2028g\u007fh é 文"));
+    EXPECT_EQ(content(), "2026-01-02T03:04:05.678Z a b [31mc d e f g h é 文\n");
+}
+
+TEST_F(QuillnestLogTest, theTailOfAFileThatIsNoTextIsEmpty)
+{
+    auto log = open();
+    log.write(QStringLiteral("good"));
+    QFile file(fakes.platform.folders.logs + QStringLiteral("/quillnest.log"));
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("2026 \xFF\n");
+    file.close();
+    EXPECT_EQ(log.tail(5), QString());
+}
+
+TEST_F(QuillnestLogTest, nobodyElseMayReadIt)
+{
+    open().write(QStringLiteral("secret"));
+    const auto permissions = QFile::permissions(fakes.platform.folders.logs + QStringLiteral("/quillnest.log"));
+    EXPECT_FALSE(permissions & (QFileDevice::ReadGroup | QFileDevice::ReadOther));
+}

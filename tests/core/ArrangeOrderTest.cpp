@@ -132,12 +132,10 @@ TEST_F(ArrangeOrderTest, withoutAnIdentityThereIsNoOrder)
 TEST_F(ArrangeOrderTest, numbersThatNoScreenHasAreCutAndThoseThatAreNoneAreAbsent)
 {
     const auto size = [this](const char *width, const char *height) {
-        return ArrangeOrder::from(
-                   other
-                   + QStringList{
-                       QStringLiteral("--width"), QLatin1String(width), QStringLiteral("--height"),
-                       QLatin1String(height)})
-            ->size;
+        return ArrangeOrder::
+            from(other
+                 + QStringList{QStringLiteral("--width"), QLatin1String(width), QStringLiteral("--height"), QLatin1String(height)})
+                ->size;
     };
     EXPECT_EQ(size("nan", "inf"), QSizeF(430, 760));
     EXPECT_EQ(size("1e300", "-1e300"), QSizeF(1e6, -1e6));

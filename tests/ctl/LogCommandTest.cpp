@@ -240,4 +240,17 @@ TEST_F(LogCommandTest, doesNotRunWhileNothingIsWritten)
 
 } // namespace
 
+TEST_F(LogCommandTest, aTerminalIsShownWhatItWouldObeyAndAFileGetsItAsItIs)
+{
+    write(logFile(), "2026 \033]0;title\007 \302\23331m \342\200\256 end\n");
+    const auto plain = run({QStringLiteral("log")});
+    EXPECT_EQ(plain.output, content(logFile()));
+    // What script prints is what the terminal of its own was sent.
+    const auto shown = runProgram(
+        QStringLiteral("script"),
+        {QStringLiteral("-qec"), QStringLiteral("'%1' log").arg(QStringLiteral(QUILLNESTCTL)),
+         QStringLiteral("/dev/null")});
+    EXPECT_EQ(shown.output, "2026 \\u001b]0;title\\u0007 \\u009b31m \\u202e end\r\n") << shown.errors.constData();
+}
+
 } // namespace quillnest

@@ -1,5 +1,7 @@
 #include "endtoend/EndToEnd.h"
 
+#include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
@@ -187,6 +189,39 @@ TEST_F(EntryTest, aSecondStartBesideOneThatHangsSaysSoAndHarmsNothing)
     program.post(QStringLiteral("add:/nothing.apk"));
     waitForLog(QStringLiteral("command add:/nothing.apk"));
     EXPECT_EQ(program.log().count(QStringLiteral("open at login")), 1);
+}
+
+TEST_F(EntryTest, whatIsWrittenIsForTheUserAlone)
+{
+    // As an earlier version left it.
+    QDir().mkpath(program.logFolder());
+    QFile::setPermissions(
+        program.logFolder(), QFile::permissions(program.logFolder()) | QFileDevice::ReadOther | QFileDevice::ExeOther);
+    program.start();
+    program.addApps({ProgramUnderTest::sample(QStringLiteral("tide"))});
+    program.post(QStringLiteral("theme:ios"));
+    program.post(QStringLiteral("home"));
+    const auto variable = [this](const char *name) { return desktop.environment().value(QLatin1String(name)); };
+    const auto data = variable("XDG_DATA_HOME") + QStringLiteral("/Quillnest");
+    waitFor(QStringLiteral("the icon's file"), 20, [&data] {
+        return !QDir(data + QStringLiteral("/Icons")).entryList({QStringLiteral("*.png")}).isEmpty();
+    });
+    constexpr auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+        | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    const auto isClosed = [](const QString &path) { return !(QFile::permissions(path) & others); };
+    EXPECT_TRUE(isClosed(data));
+    EXPECT_TRUE(isClosed(program.logFolder()));
+    int files = 0;
+    for (const auto &folder :
+         {data + QStringLiteral("/Icons"), program.logFolder(),
+          variable("XDG_CONFIG_HOME") + QStringLiteral("/Quillnest")}) {
+        QDirIterator found(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (found.hasNext()) {
+            EXPECT_TRUE(isClosed(found.next())) << found.filePath().toStdString();
+            ++files;
+        }
+    }
+    EXPECT_GE(files, 3) << "icon, log and settings";
 }
 
 TEST_F(EntryTest, twoStartsInTheSameInstantLeaveOne)

@@ -32,7 +32,8 @@ protected:
     /// Enters as another process would: on a thread, while this one's events go on.
     Entry enterMeanwhile(const QStringList &arguments)
     {
-        auto entering = std::async(std::launch::async, [&] { return PosixInstanceDoor(2s).enter(folder(), arguments); });
+        auto entering
+            = std::async(std::launch::async, [&] { return PosixInstanceDoor(2s).enter(folder(), arguments); });
         EXPECT_TRUE(comesTrue([&] { return entering.wait_for(0s) == std::future_status::ready; }));
         return entering.get();
     }
@@ -99,9 +100,8 @@ TEST_F(PosixInstanceDoorTest, oneThatGoesWhileAnotherKnocksIsFollowedByIt)
 {
     auto first = std::make_unique<PosixInstanceDoor>();
     ASSERT_EQ(first->enter(folder(), {QStringLiteral("a")}), Entry::first);
-    auto entering = std::async(std::launch::async, [this] {
-        return PosixInstanceDoor(10s).enter(folder(), {QStringLiteral("b")});
-    });
+    auto entering = std::async(
+        std::launch::async, [this] { return PosixInstanceDoor(10s).enter(folder(), {QStringLiteral("b")}); });
     std::this_thread::sleep_for(100ms);
     first.reset();
     EXPECT_EQ(entering.get(), Entry::first);
@@ -154,7 +154,8 @@ TEST_F(PosixInstanceDoorTest, nobodyElseMayKnock)
     PosixInstanceDoor first;
     ASSERT_EQ(first.enter(folder(), {QStringLiteral("a")}), Entry::first);
     for (const auto *name : {"/instance.socket", "/instance.lock"}) {
-        struct stat facts {};
+        struct stat facts {
+        };
         ASSERT_EQ(::stat(QFile::encodeName(folder() + QLatin1String(name)).constData(), &facts), 0);
         EXPECT_EQ(facts.st_mode & 0077, 0U) << name;
     }

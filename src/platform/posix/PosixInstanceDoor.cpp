@@ -64,9 +64,9 @@ PosixInstanceDoor::Lock PosixInstanceDoor::lock()
 {
     if (!m_lock) {
         QDir().mkpath(m_folder);
-        m_lock = Descriptor(
-            ::open(QFile::encodeName(m_folder + QStringLiteral("/instance.lock")).constData(),
-                   O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        m_lock = Descriptor(::open(
+            QFile::encodeName(m_folder + QStringLiteral("/instance.lock")).constData(),
+            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!m_lock)
             return Lock::impossible;
     }

@@ -32,6 +32,11 @@ bool writeToStandardOutput(const QByteArray &text)
     return true;
 }
 
+bool standardOutputIsTerminal()
+{
+    return ::isatty(STDOUT_FILENO) == 1;
+}
+
 void watchReaderOfStandardOutput(QObject *owner, std::function<void()> gone)
 {
     auto *reader = new QSocketNotifier(STDOUT_FILENO, QSocketNotifier::Exception, owner);
