@@ -81,8 +81,9 @@ TestDesktop::TestDesktop(Options options) : m_options(options), m_root(QDir::tem
     // The X server picks a free number by itself and tells it on its standard output.
     auto xServer = start(
         QStringLiteral("Xvfb"),
-        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-         QStringLiteral("-screen"), QStringLiteral("0"),
+        // Otherwise it begins anew, and throws out whoever is just coming, when its last client goes.
+        {QStringLiteral("-noreset"), QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+         QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
          QStringLiteral("%1x%2x24").arg(m_options.screen.width()).arg(m_options.screen.height())});
     if (!xServer->waitForReadyRead(20000))
         throw DriverError(QStringLiteral("the X server does not start"));

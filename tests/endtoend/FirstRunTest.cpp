@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -290,8 +291,13 @@ TEST_F(FirstRunTest, aFullDiskIsToldAndLeavesNothingHalf)
     EXPECT_EQ(downloads(), QStringList{tools});
     EXPECT_EQ(staging(), QStringList());
 
-    // Room for the archive, but not for what is in it.
-    grow(QStringLiteral("5m"));
+    // Room for the archive, but not for what is in it; how large that is depends on how the stand-in was built.
+    static const QRegularExpression plan(QStringLiteral("plan emulator \\S+ (\\d+) bytes"));
+    const auto archive = plan.match(setup.log()).captured(1).toLongLong();
+    const auto content = wholeSize(QStringLiteral("emulator/emulator"));
+    ASSERT_GT(archive, 0);
+    constexpr qint64 mebibyte = 1024 * 1024;
+    grow(QString::number(2 * mebibyte + archive + content / 2));
     setup.tryAgain();
     setup.consent();
     EXPECT_EQ(setup.failure().toStdString(), "Could not unpack Android Emulator");
@@ -299,7 +305,7 @@ TEST_F(FirstRunTest, aFullDiskIsToldAndLeavesNothingHalf)
     EXPECT_EQ(staging(), QStringList());
     EXPECT_FALSE(QFileInfo::exists(runtime() + QStringLiteral("/sdk/emulator")));
 
-    grow(QStringLiteral("64m"));
+    grow(QString::number(64 * mebibyte + archive + 2 * content));
     setup.tryAgain();
     install();
     // The one that didn't fit and the one that did: what was there was not fetched again.
