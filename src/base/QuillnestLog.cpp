@@ -1,6 +1,6 @@
 #include "base/QuillnestLog.h"
 
-#include "base/PlainLine.h"
+#include "base/PlainText.h"
 #include "base/StrictUtf8.h"
 
 #include <QDir>

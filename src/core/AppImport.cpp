@@ -1,6 +1,7 @@
 #include "core/AppImport.h"
 
 #include "base/FireAndForget.h"
+#include "base/PlainText.h"
 #include "package/APKIconExtractor.h"
 #include "platform/DescribedError.h"
 
@@ -87,10 +88,10 @@ Task<> AppImport::addPackage(QString path, MobilePlatform platform)
         if (!self)
             co_return;
         if (label)
-            app.name = QString::fromStdString(*label);
+            app.name = plainName(QString::fromStdString(*label));
     }
     if (app.name.isEmpty())
-        app.name = file.completeBaseName();
+        app.name = plainName(file.completeBaseName());
     app.id = QUuid::createUuid();
     app.platform = platform;
     app.sourcePath = path;

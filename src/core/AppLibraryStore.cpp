@@ -1,5 +1,6 @@
 #include "core/AppLibraryStore.h"
 
+#include "base/PlainText.h"
 #include "windows/AndroidWindowRegistry.h"
 
 #include <QDir>
@@ -112,7 +113,7 @@ void AppLibraryStore::replaceSource(QUuid id, const QUrl &url, const QString &pa
 
 void AppLibraryStore::rename(QUuid id, const QString &name)
 {
-    m_library.change(id, [&name](MobileApp &app) { app.name = name; });
+    m_library.change(id, [&name](MobileApp &app) { app.name = plainName(name); });
 }
 
 void AppLibraryStore::toggleFavorite(const MobileApp &app)

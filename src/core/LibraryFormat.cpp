@@ -1,5 +1,7 @@
 #include "core/LibraryFormat.h"
 
+#include "base/PlainText.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -39,7 +41,7 @@ std::optional<MobileApp> decodeApp(const QJsonObject &object)
         return std::nullopt;
     MobileApp app;
     app.id = id;
-    app.name = object.value(nameKey).toString();
+    app.name = plainName(object.value(nameKey).toString());
     app.platform = *platform;
     app.sourcePath = object.value(sourcePathKey).toString();
     if (bundleIdentifier.isString())

@@ -1,6 +1,6 @@
 #include "ctl/Output.h"
 
-#include "base/PlainLine.h"
+#include "base/PlainText.h"
 #include "ctl/Errors.h"
 #include "platform/StandardOutput.h"
 

@@ -17,11 +17,15 @@ constexpr std::uint32_t utf8Flag = 0x100;
 /// What a string costs besides its text.
 constexpr std::size_t stringCost = 32;
 
+/// A string begins where the file has ended.
+struct RangeError {
+};
+
 /// The byte at a position that has to exist.
 std::uint8_t requiredByte(ByteView bytes, std::int64_t position)
 {
     if (position >= static_cast<std::int64_t>(bytes.size()))
-        fatalRangeError("APKManifestReader: string offset out of range");
+        throw RangeError();
     return bytes[static_cast<std::size_t>(position)];
 }
 
@@ -99,23 +103,8 @@ std::optional<std::string> packageAttribute(ByteView bytes, std::int64_t element
     }
     return std::nullopt;
 }
-} // namespace
 
-std::optional<std::string> APKManifestReader::packageName(Archives &archives, const std::string &packagePath)
-{
-    const auto package = archives.open(packagePath);
-    if (!package)
-        return std::nullopt;
-    return parse(package->read("AndroidManifest.xml", PackageLimits::largestManifest));
-}
-
-std::optional<std::string> APKManifestReader::parse(ByteView bytes)
-{
-    WorkBudget budget(bytes.size());
-    return parse(bytes, budget);
-}
-
-std::optional<std::string> APKManifestReader::parse(ByteView bytes, WorkBudget &budget)
+std::optional<std::string> nameIn(ByteView bytes, WorkBudget &budget)
 {
     if (bytes.size() < 9 || Bytes::u16(bytes, 0) != ChunkType::xmlFile)
         return std::nullopt;
@@ -133,6 +122,37 @@ std::optional<std::string> APKManifestReader::parse(ByteView bytes, WorkBudget &
         }
     }
     return std::nullopt;
+}
+} // namespace
+
+std::optional<std::string> APKManifestReader::packageName(Archives &archives, const std::string &packagePath)
+{
+    const auto package = archives.open(packagePath);
+    if (!package)
+        return std::nullopt;
+    const auto bytes = package->read("AndroidManifest.xml", PackageLimits::largestManifest);
+    WorkBudget budget(bytes.size());
+    try {
+        return nameIn(bytes, budget);
+    } catch (const RangeError &) {
+        // A stranger's file must not end the program with all its windows.
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> APKManifestReader::parse(ByteView bytes)
+{
+    WorkBudget budget(bytes.size());
+    return parse(bytes, budget);
+}
+
+std::optional<std::string> APKManifestReader::parse(ByteView bytes, WorkBudget &budget)
+{
+    try {
+        return nameIn(bytes, budget);
+    } catch (const RangeError &) {
+        fatalRangeError("APKManifestReader: string offset out of range");
+    }
 }
 
 } // namespace quillnest

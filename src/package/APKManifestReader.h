@@ -14,7 +14,8 @@ class Archives;
 /// than APKIconExtractor; the two stay apart because callers rely on the edges of each. Any thread.
 namespace APKManifestReader
 {
-/// The package name in the package's manifest; absent if there is none to be had. Blocks.
+/// The package name in the package's manifest; absent if there is none to be had, also for what is a fatal range error
+/// below. Blocks.
 std::optional<std::string> packageName(Archives &archives, const std::string &packagePath);
 
 /// The package name in a compiled manifest. An empty name is returned as such. A UTF-8 string that begins at or past

@@ -150,6 +150,8 @@ void AndroidRuntimeProvisioner::acceptAndInstall()
     for (const auto &license : m_plan->licenses)
         ids.append(license.id);
     m_log->write(QStringLiteral("user accepted licences ") + ids.join(u','));
+    // At once: a second consent, or a reset, must not find the question still open.
+    setPhase(Downloading{m_plan->archives.empty() ? QString() : m_plan->archives.front().label(), 0});
     fireAndForget(m_log, acceptedInstall(*m_plan, ids));
 }
 
@@ -182,6 +184,16 @@ Task<> AndroidRuntimeProvisioner::acceptedInstall(RuntimePlan plan, QStringList 
 
 Task<> AndroidRuntimeProvisioner::install(const RuntimePlan &plan, const QStringList &acceptedLicenses)
 {
+    // Both become names of files, so they are looked at before anything is written.
+    for (const auto &archive : plan.archives) {
+        if (!isFileName(archive.url.fileName()))
+            throw RuntimeProvisionError::manifest(QStringLiteral("a download has no usable name"));
+    }
+    for (const auto &license : plan.licenses) {
+        if (!isFileName(license.id))
+            throw RuntimeProvisionError::manifest(QStringLiteral("a licence has no usable name"));
+    }
+
     const auto paths = selectedPaths();
     const auto root = AndroidRuntimePaths::managedRoot(m_platform);
     const auto downloads = root + QStringLiteral("/downloads");
@@ -206,8 +218,6 @@ Task<> AndroidRuntimeProvisioner::install(const RuntimePlan &plan, const QString
         root + QStringLiteral("/runtime-manifest.json"),
         manifestOf(plan, acceptedLicenses, m_platform.clock->wallTime()));
     for (const auto &license : plan.licenses) {
-        if (!isFileName(license.id))
-            throw RuntimeProvisionError::manifest(QStringLiteral("a licence has no usable name"));
         const auto licenses = paths.sdkRoot + QStringLiteral("/licenses");
         makeFolder(licenses);
         writeAtomically(licenses + QLatin1Char('/') + license.id + QStringLiteral(".txt"), license.text.toUtf8());

@@ -164,3 +164,20 @@ TEST_F(AppImportTest, whatIsDroppedMeanwhileComesAfterAndItsOutcomeStays)
         (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third")}));
     EXPECT_EQ(status(), QStringLiteral("Skipped note.txt: choose an APK or IPA"));
 }
+
+TEST_F(AppImportTest, aLabelIsKeptOnOneShortLineWithoutWhatCommands)
+{
+    add({putPackage(
+        QStringLiteral("Apps/a.apk"), "org.example.a",
+        "  Moon\n\x1b[31m \xe2\x80\xae"
+        "gpj.exe ")});
+    EXPECT_EQ(store->apps().back().name, QStringLiteral("Moon  [31m  gpj.exe"));
+    add({putPackage(QStringLiteral("Apps/b.apk"), "org.example.b", QByteArray(1'000'000, '-').toStdString())});
+    EXPECT_EQ(store->apps().back().name, QString(200, u'-'));
+    // A pair of surrogates is kept or left out as a whole.
+    add({putPackage(
+        QStringLiteral("Apps/c.apk"), "org.example.c", (QByteArray(199, 'x') + "\xf0\x9f\x98\x80").toStdString())});
+    EXPECT_EQ(store->apps().back().name, QString(199, u'x'));
+    add({putPackage(QStringLiteral("Apps/d.apk"), "org.example.d", "\x01 \n")});
+    EXPECT_EQ(store->apps().back().name, QStringLiteral("d")) << "nothing of it is to be seen";
+}

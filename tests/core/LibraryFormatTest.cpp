@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ MobileApp example()
     app.platform = MobilePlatform::ios;
     app.sourcePath = QStringLiteral("/home/someone/Apps/a b.ipa");
     app.bundleIdentifier = QStringLiteral("org.example.app");
-    app.addedAt = QDateTime(QDate(2001, 1, 2), QTime(0, 0, 1, 250), Qt::UTC);
+    app.addedAt = QDateTime(QDate(2001, 1, 2), QTime(0, 0, 1, 250), QTimeZone::utc());
     app.isFavorite = true;
     return app;
 }
@@ -134,4 +135,15 @@ TEST(LibraryFormat, whatIsNoListIsNoLibrary)
 {
     for (const auto *text : {"", "{}", "null", "[", "[{}", "text", "\xff\xfe"})
         EXPECT_FALSE(LibraryFormat::decode(text)) << text;
+}
+
+TEST(LibraryFormat, aNameThatAnEarlierVersionKeptWholeIsCut)
+{
+    MobileApp app;
+    app.id = QUuid::createUuid();
+    app.name = QStringLiteral("-1").repeated(50'000) + QChar(u'\n');
+    app.addedAt = QDateTime(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC);
+    const auto apps = LibraryFormat::decode(LibraryFormat::encode({app}));
+    ASSERT_TRUE(apps);
+    EXPECT_EQ(apps->front().name, QStringLiteral("-1").repeated(100));
 }

@@ -1,4 +1,5 @@
 #include "package/APKManifestReader.h"
+#include "fakes/FakeArchives.h"
 #include "package/PackageBuilder.h"
 
 #include <gtest/gtest.h>
@@ -169,4 +170,15 @@ TEST(APKManifestReader, aUtf16UnitThatIsCutInTheMiddleCountsAsZero)
     file.insert(file.end(), tail.begin(), tail.end());
     patch32(file, 8 + 28 + 2 * 4, end - data);
     EXPECT_EQ(parse(file), std::string("a\0", 2));
+}
+
+TEST(APKManifestReader, aPackageWhoseManifestWouldStopTheProcessHasNoName)
+{
+    auto file = xmlFile({pool(strings), startElement(0, {{1, 2}})});
+    FakeArchives archives;
+    archives.packages["app.apk"] = {{"AndroidManifest.xml", file}};
+    EXPECT_TRUE(APKManifestReader::packageName(archives, "app.apk"));
+    patch32(file, 8 + 28 + 2 * 4, 0x7FFFFFFF);
+    archives.packages["app.apk"] = {{"AndroidManifest.xml", file}};
+    EXPECT_EQ(APKManifestReader::packageName(archives, "app.apk"), std::nullopt);
 }

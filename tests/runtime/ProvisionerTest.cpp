@@ -332,6 +332,19 @@ TEST_F(ProvisionerTest, aSecondConsentWhileTheFirstIsAtWorkDoesNothing)
     EXPECT_EQ(network->downloads.size(), 1U);
 }
 
+TEST_F(ProvisionerTest, aConsentCountsAtOnceForASecondOneAndForAReset)
+{
+    offer();
+    provisioner->acceptAndInstall();
+    provisioner->acceptAndInstall();
+    provisioner->reset();
+    EXPECT_TRUE(is<Provisioner::Downloading>());
+    EXPECT_TRUE(provisioner->plan());
+    settle();
+    EXPECT_EQ(network->downloads.size(), 1U);
+    EXPECT_EQ(log().count(QStringLiteral("user accepted")), 1);
+}
+
 TEST_F(ProvisionerTest, resetDuringADownloadDoesNothing)
 {
     offer();
@@ -398,8 +411,12 @@ TEST_F(ProvisionerTest, aLicenceThatWouldLeaveItsFolderIsRefused)
     network->answers[tools]
         .body.replace("license id='a'", "license id='../../evil'")
         .replace("ref='a'", "ref='../../evil'");
-    installAll();
-    EXPECT_FALSE(is<Provisioner::Ready>());
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    EXPECT_TRUE(failure().contains(QStringLiteral("a licence has no usable name"))) << failure().toStdString();
+    EXPECT_TRUE(network->downloads.empty()) << "it is seen before anything is fetched or written";
+    EXPECT_FALSE(QFile::exists(sdk()));
     EXPECT_FALSE(QFile::exists(sdk() + QStringLiteral("/../evil.txt")));
     EXPECT_FALSE(QFile::exists(root() + QStringLiteral("/evil.txt")));
 }

@@ -3,6 +3,7 @@
 #include "look/LiveLook.h"
 #include "runtime/RuntimePlan.h"
 
+#include <QPointer>
 #include <QWidget>
 
 namespace quillnest
@@ -33,7 +34,8 @@ private:
 
     LiveLook m_look;
     QWidget *const m_card;
-    QWidget *m_previousFocus = nullptr;
+    /// May go while the sheet is open.
+    QPointer<QWidget> m_previousFocus;
 };
 
 } // namespace quillnest
