@@ -14,7 +14,8 @@ struct Alert {
 
     QString message;
     QString informativeText;
-    /// The first is the one that the alert is about; the last is what closing the alert means.
+    /// The first is the one that the alert is about; the last is what closing the alert means. The Return key is the
+    /// first, of a warning the last.
     QStringList buttons;
     Style style = Style::informational;
 };

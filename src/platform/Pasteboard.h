@@ -19,6 +19,9 @@ public:
     /// The text on the clipboard, if it holds any.
     virtual std::optional<QString> string() const = 0;
 
+    /// Whether whoever put the text there, such as a password manager, asks that it go nowhere by itself.
+    virtual bool isSecret() const = 0;
+
     /// Replaces whatever is on the clipboard.
     virtual void setString(const QString &text) = 0;
 };

@@ -93,6 +93,9 @@ void VideoReader::announce(QSizeF size)
 {
     {
         const std::scoped_lock guard(m_lock);
+        // The same again is no news, and twelve bytes are sent quickly.
+        if (m_videoSize == size)
+            return;
         m_videoSize = size;
     }
     m_log->write(

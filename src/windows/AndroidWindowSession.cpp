@@ -348,6 +348,9 @@ void AndroidWindowSession::windowDidBecomeKey()
     if (!m_isConnected || count == m_lastPasteboardChange)
         return;
     m_lastPasteboardChange = count;
+    // Only the user's own paste takes such a text into an app.
+    if (m_services.platform.pasteboard->isSecret())
+        return;
     const auto text = m_services.platform.pasteboard->string().value_or(QString());
     if (!text.isEmpty())
         send(ScrcpyControl::setClipboard(text, false, m_client->nextClipboardSequence()));

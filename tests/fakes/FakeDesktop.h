@@ -23,17 +23,20 @@ class FakePasteboard : public Pasteboard
 public:
     int changeCount() const override { return m_changeCount; }
     std::optional<QString> string() const override { return m_string; }
+    bool isSecret() const override { return m_isSecret; }
     void setString(const QString &text) override { put(text); }
 
     /// What another program does: puts text, or with nothing a picture or the like.
-    void put(std::optional<QString> text)
+    void put(std::optional<QString> text, bool isSecret = false)
     {
         m_string = std::move(text);
+        m_isSecret = isSecret;
         ++m_changeCount;
     }
 
 private:
     int m_changeCount = 0;
+    bool m_isSecret = false;
     std::optional<QString> m_string;
 };
 

@@ -17,13 +17,13 @@ namespace
 class DesktopAlertsTest : public ::testing::Test
 {
 protected:
-    void ask()
+    void ask(Alert::Style style = Alert::Style::warning)
     {
         alerts.ask(
             {QStringLiteral("Uninstall <b>Moon</b>?"),
              QStringLiteral("The app goes."),
              {QStringLiteral("Uninstall"), QStringLiteral("Cancel")},
-             Alert::Style::warning},
+             style},
             [this](int button) { answers.push_back(button); });
         ASSERT_TRUE(comesTrue([this] { return box() && box()->isActiveWindow(); }));
     }
@@ -71,12 +71,17 @@ TEST_F(DesktopAlertsTest, showsItsTextsAsTheyStand)
     EXPECT_EQ(answers, std::vector{1});
 }
 
-TEST_F(DesktopAlertsTest, theReturnKeyIsTheFirstButton)
+TEST_F(DesktopAlertsTest, theReturnKeyIsTheFirstButtonAndOfAWarningTheLast)
 {
-    ask();
+    ask(Alert::Style::informational);
     QTest::keyClick(box(), Qt::Key_Return);
     EXPECT_TRUE(answered());
     EXPECT_EQ(answers, std::vector{0});
+    answers.clear();
+    ask(Alert::Style::warning);
+    QTest::keyClick(box(), Qt::Key_Return);
+    EXPECT_TRUE(answered());
+    EXPECT_EQ(answers, std::vector{1});
 }
 
 TEST_F(DesktopAlertsTest, theEscapeKeyAndClosingAreTheLast)

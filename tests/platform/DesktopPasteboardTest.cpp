@@ -31,6 +31,27 @@ TEST(DesktopPasteboardTest, pictureIsNoText)
     EXPECT_EQ(pasteboard.string(), std::nullopt);
 }
 
+TEST(DesktopPasteboardTest, whatAPasswordManagerMarksIsSecret)
+{
+    DesktopPasteboard pasteboard;
+    const auto put = [](const char *hint) {
+        auto *data = new QMimeData;
+        data->setText(QStringLiteral("password"));
+        if (hint)
+            data->setData(QStringLiteral("x-kde-passwordManagerHint"), hint);
+        QGuiApplication::clipboard()->setMimeData(data);
+    };
+    put(nullptr);
+    EXPECT_FALSE(pasteboard.isSecret());
+    put("secret");
+    EXPECT_TRUE(pasteboard.isSecret());
+    EXPECT_EQ(pasteboard.string(), QStringLiteral("password"));
+    put("public");
+    EXPECT_FALSE(pasteboard.isSecret());
+    QGuiApplication::clipboard()->clear();
+    EXPECT_FALSE(pasteboard.isSecret());
+}
+
 TEST(DesktopPasteboardTest, selectionOfTheMouseIsLeftAlone)
 {
     DesktopPasteboard pasteboard;

@@ -48,6 +48,18 @@ TEST_F(VideoReaderTest, laterAnnouncementReplacesTheSize)
     EXPECT_TRUE(videoGoesOn());
 }
 
+TEST_F(VideoReaderTest, aFloodOfTheSameSizeIsOneLineAndOneEvent)
+{
+    ASSERT_NO_FATAL_FAILURE(openVideo());
+    QByteArray flood;
+    for (int i = 0; i < 20'000; ++i)
+        flood += sessionPacket(776, 1696);
+    videoSocket.send(flood + sessionPacket(8, 8));
+    ASSERT_TRUE(comesTrue([this] { return sizes.size() >= 2; }));
+    EXPECT_EQ(sizes, (std::vector{QSizeF(776, 1696), QSizeF(8, 8)}));
+    EXPECT_EQ(logLines().filter(QStringLiteral("video session")).size(), 2);
+}
+
 TEST_F(VideoReaderTest, mediaBeforeParameterSetsIsDropped)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());

@@ -464,6 +464,11 @@ TEST_F(AndroidWindowSessionTest, theClipboardGoesOverWhenItHasChangedSinceTheWin
     EXPECT_EQ(comeBack(), QByteArray());
     fakes.pasteboard->put(QString());
     EXPECT_EQ(comeBack(), QByteArray());
+    // A password goes over by the user's own paste alone.
+    fakes.pasteboard->put(QStringLiteral("secret"), true);
+    EXPECT_EQ(comeBack(), QByteArray());
+    session.paste();
+    EXPECT_TRUE(device.sent(session).contains("secret"));
 }
 
 TEST_F(AndroidWindowSessionTest, theFirstTimeTheClipboardGoesOverAsSoonAsTheDeviceIsThere)
@@ -472,8 +477,12 @@ TEST_F(AndroidWindowSessionTest, theFirstTimeTheClipboardGoesOverAsSoonAsTheDevi
     fakes.pasteboard->put(QStringLiteral("from before"));
     auto &session = openKey();
     device.connect(session);
-    fakes.settle();
-    EXPECT_TRUE(device.sent(session).endsWith(bytes::clipboard(2, false, QStringLiteral("from before"))));
+    // The window hears of the connection a moment later.
+    QByteArray sent;
+    EXPECT_TRUE(waitFor([&] {
+        sent += device.sent(session);
+        return sent.endsWith(bytes::clipboard(2, false, QStringLiteral("from before")));
+    }));
     // Its number is taken once.
     session.paste();
     EXPECT_EQ(device.sent(session), bytes::clipboard(3, true, QStringLiteral("from before")));

@@ -52,7 +52,9 @@ void DesktopAlerts::ask(const Alert &alert, std::function<void(int)> answer)
         const bool isFirst = buttons.isEmpty();
         buttons.append(box->addButton(title, isFirst ? QMessageBox::AcceptRole : QMessageBox::RejectRole));
     }
-    box->setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
+    // What is warned of doesn't happen by a Return that was meant for something else.
+    const bool isWarning = alert.style == Alert::Style::warning;
+    box->setDefaultButton(qobject_cast<QPushButton *>(isWarning ? buttons.last() : buttons.first()));
     box->setEscapeButton(buttons.last());
     QObject::connect(box, &QMessageBox::finished, box, [box, buttons, answer = std::move(answer)] {
         const auto chosen = buttons.indexOf(box->clickedButton());

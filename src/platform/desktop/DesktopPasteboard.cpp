@@ -20,6 +20,13 @@ std::optional<QString> DesktopPasteboard::string() const
     return data->text();
 }
 
+bool DesktopPasteboard::isSecret() const
+{
+    // The mark that password managers and the clipboard histories of desktops have agreed on.
+    const auto *data = QGuiApplication::clipboard()->mimeData();
+    return data && data->data(QStringLiteral("x-kde-passwordManagerHint")) == "secret";
+}
+
 void DesktopPasteboard::setString(const QString &text)
 {
     QGuiApplication::clipboard()->setText(text);

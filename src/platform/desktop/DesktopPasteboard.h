@@ -17,6 +17,7 @@ public:
 
     int changeCount() const override { return m_changes; }
     std::optional<QString> string() const override;
+    bool isSecret() const override;
     void setString(const QString &text) override;
 
 private:

@@ -111,6 +111,8 @@ Context openDecoder(const VideoFormat &format)
     context->extradata_size = static_cast<int>(record.size());
     context->thread_count = 1;
     context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+    // A parameter set may name a picture of gigabytes. No screen has more than these.
+    context->max_pixels = std::int64_t{8192} * 8192;
     if (avcodec_open2(context.get(), codec, nullptr) < 0)
         return nullptr;
     return context;
