@@ -134,6 +134,13 @@ TEST_F(EwmhWindowsTest, aMaximisedWindowIsMadeSmall)
         {QStringLiteral("-i"), QStringLiteral("-r"), QString::number(window), QStringLiteral("-b"),
          QStringLiteral("add,maximized_vert,maximized_horz")});
     ASSERT_TRUE(comesTrue([this] { return frame().width() == 1600; }));
+    // The window manager says so after it has done it.
+    ASSERT_TRUE(comesTrue([this] {
+        return tool(
+                   QStringLiteral("xprop"),
+                   {QStringLiteral("-id"), QString::number(window), QStringLiteral("_NET_WM_STATE")})
+            .contains("MAXIMIZED_VERT");
+    }));
     EXPECT_TRUE(windows.setSize(window, {430, 760}));
     EXPECT_TRUE(comesTrue([this] { return frame().size() == QSize(430, 760); }));
 }

@@ -174,7 +174,7 @@ void EwmhWindows::unmaximize(WindowId window)
     constexpr std::uint32_t remove = 0;
     tellWindowManager(window, "_NET_WM_STATE", {remove, tall, wide, fromPager});
     // A maximised window takes no other size and has another frame, so what follows has to wait for the window manager.
-    constexpr int rounds = 50;
+    constexpr int rounds = 200;
     for (int round = 0; round < rounds && isMaximized(); ++round)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
