@@ -10,6 +10,8 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
 #include <QTest>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -204,6 +206,20 @@ TEST_F(RuntimeSetupViewTest, theKeyboardStaysOnTheSheet)
         (QStringList{
             QStringLiteral("Licence text"), QStringLiteral("Decline"), QStringLiteral("Accept & Download"),
             QStringLiteral("Licence text")}));
+}
+
+TEST_F(RuntimeSetupViewTest, whatHadTheKeyboardMayGoWhileTheSheetIsOpen)
+{
+    offer();
+    QApplication::setActiveWindow(&panel);
+    auto *before = new QLineEdit(&panel);
+    before->show();
+    before->setFocus();
+    ASSERT_EQ(QApplication::focusWidget(), before);
+    const QPointer<LicenceSheet> open(new LicenceSheet(fakes.platform, provisioner->plan()->licenses, &panel));
+    delete before;
+    QTest::keyClick(open, Qt::Key_Escape);
+    EXPECT_FALSE(open && open->isVisible());
 }
 
 TEST_F(RuntimeSetupViewTest, progressIsNamedWithItsShare)

@@ -421,6 +421,16 @@ TEST_F(ProvisionerTest, aLicenceThatWouldLeaveItsFolderIsRefused)
     EXPECT_FALSE(QFile::exists(root() + QStringLiteral("/evil.txt")));
 }
 
+TEST_F(ProvisionerTest, aDownloadWithoutAUsableNameIsRefused)
+{
+    network->answers[tools].body.replace("<url>tools.zip", "<url>x/.hidden");
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    EXPECT_TRUE(failure().contains(QStringLiteral("a download has no usable name"))) << failure().toStdString();
+    EXPECT_TRUE(network->downloads.empty());
+}
+
 TEST_F(ProvisionerTest, aVersionSelectedDuringTheInstallIsPlannedForAtItsEnd)
 {
     offer();
