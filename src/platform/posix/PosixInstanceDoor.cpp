@@ -77,9 +77,8 @@ PosixInstanceDoor::Lock PosixInstanceDoor::lock()
 
 void PosixInstanceDoor::open()
 {
-    // Only the lock's owner comes here, so what is there was left by one that was killed.
-    QFile::remove(socketPath(m_folder));
     m_server = std::make_unique<QLocalServer>();
+    // With this option the socket is renamed into its place, over what a killed one may have left there.
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     m_server->setMaxPendingConnections(visitorsAtOnce);
     connect(m_server.get(), &QLocalServer::newConnection, this, [this] {
