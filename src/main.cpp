@@ -13,6 +13,7 @@
 #include "look/InterfaceStyle.h"
 #include "look/Palette.h"
 #include "platform/HostPlatform.h"
+#include "platform/HostServices.h"
 #include "platform/OwnFiles.h"
 #include "platform/TerminationSignals.h"
 
@@ -72,15 +73,16 @@ int main(int argc, char **argv)
     QApplication::setStyle(new InterfaceStyle);
     QApplication::setFont(interfaceFont(13));
 
-    const auto platform = hostPlatform();
     if (const auto order = ArrangeOrder::from(QApplication::arguments())) {
         QObject::connect(&termination, &TerminationSignals::requested, &application, &QCoreApplication::quit);
+        const auto platform = hostPlatform();
         order->carryOut(platform, [] { QCoreApplication::exit(0); });
         return QApplication::exec();
     }
-    for (const auto &folder : {QuillnestFolders::data(platform.folders), platform.folders.logs})
+    const auto folders = hostFolders();
+    for (const auto &folder : {QuillnestFolders::data(folders), folders.logs})
         closeToOthers(folder);
-    switch (platform.door->enter(QuillnestFolders::data(platform.folders), QApplication::arguments())) {
+    switch (hostDoor()->enter(QuillnestFolders::data(folders), QApplication::arguments())) {
     case InstanceDoor::Entry::first:
         break;
     case InstanceDoor::Entry::handedOver:
@@ -92,6 +94,7 @@ int main(int argc, char **argv)
         return 1;
     }
 
+    const auto platform = hostPlatform();
     const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };
     applyAppearance();
     QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);

@@ -114,7 +114,11 @@ void QuillnestApp::takeOrders(const QStringList &arguments, const QString &folde
 
 void QuillnestApp::obey(const QStringList &arguments, const QString &folder)
 {
-    m_log->write(QStringLiteral("another start asks: %1").arg(arguments.mid(1).join(QLatin1Char(' '))));
+    if (m_terminated)
+        return;
+    // On one line, whatever the arguments hold.
+    const auto words = arguments.mid(1).join(QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+    m_log->write(QStringLiteral("another start asks: %1").arg(words.left(500)));
     takeOrders(arguments, folder);
     const auto files = LaunchArguments::files(arguments, folder);
     const auto app = LaunchArguments::value(QStringLiteral("--open-app"), arguments);
@@ -152,6 +156,10 @@ void QuillnestApp::tellOfDamagedSettings(const QString &path)
 
 void QuillnestApp::openPlayer()
 {
+    if (m_player) {
+        m_player->orderFront();
+        return;
+    }
     m_player = std::make_unique<AndroidAppPanel>(m_platform, AndroidAppPanel::Resizing::atEdges);
     m_player->setWindowTitle(QStringLiteral("Quillnest Android"));
     constexpr QSize smallest(360, 620);

@@ -4,6 +4,8 @@
 #include "ctl/Errors.h"
 #include "platform/StandardOutput.h"
 
+#include <QStringDecoder>
+
 #include <cstdio>
 #include <system_error>
 
@@ -15,8 +17,11 @@ namespace
 /// For a terminal, which would obey what the texts of others may hold.
 QByteArray escaped(const QByteArray &text)
 {
+    // One for all pieces: a character may lie across the end of one.
+    static QStringDecoder decoder(QStringConverter::Utf8);
+    const QString decoded = decoder.decode(text);
     QString result;
-    for (const auto character : QString::fromUtf8(text)) {
+    for (const auto character : decoded) {
         if (character == u'\n' || character == u'\t' || !isCommanding(character))
             result += character;
         else

@@ -54,6 +54,13 @@ std::shared_ptr<Symbols> hostSymbols()
     return std::make_shared<ThemeSymbols>();
 }
 
+std::shared_ptr<InstanceDoor> hostDoor()
+{
+    // The one that was entered is the one that is heard.
+    static const auto door = std::make_shared<PosixInstanceDoor>();
+    return door;
+}
+
 Platform hostPlatform()
 {
     Platform platform;
@@ -68,7 +75,7 @@ Platform hostPlatform()
     platform.sockets = hostSockets();
     platform.network = std::make_shared<QtNetwork>(platform.executor);
     platform.archives = std::make_shared<ZipArchives>();
-    platform.door = std::make_shared<PosixInstanceDoor>();
+    platform.door = hostDoor();
     platform.commands = hostCommandChannel();
     platform.pasteboard = std::make_shared<DesktopPasteboard>();
     platform.screens = std::make_shared<X11Screens>();

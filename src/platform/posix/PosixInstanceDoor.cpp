@@ -102,11 +102,14 @@ void PosixInstanceDoor::listenTo(QLocalSocket &visitor)
         QStringList arguments;
         for (const auto &argument : message.value(QStringLiteral("arguments")).toArray())
             arguments.append(argument.toString());
+        if (arguments.isEmpty()) {
+            visitor.abort();
+            return;
+        }
         visitor.write(taken);
         visitor.flush();
         visitor.disconnectFromServer();
-        if (!arguments.isEmpty())
-            Q_EMIT knocked(arguments, message.value(QStringLiteral("folder")).toString());
+        Q_EMIT knocked(arguments, message.value(QStringLiteral("folder")).toString());
     };
     connect(&visitor, &QLocalSocket::readyRead, this, read);
     // What came with the connection is told by nobody.
