@@ -384,4 +384,12 @@ QImage TestDesktop::screenshot(QRect area) const
     return QImage(file);
 }
 
+int TestDesktop::shownWindows() const
+{
+    return static_cast<int>(
+        run(QStringLiteral("xdotool"),
+            {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), QStringLiteral(".*")})
+            .count('\n'));
+}
+
 } // namespace quillnest::driver

@@ -94,6 +94,9 @@ public:
     /// A rectangle of the screen, in points, as its pixels are now.
     QImage screenshot(QRect area) const;
 
+    /// How many windows are on the screen, menus among them.
+    int shownWindows() const;
+
 private:
     void releaseClipboard();
     void startBus();

@@ -111,23 +111,31 @@ protected:
     QPoint openSizeMenu() const
     {
         const auto corner = (button(Size) + QPointF(-11, 11 + 4)).toPoint();
-        const QRect below(corner + QPoint(0, 10), ::QSize(100, 100));
-        const auto before = desktop.screenshot(below);
+        const auto without = desktop.shownWindows();
         click(Size);
+        waitFor(QStringLiteral("the size menu"), 10, [&] { return desktop.shownWindows() > without; });
+        // The picture beside it moves; the menu itself has been painted whole once nothing in it changes any more.
+        const QRect inside(corner + QPoint(4, 10), ::QSize(100, 100));
         QImage seen;
-        waitFor(QStringLiteral("the size menu"), 10, [&] {
-            const auto now = desktop.screenshot(below);
-            // It has been painted whole once nothing changes any more.
-            return now != before && std::exchange(seen, now) == now;
+        waitFor(QStringLiteral("the menu to be painted"), 10, [&] {
+            program.state(); // answered behind the painting that was due
+            const auto now = desktop.screenshot(inside);
+            return std::exchange(seen, now) == now;
         });
         return corner;
+    }
+    void leaveSizeMenu(const QString &key) const
+    {
+        const auto with = desktop.shownWindows();
+        desktop.key(key);
+        waitFor(QStringLiteral("the menu to go"), 10, [&] { return desktop.shownWindows() < with; });
     }
     void chooseSize(int preset) const
     {
         openSizeMenu();
         for (int i = 0; i <= preset; ++i)
             desktop.key(QStringLiteral("Down"));
-        desktop.key(QStringLiteral("Return"));
+        leaveSizeMenu(QStringLiteral("Return"));
     }
 
     /// Another program's window, which takes the keyboard.
@@ -266,7 +274,7 @@ TEST_F(DisplayTest, theSizeMenuTicksThePresentSizeAndSetsAnother)
     const auto ticks = [this] {
         const auto corner = openSizeMenu();
         const auto column = desktop.screenshot(QRect(corner + QPoint(4, 4), ::QSize(14, 300)));
-        desktop.key(QStringLiteral("Escape"));
+        leaveSizeMenu(QStringLiteral("Escape"));
         return column;
     };
     const auto small = ticks();
