@@ -264,6 +264,8 @@ void QuillnestApp::terminate()
 {
     if (std::exchange(m_terminated, true))
         return;
+    // Whatever adb is still waiting for then, the end doesn't.
+    m_platform.processes->endRunsWithin(8s);
     if (m_player)
         m_player->orderOut();
     m_windows.closeAll();

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -30,6 +31,8 @@ struct ChildCommand {
     Errors errors = Errors::null;
     /// For Output::descriptor: an open descriptor that stays the caller's.
     int descriptor = -1;
+    /// For `run`: the child is ended when it lasts longer.
+    std::optional<std::chrono::milliseconds> limit{};
 };
 
 struct ChildResult {
@@ -39,6 +42,8 @@ struct ChildResult {
     int status = -1;
     /// What was captured, for Output::pipe.
     QByteArray output;
+    /// The child was ended because its time was over.
+    bool tookTooLong = false;
 };
 
 /// A child process that has been started and goes on by itself. The object outlives the child if need be; dropping it
@@ -51,6 +56,8 @@ public:
     virtual qint64 processId() const = 0;
     /// Asks the child to end (SIGTERM). Nothing happens when it has ended. Any thread.
     virtual void terminate() = 0;
+    /// Ends the child at once (SIGKILL), whatever it is doing. Any thread.
+    virtual void kill() = 0;
 };
 
 /// Starts child processes. Children inherit no descriptor but their three standard streams and are always reaped.
@@ -74,6 +81,9 @@ public:
     /// thread before it is waited for.
     using Started = std::function<void(const std::shared_ptr<RunningChild> &)>;
     virtual ChildResult runEndable(const ChildCommand &command, const Started & /*started*/) { return run(command); }
+
+    /// The program ends: what `run` still waits for then is ended, and nothing more is run. Returns at once.
+    virtual void endRunsWithin(std::chrono::milliseconds time) = 0;
 
     /// Starts the command and returns at once; throws LaunchError when it can't be started.
     virtual std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) = 0;

@@ -7,6 +7,9 @@ namespace quillnest
 
 /// Ends this user's own processes whose command line holds `text`, such as an earlier run left behind that was killed.
 /// Returns at once, and whether any were found is not told. Other users' processes stay.
-void endLeftOverProcesses(ChildProcesses &processes, const QString &text);
+///
+/// Asked processes may clean up; by force they are ended even when they stand still.
+enum class Ending { asked, byForce };
+void endLeftOverProcesses(ChildProcesses &processes, const QString &text, Ending ending = Ending::asked);
 
 } // namespace quillnest

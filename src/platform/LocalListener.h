@@ -17,8 +17,8 @@ public:
 
     virtual std::uint16_t port() const = 0;
 
-    /// Waits for the next connection, in the order in which they were made; throws SocketError after `timeout` seconds,
-    /// and at once after `wake`. What is sent through it goes out at once.
+    /// Waits for the next connection of somebody trusted, in the order in which they were made; throws SocketError
+    /// after `timeout` seconds, and at once after `wake`. What is sent through it goes out at once.
     virtual std::shared_ptr<StreamSocket> accept(double timeout) = 0;
 
     /// Makes this and every later `accept` fail. Any thread.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/LocalListener.h"
+#include "platform/SocketOwner.h"
 
 namespace quillnest
 {
@@ -13,6 +14,9 @@ public:
 
     /// Throws SocketError.
     virtual std::shared_ptr<LocalListener> listen() = 0;
+
+    /// Who listens on a port of the loopback address.
+    virtual SocketOwner listenerOwner(std::uint16_t port) const = 0;
 };
 
 } // namespace quillnest

@@ -3,7 +3,9 @@
 #include "base/MobileApp.h"
 #include "base/StrictUtf8.h"
 #include "platform/Files.h"
+#include "platform/LeftOverProcesses.h"
 #include "runtime/AndroidRuntimeError.h"
+#include "runtime/AndroidVersions.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -62,6 +64,18 @@ QStringList nonEmptyLines(const QString &text)
 {
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
+
+/// Where the emulator's debug daemon listens, beside its console.
+constexpr std::uint16_t daemonPort = 5557;
+
+/// Where adb looks for its server.
+std::uint16_t serverPort()
+{
+    constexpr int usual = 5037;
+    bool good = false;
+    const int port = qEnvironmentVariableIntValue("ANDROID_ADB_SERVER_PORT", &good);
+    return static_cast<std::uint16_t>(good ? port : usual);
+}
 } // namespace
 
 AndroidCommands::AndroidCommands(const Platform &platform, std::shared_ptr<QuillnestLog> log)
@@ -73,6 +87,7 @@ QString AndroidCommands::run(const QString &tool, const QStringList &arguments) 
 {
     if (!isExecutableFile(tool))
         throw AndroidRuntimeError::toolMissing(QFileInfo(tool).fileName());
+    requireOwnServer();
 
     const CommandOutput output(m_platform.folders.temporary);
     ChildCommand command;
@@ -84,6 +99,7 @@ QString AndroidCommands::run(const QString &tool, const QStringList &arguments) 
     command.output = ChildCommand::Output::descriptor;
     command.errors = ChildCommand::Errors::merged;
     command.descriptor = output.descriptor();
+    command.limit = m_limit;
     const auto result = m_platform.processes->run(command);
     if (result.launchError)
         throw LaunchError(*result.launchError);
@@ -99,7 +115,7 @@ QString AndroidCommands::runOnDevice(const QStringList &arguments) const
     return run(paths().adb(), onDevice(arguments));
 }
 
-QString AndroidCommands::runADB(const QStringList &arguments) const
+ChildResult AndroidCommands::runDeviceCommand(const QStringList &arguments) const
 {
     ChildCommand command;
     command.program = paths().adb();
@@ -107,10 +123,24 @@ QString AndroidCommands::runADB(const QStringList &arguments) const
     command.input = ChildCommand::Input::inherit;
     command.output = ChildCommand::Output::pipe;
     command.errors = ChildCommand::Errors::null;
-    const auto result = m_platform.processes->run(command);
+    command.limit = m_limit;
+    return m_platform.processes->run(command);
+}
+
+QString AndroidCommands::runADB(const QStringList &arguments) const
+{
+    if (m_platform.sockets->listenerOwner(serverPort()) == SocketOwner::another)
+        return {};
+    const auto result = runDeviceCommand(arguments);
     if (result.launchError)
         return {};
     return strictUtf8(result.output).value_or(QString());
+}
+
+void AndroidCommands::requireOwnServer() const
+{
+    if (m_platform.sockets->listenerOwner(serverPort()) == SocketOwner::another)
+        throw AndroidRuntimeError::serverOfAnother(serverPort());
 }
 
 std::optional<QString> AndroidCommands::javaHome() const
@@ -122,22 +152,40 @@ std::optional<QString> AndroidCommands::javaHome() const
     return std::nullopt;
 }
 
+QStringList AndroidCommands::ourAVDs() const
+{
+    QStringList names{AndroidRuntimePaths::developerSDK(m_platform).avdName};
+    for (const auto &version : AndroidVersions::all)
+        names += AndroidRuntimePaths::managed(m_platform, version.api).avdName;
+    return names;
+}
+
+AndroidCommands::Whose AndroidCommands::whoseDevice() const
+{
+    requireOwnServer();
+    for (const auto port : {consolePort().toUShort(), daemonPort}) {
+        if (m_platform.sockets->listenerOwner(port) == SocketOwner::another)
+            return Whose::anothers;
+    }
+    // The name, and a line that says that this was all.
+    const auto lines = nonEmptyLines(runADB({QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")}));
+    if (lines.size() < 2 || lines.last().trimmed() != QLatin1String("OK"))
+        return Whose::nobodys;
+    return ourAVDs().contains(lines.first().trimmed()) ? Whose::ours : Whose::anothers;
+}
+
+bool AndroidCommands::deviceIsListed() const
+{
+    const auto lines = nonEmptyLines(run(paths().adb(), {QStringLiteral("devices")}));
+    return std::any_of(lines.begin(), lines.end(), [](const QString &line) { return line.startsWith(serial()); });
+}
+
 bool AndroidCommands::deviceIsBooted() const
 {
     try {
         const QStringList query{
             QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("sys.boot_completed")};
-        return runOnDevice(query).trimmed() == QLatin1String("1");
-    } catch (const std::exception &) {
-        return false;
-    }
-}
-
-bool AndroidCommands::deviceIsListed() const
-{
-    try {
-        const auto lines = nonEmptyLines(run(paths().adb(), {QStringLiteral("devices")}));
-        return std::any_of(lines.begin(), lines.end(), [](const QString &line) { return line.startsWith(serial()); });
+        return runOnDevice(query).trimmed() == QLatin1String("1") && whoseDevice() == Whose::ours;
     } catch (const std::exception &) {
         return false;
     }
@@ -181,6 +229,42 @@ void AndroidCommands::killDevice() const
         runOnDevice({QStringLiteral("emu"), QStringLiteral("kill")});
     } catch (const std::exception &) {
         // Whether it went is seen in the list of devices.
+    }
+}
+
+bool AndroidCommands::isAnothers() const
+{
+    try {
+        if (whoseDevice() != Whose::anothers)
+            return false;
+    } catch (const AndroidRuntimeError &) {
+        // Of another user's adb nothing is asked.
+    }
+    log().write(QStringLiteral("the device on port %1 is somebody else's and is left alone").arg(consolePort()));
+    return true;
+}
+
+void AndroidCommands::stopDevice() const
+{
+    if (isAnothers())
+        return;
+    stopAllApps();
+    runADB({QStringLiteral("emu"), QStringLiteral("kill")});
+}
+
+void AndroidCommands::stopDeviceAtOnce() const
+{
+    auto quick = *this;
+    quick.m_limit = std::chrono::milliseconds(2500);
+    if (quick.isAnothers())
+        return;
+    quick.stopAllApps();
+    if (!quick.runDeviceCommand({QStringLiteral("emu"), QStringLiteral("kill")}).tookTooLong)
+        return;
+    log().write(QStringLiteral("Android does not answer - ending its process"));
+    for (const auto &avd : ourAVDs()) {
+        endLeftOverProcesses(
+            *m_platform.processes, QStringLiteral("@%1 -port %2").arg(avd, consolePort()), Ending::byForce);
     }
 }
 

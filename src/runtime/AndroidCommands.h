@@ -49,9 +49,17 @@ public:
     /// The Java home that `run` gives its tools, if one is found.
     std::optional<QString> javaHome() const;
 
-    /// Checks of the device; any failure answers false.
-    bool deviceIsBooted() const;
+    /// Whose device is on our port. Nobody's is one whose console doesn't answer, or not yet.
+    enum class Whose { nobodys, ours, anothers };
+    /// The AVD's name, in the emulator's own words, tells. Throws AndroidRuntimeError when another user has adb's port,
+    /// for then nothing that adb says can be believed.
+    Whose whoseDevice() const;
+
+    /// Whether adb lists the device; throws as `run` does, and a command that failed is no answer.
     bool deviceIsListed() const;
+
+    /// Whether the device has booted and is ours; any failure answers false, as below.
+    bool deviceIsBooted() const;
     bool androidIsHealthy() const;
     bool internetIsValidated() const;
 
@@ -61,6 +69,13 @@ public:
     /// Tells the device to end; failures are ignored.
     void killDevice() const;
 
+    /// Stops all apps and tells the device to end; another's is left alone.
+    void stopDevice() const;
+
+    /// The same for somebody who can't wait, within about eight seconds: a device that doesn't answer is ended by its
+    /// process.
+    void stopDeviceAtOnce() const;
+
     /// Force-stops every app that isn't part of the system image.
     void stopAllApps() const;
 
@@ -68,8 +83,15 @@ public:
     QSet<QString> thirdPartyPackages() const;
 
 private:
+    ChildResult runDeviceCommand(const QStringList &arguments) const;
+    void requireOwnServer() const;
+    QStringList ourAVDs() const;
+    bool isAnothers() const;
+
     const Platform m_platform;
     const std::shared_ptr<QuillnestLog> m_log;
+    /// Of each command; none for as long as it takes.
+    std::optional<std::chrono::milliseconds> m_limit;
 };
 
 } // namespace quillnest

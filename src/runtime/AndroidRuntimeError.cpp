@@ -38,4 +38,22 @@ AndroidRuntimeError AndroidRuntimeError::packageNameMissing()
     return {Case::packageNameMissing, QStringLiteral("Could not read the APK package name")};
 }
 
+AndroidRuntimeError AndroidRuntimeError::portTaken(const QString &port)
+{
+    return {
+        Case::portTaken,
+        QStringLiteral("Another Android emulator is using port %1, which Quillnest needs. Quit it and try again.")
+            .arg(port)};
+}
+
+AndroidRuntimeError AndroidRuntimeError::serverOfAnother(int port)
+{
+    return {
+        Case::serverOfAnother,
+        QStringLiteral(
+            "Another user of this computer runs adb on port %1. Quillnest doesn't use it. Ask them to end it (adb "
+            "kill-server), or start Quillnest with ANDROID_ADB_SERVER_PORT set to a free port.")
+            .arg(port)};
+}
+
 } // namespace quillnest

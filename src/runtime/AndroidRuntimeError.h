@@ -11,7 +11,7 @@ namespace quillnest
 class AndroidRuntimeError : public DescribedError
 {
 public:
-    enum class Case { toolMissing, commandFailed, bootTimeout, packageNameMissing };
+    enum class Case { toolMissing, commandFailed, bootTimeout, packageNameMissing, portTaken, serverOfAnother };
 
     static AndroidRuntimeError toolMissing(const QString &tool);
     /// `text` is the tool's own words, of which the middle is left out if they are very many; empty text gets a
@@ -19,6 +19,10 @@ public:
     static AndroidRuntimeError commandFailed(const QString &text);
     static AndroidRuntimeError bootTimeout();
     static AndroidRuntimeError packageNameMissing();
+    /// Somebody else's device is where ours has to be.
+    static AndroidRuntimeError portTaken(const QString &port);
+    /// Another user's adb server is where ours has to be.
+    static AndroidRuntimeError serverOfAnother(int port);
 
     Case errorCase() const { return m_case; }
 

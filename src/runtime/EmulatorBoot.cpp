@@ -24,6 +24,7 @@ constexpr int bootRounds = 240;
 constexpr int lostEmulatorRounds = 15;
 constexpr int lostDeviceRounds = 3;
 constexpr int networkRounds = 30;
+constexpr int failedLists = 5;
 } // namespace
 
 EmulatorBoot::EmulatorBoot(std::shared_ptr<const AndroidCommands> commands, DeviceTweaks &tweaks)
@@ -95,13 +96,14 @@ Task<> EmulatorBoot::boot(Self self, std::optional<bool> isBooted)
         co_await waitUntilGone(self);
     }
 
-    bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    bool listed = co_await isListed(self);
     // adb goes on listing a device for a moment after its emulator has died; waiting for that one to boot would be in
     // vain.
     if (listed && self->m_emulatorProcess && !self->emulatorIsRunning()) {
         co_await waitUntilGone(self);
-        listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+        listed = co_await isListed(self);
     }
+    co_await refuseAnothers(self);
     if (!listed)
         co_await startDevice(self);
     bool booted = co_await waitForBoot(self);
@@ -118,10 +120,10 @@ Task<> EmulatorBoot::boot(Self self, std::optional<bool> isBooted)
 
 Task<> EmulatorBoot::waitUntilGone(Self self)
 {
-    bool listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+    bool listed = co_await isListed(self);
     for (int round = 0; listed && round < dyingDeviceRounds; ++round) {
         co_await pause(self, poll);
-        listed = co_await ask(self, &AndroidCommands::deviceIsListed);
+        listed = co_await isListed(self);
     }
     self->m_emulatorProcess.reset();
 }
@@ -176,7 +178,7 @@ Task<bool> EmulatorBoot::waitForBoot(Self self)
         // With no emulator of ours and nothing that adb would list, nobody is left who might boot.
         bool isThere = self->emulatorIsRunning();
         if (!isThere)
-            isThere = co_await ask(self, &AndroidCommands::deviceIsListed);
+            isThere = co_await isListed(self);
         roundsWithoutDevice = isThere ? 0 : roundsWithoutDevice + 1;
         co_await pause(self, poll);
     }
@@ -226,6 +228,33 @@ Task<bool> EmulatorBoot::ask(Self self, bool (AndroidCommands::*check)() const)
     const bool answer = co_await background(*self->m_commands->platform().executor, std::move(work));
     self->throwIfCancelled();
     co_return answer;
+}
+
+Task<bool> EmulatorBoot::isListed(Self self)
+{
+    // Taken for a "no", a failure would start a second emulator beside the first.
+    for (int tries = 1;; ++tries) {
+        std::exception_ptr failure;
+        try {
+            co_return co_await ask(self, &AndroidCommands::deviceIsListed);
+        } catch (const AndroidRuntimeCancelled &) {
+            throw;
+        } catch (const std::exception &) {
+            failure = std::current_exception();
+        }
+        if (tries == failedLists)
+            std::rethrow_exception(failure);
+        co_await pause(self, poll);
+    }
+}
+
+Task<> EmulatorBoot::refuseAnothers(Self self)
+{
+    auto look = [commands = self->m_commands] { return commands->whoseDevice(); };
+    const auto whose = co_await background(*self->m_commands->platform().executor, std::move(look));
+    self->throwIfCancelled();
+    if (whose == AndroidCommands::Whose::anothers)
+        throw AndroidRuntimeError::portTaken(AndroidCommands::consolePort());
 }
 
 Task<int> EmulatorBoot::runningApi(Self self)

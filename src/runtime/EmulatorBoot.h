@@ -56,6 +56,9 @@ private:
     static Task<> pause(Self self, Clock::Duration duration);
     static Task<> tell(Self self, void (AndroidCommands::*command)() const);
     static Task<bool> ask(Self self, bool (AndroidCommands::*check)() const);
+    /// Asks again when adb fails, and throws its failure when it goes on failing.
+    static Task<bool> isListed(Self self);
+    static Task<> refuseAnothers(Self self);
     static Task<int> runningApi(Self self);
 
     bool emulatorIsRunning() const { return m_emulatorProcess && m_emulatorProcess->isRunning(); }

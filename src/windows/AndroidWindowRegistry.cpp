@@ -242,14 +242,10 @@ void AndroidWindowRegistry::stopAndroid(const QString &reason, bool wait)
 {
     m_services.log->write(QStringLiteral("stopping Android runtime (%1)").arg(reason));
     Q_EMIT m_services.notifications->runtimeChanged();
-    const auto stop = [commands = m_services.commands] {
-        commands->stopAllApps();
-        commands->runADB({QStringLiteral("emu"), QStringLiteral("kill")});
-    };
     if (wait)
-        stop();
+        m_services.commands->stopDeviceAtOnce();
     else
-        m_services.platform.executor->inBackground(stop);
+        m_services.platform.executor->inBackground([commands = m_services.commands] { commands->stopDevice(); });
 }
 
 void AndroidWindowRegistry::setUnread(QUuid appID, bool unread)

@@ -64,7 +64,7 @@ public:
     void scheduleIdleShutdown();
     void cancelIdleShutdown();
 
-    /// Tells the device to stop; with `wait` blocks until it has been told.
+    /// Tells the device to stop; with `wait` blocks until it has been told, or ended because it doesn't listen.
     void stopAndroid(const QString &reason, bool wait);
 
     void setUnread(QUuid appID, bool unread);

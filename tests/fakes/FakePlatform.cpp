@@ -1,7 +1,6 @@
 #include "fakes/FakePlatform.h"
 
 #include "platform/desktop/QtDrawing.h"
-#include "platform/posix/PosixLocalSockets.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -59,6 +58,7 @@ FakePlatform fakePlatform(HostProfile profile)
     fakes.executor = std::make_shared<ManualExecutor>();
     fakes.settings = std::make_shared<MemorySettings>();
     fakes.processes = std::make_shared<ScriptedProcesses>();
+    fakes.sockets = std::make_shared<FakeLocalSockets>();
     fakes.archives = std::make_shared<FakeArchives>();
     fakes.commands = std::make_shared<FakeCommandChannel>();
     fakes.pasteboard = std::make_shared<FakePasteboard>();
@@ -93,7 +93,7 @@ FakePlatform fakePlatform(HostProfile profile)
     platform.screens = fakes.screens;
     platform.appearance = fakes.appearance;
     platform.drawing = std::make_shared<QtDrawing>();
-    platform.sockets = std::make_shared<PosixLocalSockets>();
+    platform.sockets = fakes.sockets;
     platform.alerts = fakes.alerts;
     platform.filePanels = fakes.filePanels;
     platform.fileManager = fakes.fileManager;

@@ -9,14 +9,29 @@
 #include "fakes/ScriptedProcesses.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
+#include "platform/posix/PosixLocalSockets.h"
 
 #include <QTemporaryDir>
 
+#include <map>
 #include <optional>
 #include <stdexcept>
 
 namespace quillnest
 {
+
+/// The real ones, among users of a test's making.
+class FakeLocalSockets : public PosixLocalSockets
+{
+public:
+    SocketOwner listenerOwner(std::uint16_t port) const override
+    {
+        const auto found = listeners.find(port);
+        return found == listeners.end() ? SocketOwner::nobody : found->second;
+    }
+
+    std::map<std::uint16_t, SocketOwner> listeners;
+};
 
 /// A whole platform of fakes, with a temporary folder as the user's home. `platform` is what the code under test gets;
 /// the other members are the same objects under their own types. Drawing and sockets are the real ones; what is named
@@ -28,6 +43,7 @@ struct FakePlatform {
     std::shared_ptr<ManualExecutor> executor;
     std::shared_ptr<MemorySettings> settings;
     std::shared_ptr<ScriptedProcesses> processes;
+    std::shared_ptr<FakeLocalSockets> sockets;
     std::shared_ptr<FakeArchives> archives;
     std::shared_ptr<FakeCommandChannel> commands;
     std::shared_ptr<FakePasteboard> pasteboard;

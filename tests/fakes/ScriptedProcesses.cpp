@@ -71,14 +71,15 @@ ChildResult ScriptedProcesses::run(const ChildCommand &command)
     const auto rule = ruleFor(line(command), false);
     const auto answer = rule ? rule->script(command) : fallback;
     if (answer.launchError)
-        return {answer.launchError, -1, {}};
+        return {answer.launchError, -1, {}, false};
     if (command.output == ChildCommand::Output::descriptor) {
         QFile file;
         if (file.open(command.descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered, QFileDevice::DontCloseHandle))
             file.write(answer.output);
-        return {std::nullopt, answer.status, {}};
+        return {std::nullopt, answer.status, {}, answer.tookTooLong};
     }
-    return {std::nullopt, answer.status, command.output == ChildCommand::Output::pipe ? answer.output : QByteArray()};
+    auto output = command.output == ChildCommand::Output::pipe ? answer.output : QByteArray();
+    return {std::nullopt, answer.status, std::move(output), answer.tookTooLong};
 }
 
 std::shared_ptr<RunningChild> ScriptedProcesses::start(const ChildCommand &command, Handlers handlers)

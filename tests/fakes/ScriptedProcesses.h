@@ -19,6 +19,7 @@ public:
     qint64 processId() const override { return 4711; }
     /// Ends the child with status 143, unless `ignoresTerminate` is set.
     void terminate() override;
+    void kill() override { exit(137); }
 
     const ChildCommand &command() const { return m_command; }
     /// Hands captured output to the handlers, on the caller's thread.
@@ -45,6 +46,7 @@ public:
         QByteArray output{};
         int status = 0;
         std::optional<QString> launchError{};
+        bool tookTooLong = false;
     };
     using Script = std::function<Answer(const ChildCommand &)>;
     using StartScript = std::function<void(ScriptedChild &)>;
@@ -64,6 +66,10 @@ public:
     ChildResult run(const ChildCommand &command) override;
     std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
     using ChildProcesses::start;
+    void endRunsWithin(std::chrono::milliseconds time) override { runsEndWithin = time; }
+
+    /// What `endRunsWithin` was called with.
+    std::optional<std::chrono::milliseconds> runsEndWithin;
 
     /// All commands so far, in order, and the same as lines "{program} {arguments}".
     std::vector<ChildCommand> calls() const;

@@ -5,6 +5,8 @@
 
 #include <QUuid>
 
+#include <csignal>
+
 #include <gtest/gtest.h>
 
 using namespace quillnest;
@@ -32,6 +34,16 @@ TEST(LeftOverProcessesTest, thoseWithTheTextEndAndOthersStay)
     EXPECT_TRUE(other->isRunning());
     other->terminate();
     EXPECT_TRUE(comesTrueWithoutMain([&] { return !other->isRunning(); }));
+}
+
+TEST(LeftOverProcessesTest, oneThatStandsStillIsEndedByForce)
+{
+    const auto processes = hostChildProcesses();
+    const auto text = QStringLiteral("@left.over-") + QUuid::createUuid().toString();
+    const auto frozen = sleeper(*processes, text);
+    ::kill(static_cast<pid_t>(frozen->processId()), SIGSTOP);
+    endLeftOverProcesses(*processes, text, Ending::byForce);
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return !frozen->isRunning(); }));
 }
 
 TEST(LeftOverProcessesTest, noneIsFine)

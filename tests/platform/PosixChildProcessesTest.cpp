@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <mutex>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -437,4 +438,38 @@ TEST_F(PosixChildProcessesTest, severalThreadsAtOnce)
     }
     for (auto &thread : threads)
         thread.join();
+}
+
+TEST_F(PosixChildProcessesTest, aChildThatLastsLongerThanItsLimitIsEnded)
+{
+    auto command = shell(QStringLiteral("trap '' TERM; echo said; while :; do sleep 0.1; done"));
+    command.limit = std::chrono::milliseconds(200);
+    const auto result = processes.run(command);
+    EXPECT_TRUE(result.tookTooLong);
+    EXPECT_EQ(result.output, "said\n");
+    EXPECT_EQ(result.status, 128 + SIGKILL);
+
+    command = shell(QStringLiteral("echo said"));
+    command.limit = std::chrono::hours(1);
+    EXPECT_FALSE(processes.run(command).tookTooLong);
+}
+
+TEST_F(PosixChildProcessesTest, atTheEndEveryRunIsEndedAndALaterOneToo)
+{
+    const auto endless = shell(QStringLiteral("while :; do sleep 0.1; done"));
+    const auto staying = processes.start(endless);
+    std::thread ending([&] { processes.endRunsWithin(std::chrono::milliseconds(100)); });
+    EXPECT_TRUE(processes.run(endless).tookTooLong);
+    EXPECT_TRUE(processes.run(endless).tookTooLong);
+    ending.join();
+    EXPECT_TRUE(staying->isRunning()) << "what was started goes on";
+    staying->kill();
+}
+
+TEST_F(PosixChildProcessesTest, aGrandchildThatKeepsTheOutputOpenHoldsNoRunUp)
+{
+    const auto result = processes.run(shell(QStringLiteral("sleep 600 & echo $!")));
+    const auto grandchild = result.output.trimmed().toInt();
+    EXPECT_GT(grandchild, 0);
+    ::kill(grandchild, SIGKILL);
 }

@@ -1,6 +1,7 @@
 #include "platform/posix/PosixLocalListener.h"
 
 #include "fakes/DeviceSocket.h"
+#include "platform/AnotherUser.h"
 #include "platform/Conditions.h"
 #include "platform/posix/PosixStreamSocket.h"
 
@@ -69,6 +70,22 @@ TEST(PosixLocalListenerTest, nobodyConnecting)
     PosixLocalListener listener;
     EXPECT_EQ(
         failureOf([&] { listener.accept(0.01); }), "failed(\"timed out waiting for the Android side to connect\")");
+}
+
+TEST(PosixLocalListenerTest, anotherUsersConnectionIsTurnedAwayAndTheNextOneTaken)
+{
+    if (!AnotherUser::canBeMade())
+        GTEST_SKIP() << "needs root";
+    PosixLocalListener listener;
+    const auto stranger = AnotherUser::connected(listener.port());
+    const auto hasty = AnotherUser::connected(listener.port(), false);
+    ASSERT_TRUE(stranger.isReady && hasty.isReady);
+    EXPECT_EQ(
+        failureOf([&] { listener.accept(0.01); }), "failed(\"timed out waiting for the Android side to connect\")");
+    const auto again = AnotherUser::connected(listener.port());
+    DeviceSocket device(listener.port());
+    device.send("d");
+    EXPECT_EQ(listener.accept(10.0)->readExactly(1), std::vector<std::uint8_t>{'d'});
 }
 
 TEST(PosixLocalListenerTest, wakeEndsAWaitingAcceptAndEveryLaterOne)

@@ -41,7 +41,7 @@ TEST_F(EmulatorBootTest, aReadyDeviceIsTakenOverWithoutTweaks)
     EXPECT_EQ(launches(), 0);
     EXPECT_EQ(kills(), 0);
     EXPECT_EQ(tweaks(), 0);
-    EXPECT_EQ(fakes.processes->calls().size(), 3U);
+    EXPECT_EQ(fakes.processes->calls().size(), 4U);
 }
 
 TEST_F(EmulatorBootTest, aDeviceOfUnknownApiCountsAsTheWantedOne)
@@ -189,7 +189,7 @@ TEST_F(EmulatorBootTest, aCallerAfterTheBootBeginsANewOne)
     boot();
     fakes.processes->forget();
     boot();
-    EXPECT_EQ(fakes.processes->calls().size(), 3U);
+    EXPECT_EQ(fakes.processes->calls().size(), 4U);
 }
 
 TEST_F(EmulatorBootTest, aDeviceThatDoesNotGoIsNotKilledAgain)
@@ -220,8 +220,95 @@ TEST_F(EmulatorBootTest, theListHasToBeginWithTheSerial)
     fakes.processes->on(
         QStringLiteral("adb devices"), QByteArray("List\n x emulator-5556\tdevice\nemulator-5554 device\n"));
     EXPECT_FALSE(cli->commands()->deviceIsListed());
-    fakes.processes->on(QStringLiteral("adb devices"), ScriptedProcesses::Answer{"emulator-5556\tdevice\n", 1});
-    EXPECT_FALSE(cli->commands()->deviceIsListed());
+}
+
+TEST_F(EmulatorBootTest, anAdbThatFailsForAMomentStartsNoSecondEmulator)
+{
+    device.listed = true;
+    device.looksUntilBooted = 1000000;
+    int looks = 0;
+    // Three failures, as often as a device has to be missing to be given up, and it goes on with the boot.
+    fakes.processes->on(QStringLiteral("adb devices"), [this, &looks](const ChildCommand &) {
+        const bool fails = ++looks > 5 && looks < 9;
+        if (looks == 9)
+            device.looksUntilBooted = 1;
+        return fails ? ScriptedProcesses::Answer{"error: protocol fault\n", 1}
+                     : ScriptedProcesses::Answer{"emulator-5556\toffline\n"};
+    });
+    boot();
+    EXPECT_GE(looks, 9);
+    EXPECT_EQ(launches(), 0);
+}
+
+TEST_F(EmulatorBootTest, anAdbThatFailsForGoodIsToldInItsOwnWords)
+{
+    fakes.processes->on(QStringLiteral("adb"), ScriptedProcesses::Answer{"adb: no permissions\n", 1});
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::commandFailed);
+    EXPECT_EQ(launches(), 0);
+}
+
+TEST_F(EmulatorBootTest, somebodyElsesDeviceIsLeftAloneAndThePortSaidToBeTaken)
+{
+    deviceIsUp();
+    device.avd = "Pixel_7";
+    device.api = "33";
+    device.healthy = false;
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::portTaken);
+    device.booted = false;
+    device.looksUntilBooted = 1000000;
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::portTaken);
+    EXPECT_EQ(launches() + kills() + tweaks(), 0);
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("am force-stop")), 0);
+}
+
+TEST_F(EmulatorBootTest, everyAVDOfThisProgramIsItsOwn)
+{
+    deviceIsUp();
+    for (const auto *name : {"Quillnest", "Quillnest-33", "Quillnest_Android35"}) {
+        device.avd = name;
+        EXPECT_EQ(cli->commands()->whoseDevice(), AndroidCommands::Whose::ours) << name;
+    }
+    for (const auto *name : {"Quillnest-29", "quillnest", "Quill", ""}) {
+        device.avd = name;
+        EXPECT_NE(cli->commands()->whoseDevice(), AndroidCommands::Whose::ours) << name;
+    }
+    // A console that refuses us doesn't tell.
+    fakes.processes->on(QStringLiteral("emu avd name"), QByteArray("Quillnest\r\nKO: not authenticated\r\n"));
+    EXPECT_EQ(cli->commands()->whoseDevice(), AndroidCommands::Whose::nobodys);
+}
+
+TEST_F(EmulatorBootTest, aDeviceThatDoesNotSayItsNameYetIsWaitedFor)
+{
+    device.listed = true;
+    device.looksUntilBooted = 20;
+    fakes.processes->on(QStringLiteral("emu avd name"), [this](const ChildCommand &) {
+        return device.booted ? ScriptedProcesses::Answer{"Quillnest\r\nOK\r\n"}
+                             : ScriptedProcesses::Answer{"error: could not connect", 1};
+    });
+    boot();
+    EXPECT_EQ(launches(), 0);
+}
+
+TEST_F(EmulatorBootTest, aPortOfAnotherUserIsTaken)
+{
+    for (const auto port : {std::uint16_t(5556), std::uint16_t(5557)}) {
+        deviceIsUp();
+        fakes.sockets->listeners = {{port, SocketOwner::another}};
+        EXPECT_EQ(failure(), AndroidRuntimeError::Case::portTaken) << port;
+    }
+    EXPECT_EQ(launches() + kills(), 0);
+    fakes.sockets->listeners = {{5556, SocketOwner::trusted}, {5557, SocketOwner::trusted}};
+    boot();
+}
+
+TEST_F(EmulatorBootTest, anotherUsersAdbServerIsNotAskedAnything)
+{
+    fakes.sockets->listeners = {{5037, SocketOwner::another}};
+    EXPECT_EQ(failure(), AndroidRuntimeError::Case::serverOfAnother);
+    EXPECT_EQ(cli->commands()->runADB({QStringLiteral("shell")}), QString());
+    cli->commands()->stopDevice();
+    cli->commands()->stopDeviceAtOnce();
+    EXPECT_EQ(fakes.processes->calls().size(), 0U);
 }
 
 TEST_F(EmulatorBootTest, healthIsFoundAndNotNotFound)
@@ -238,6 +325,7 @@ TEST_F(EmulatorBootTest, healthIsFoundAndNotNotFound)
 
 TEST_F(EmulatorBootTest, bootedIsExactlyOne)
 {
+    device.listed = true;
     const auto booted = [this](const ScriptedProcesses::Answer &answer) {
         fakes.processes->on(QStringLiteral("getprop sys.boot_completed"), answer);
         return cli->commands()->deviceIsBooted();

@@ -44,6 +44,7 @@ protected:
         bool booted = false;
         bool healthy = true;
         QByteArray api = "35";
+        QByteArray avd = "Quillnest";
         bool validated = true;
         /// Whether "emu kill" makes it go.
         bool obeysKill = true;
@@ -67,6 +68,9 @@ protected:
             return Answer{
                 device.listed ? "List of devices attached\nemulator-5556\toffline\n\n"
                               : "List of devices attached\n\n"};
+        });
+        processes.on(QStringLiteral("emu avd name"), [this](const ChildCommand &) {
+            return device.listed ? Answer{device.avd + "\r\nOK\r\n"} : Answer{"error: device not found", 1};
         });
         processes.on(QStringLiteral("service check package"), [this](const ChildCommand &) {
             return Answer{device.healthy ? "Service package: found\n" : "Service package: not found\n"};

@@ -1,3 +1,4 @@
+#include "platform/linux/SocketTable.h"
 #include "platform/posix/HostCalls.h"
 
 #include <fcntl.h>
@@ -33,6 +34,16 @@ void closeAllButStandardStreams(posix_spawn_file_actions_t &actions, short &)
 Descriptor endOfChild(pid_t child)
 {
     return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+}
+
+SocketOwner ownerOfListener(std::uint16_t port)
+{
+    return SocketTable::ofThisMachine().listenerOwner(port);
+}
+
+SocketOwner ownerOfConnection(std::uint16_t from, std::uint16_t to)
+{
+    return SocketTable::ofThisMachine().connectionOwner(from, to);
 }
 
 } // namespace quillnest

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/SocketOwner.h"
 #include "platform/posix/Descriptor.h"
 
 #include <spawn.h>
 #include <sys/types.h>
+
+#include <cstdint>
 
 namespace quillnest
 {
@@ -29,5 +32,11 @@ void closeAllButStandardStreams(posix_spawn_file_actions_t &actions, short &flag
 /// A descriptor that can be read once this child has ended, whether or not it was waited for; none if the system has no
 /// such thing.
 Descriptor endOfChild(pid_t child);
+
+/// Who listens on this port of the loopback address.
+SocketOwner ownerOfListener(std::uint16_t port);
+
+/// Who has the end at port `from` of a connection between two ports of 127.0.0.1. Nobody when it has been closed.
+SocketOwner ownerOfConnection(std::uint16_t from, std::uint16_t to);
 
 } // namespace quillnest

@@ -20,13 +20,15 @@ QString literally(const QString &text)
 }
 } // namespace
 
-void endLeftOverProcesses(ChildProcesses &processes, const QString &text)
+void endLeftOverProcesses(ChildProcesses &processes, const QString &text, Ending ending)
 {
     ChildCommand command{
         .program = QStringLiteral("/usr/bin/pkill"),
         .arguments
         = {QStringLiteral("-U"), QString::number(::getuid()), QStringLiteral("-f"), QStringLiteral("--"),
            literally(text)}};
+    if (ending == Ending::byForce)
+        command.arguments.prepend(QStringLiteral("-KILL"));
     command.output = ChildCommand::Output::null;
     try {
         processes.start(command);

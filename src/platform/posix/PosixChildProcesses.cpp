@@ -176,6 +176,13 @@ public:
             ::kill(m_pid, SIGTERM);
     }
 
+    void kill() override
+    {
+        const std::scoped_lock guard(m_lock);
+        if (m_running)
+            ::kill(m_pid, SIGKILL);
+    }
+
     /// Waits for the end without reaping, then reaps under the lock.
     int wait()
     {
@@ -234,17 +241,14 @@ ChildResult PosixChildProcesses::runEndable(const ChildCommand &command, const S
     try {
         const auto spawned = spawn(command);
         const auto child = std::make_shared<PosixRunningChild>(spawned.pid);
+        const ChildDeadlines::Watch watch(m_deadlines, child, command.limit);
         if (started)
             started(child);
-        if (spawned.output) {
-            while (true) {
-                const auto chunk = readChunk(spawned.output.get());
-                if (chunk.isEmpty())
-                    break;
-                result.output += chunk;
-            }
-        }
+        if (spawned.output)
+            readToEnd(
+                spawned.output.get(), spawned.pid, [&result](const QByteArray &chunk) { result.output += chunk; });
         result.status = child->wait();
+        result.tookTooLong = watch.isOver();
     } catch (const LaunchError &error) {
         result.launchError = error.description();
     }

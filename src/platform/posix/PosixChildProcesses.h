@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ChildProcesses.h"
+#include "platform/posix/ChildDeadlines.h"
 
 namespace quillnest
 {
@@ -14,6 +15,10 @@ public:
     ChildResult runEndable(const ChildCommand &command, const Started &started) override;
     std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
     using ChildProcesses::start;
+    void endRunsWithin(std::chrono::milliseconds time) override { m_deadlines.endAllWithin(time); }
+
+private:
+    ChildDeadlines m_deadlines;
 };
 
 } // namespace quillnest

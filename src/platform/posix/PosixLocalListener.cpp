@@ -7,8 +7,22 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <chrono>
+
 namespace quillnest
 {
+
+namespace
+{
+std::uint16_t peerPort(const Descriptor &connection)
+{
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    ::getpeername(connection.get(), reinterpret_cast<sockaddr *>(&address), &length);
+    return ntohs(address.sin_port);
+}
+} // namespace
 
 PosixLocalListener::PosixLocalListener() : m_socket(newStreamSocket()), m_wake(newPipe())
 {
@@ -29,13 +43,20 @@ PosixLocalListener::PosixLocalListener() : m_socket(newStreamSocket()), m_wake(n
 
 std::shared_ptr<StreamSocket> PosixLocalListener::accept(double timeout)
 {
-    pollfd entries[2]{{m_socket.get(), POLLIN, 0}, {m_wake.readEnd.get(), POLLIN, 0}};
-    if (::poll(entries, 2, static_cast<int>(timeout * 1000)) < 1)
-        throw SocketError::failed("timed out waiting for the Android side to connect");
-    auto connection = entries[1].revents ? Descriptor() : acceptConnection(m_socket.get());
-    if (!connection)
-        throw SocketError::failed("accept");
-    return std::make_shared<PosixStreamSocket>(std::move(connection));
+    using std::chrono::milliseconds;
+    const auto deadline = std::chrono::steady_clock::now() + milliseconds(static_cast<int>(timeout * 1000));
+    while (true) {
+        const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd entries[2]{{m_socket.get(), POLLIN, 0}, {m_wake.readEnd.get(), POLLIN, 0}};
+        if (::poll(entries, 2, static_cast<int>(std::max(left, milliseconds(0)).count())) < 1)
+            throw SocketError::failed("timed out waiting for the Android side to connect");
+        auto connection = entries[1].revents ? Descriptor() : acceptConnection(m_socket.get());
+        if (!connection)
+            throw SocketError::failed("accept");
+        // Any user of the machine may knock at the port.
+        if (ownerOfConnection(peerPort(connection), m_port) == SocketOwner::trusted)
+            return std::make_shared<PosixStreamSocket>(std::move(connection));
+    }
 }
 
 void PosixLocalListener::wake()

@@ -1,0 +1,84 @@
+#include "platform/posix/ChildDeadlines.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillnest
+{
+
+ChildDeadlines::~ChildDeadlines()
+{
+    {
+        const std::scoped_lock guard(m_lock);
+        m_stopping = true;
+    }
+    m_changed.notify_one();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void ChildDeadlines::endAllWithin(std::chrono::milliseconds time)
+{
+    const std::scoped_lock guard(m_lock);
+    m_end = std::chrono::steady_clock::now() + time;
+    wake();
+}
+
+/// Under the lock.
+void ChildDeadlines::wake()
+{
+    if (!m_thread.joinable())
+        m_thread = std::thread([this] { work(); });
+    m_changed.notify_one();
+}
+
+void ChildDeadlines::work()
+{
+    std::unique_lock guard(m_lock);
+    while (!m_stopping) {
+        const auto now = std::chrono::steady_clock::now();
+        std::optional<Time> next;
+        for (auto &entry : m_entries) {
+            if (entry.isOver)
+                continue;
+            const auto deadline = std::min(entry.deadline.value_or(Time::max()), m_end.value_or(Time::max()));
+            if (deadline <= now) {
+                entry.isOver = true;
+                entry.child->kill();
+            } else if (deadline < next.value_or(Time::max())) {
+                next = deadline;
+            }
+        }
+        if (next)
+            m_changed.wait_until(guard, *next);
+        else
+            m_changed.wait(guard);
+    }
+}
+
+ChildDeadlines::Watch::Watch(
+    ChildDeadlines &deadlines, std::shared_ptr<RunningChild> child, std::optional<std::chrono::milliseconds> limit)
+    : m_deadlines(deadlines)
+{
+    std::optional<Time> deadline;
+    if (limit)
+        deadline = std::chrono::steady_clock::now() + *limit;
+    const std::scoped_lock guard(m_deadlines.m_lock);
+    m_entry = m_deadlines.m_entries.insert(m_deadlines.m_entries.end(), {std::move(child), deadline});
+    if (deadline || m_deadlines.m_end)
+        m_deadlines.wake();
+}
+
+ChildDeadlines::Watch::~Watch()
+{
+    const std::scoped_lock guard(m_deadlines.m_lock);
+    m_deadlines.m_entries.erase(m_entry);
+}
+
+bool ChildDeadlines::Watch::isOver() const
+{
+    const std::scoped_lock guard(m_deadlines.m_lock);
+    return m_entry->isOver;
+}
+
+} // namespace quillnest
