@@ -97,17 +97,39 @@ Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
 void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt)
 {
     const QPointer<AndroidLaunch> self(this);
-    m_services.windows.open(app.id, package, app.name, [self, name = app.name](const std::optional<QString> &error) {
+    m_services.windows.open(app.id, package, app.name, [self, name = app.name](const AndroidWindowRegistry::End &end) {
         if (!self)
             return;
-        self->m_status.say(
-            error ? QStringLiteral("%1 stopped: %2").arg(name, *error) : QStringLiteral("Closed %1").arg(name));
+        if (end.wasAsked)
+            self->m_status.say(QStringLiteral("Closed %1").arg(name));
+        else
+            fireAndForget(self->m_services.log, self->tellEnd(name, end.error));
     });
     const double elapsed = secondsBetween(openedAt, m_services.platform.clock->monotonic());
     m_services.log->write(
         QStringLiteral("native window started app=%1 sinceOpen=%2s").arg(app.name, secondsText(elapsed, 2)));
     m_status.say(QStringLiteral("Opened %1").arg(app.name));
     m_android.set(AndroidStatus::State::ready);
+}
+
+Task<> AndroidLaunch::tellEnd(QString name, std::optional<QString> error)
+{
+    const QPointer<AndroidLaunch> self(this);
+    auto look = [commands = m_services.runtime.commands()] { return commands->deviceIsBooted(); };
+    auto looking = background(*m_services.platform.executor, std::move(look));
+    const bool booted = co_await looking;
+    if (!self)
+        co_return;
+    if (!booted) {
+        // Whoever has begun to start it again meanwhile says so.
+        if (m_android.state() == AndroidStatus::State::ready)
+            m_android.set(AndroidStatus::State::sleeping);
+        m_status.say(QStringLiteral("Android stopped, and %1 with it. Open %1 again to restart it.").arg(name));
+    } else if (error) {
+        m_status.say(QStringLiteral("%1 stopped: %2").arg(name, *error));
+    } else {
+        m_status.say(QStringLiteral("Closed %1").arg(name));
+    }
 }
 
 void AndroidLaunch::fail(const MobileApp &app, const QString &description)

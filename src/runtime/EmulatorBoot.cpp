@@ -239,6 +239,11 @@ Task<bool> EmulatorBoot::isListed(Self self)
             co_return co_await ask(self, &AndroidCommands::deviceIsListed);
         } catch (const AndroidRuntimeCancelled &) {
             throw;
+        } catch (const AndroidRuntimeError &error) {
+            // Without tools there is no device either, and the start says which one is missing.
+            if (error.errorCase() == AndroidRuntimeError::Case::toolMissing)
+                co_return false;
+            failure = std::current_exception();
         } catch (const std::exception &) {
             failure = std::current_exception();
         }

@@ -34,8 +34,7 @@ AndroidWindowRegistry::~AndroidWindowRegistry()
     resumeWaiting();
 }
 
-AppSession &AndroidWindowRegistry::open(
-    QUuid appID, const QString &package, const QString &title, std::function<void(std::optional<QString>)> onEnded)
+AppSession &AndroidWindowRegistry::open(QUuid appID, const QString &package, const QString &title, OnEnded onEnded)
 {
     auto *present = session(appID);
     if (present && !present->isClosing()) {
@@ -101,7 +100,7 @@ void AndroidWindowRegistry::sessionEnded(AndroidWindowSession &session, const st
     m_services.log->write(QStringLiteral("native window ended package=%1 error=%2")
                               .arg(session.package(), error.value_or(QStringLiteral("none"))));
     if (window.onEnded)
-        window.onEnded(error);
+        window.onEnded({error, session.isClosing()});
     resumeWaiting();
 }
 

@@ -42,11 +42,18 @@ public:
     Sessions sessions() const;
     const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
 
+    /// How a window ended.
+    struct End {
+        /// For a failure, which the user never asks for.
+        std::optional<QString> error;
+        /// By the window's own close, not by the device.
+        bool wasAsked = false;
+    };
+    using OnEnded = std::function<void(const End &)>;
+
     /// Opens a window for the app, or raises the one it has; then `onEnded` is dropped and the first one stays. A
-    /// window that is closing isn't raised any more, the app gets a new one. `onEnded` gets the error text of an end
-    /// that nobody asked for. Throws AndroidBridgeError.
-    AppSession &open(
-        QUuid appID, const QString &package, const QString &title, std::function<void(std::optional<QString>)> onEnded);
+    /// window that is closing isn't raised any more, the app gets a new one. Throws AndroidBridgeError.
+    AppSession &open(QUuid appID, const QString &package, const QString &title, OnEnded onEnded);
 
     AppSession *session(QUuid appID) const;
     /// The window that commands without a name are for.
@@ -91,7 +98,7 @@ private:
     /// An open window and whom to tell of its end.
     struct Window {
         std::unique_ptr<AndroidWindowSession> session;
-        std::function<void(std::optional<QString>)> onEnded;
+        OnEnded onEnded;
     };
 
     void setRead(QUuid appID) override { setUnread(appID, false); }

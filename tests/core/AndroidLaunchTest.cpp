@@ -220,6 +220,29 @@ TEST_F(AndroidLaunchTest, theUserIsToldHowAWindowEnded)
     EXPECT_TRUE(status().contains(QStringLiteral("no room")));
 }
 
+TEST_F(AndroidLaunchTest, anAppThatEndsByItselfIsClosedAndTheDeviceStaysReady)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    loopback.connect(open(moon));
+    loopback.hangUp();
+    EXPECT_TRUE(waitFor([this] { return status() == QStringLiteral("Closed Moon"); }));
+    EXPECT_EQ(store->androidState(), State::ready);
+}
+
+TEST_F(AndroidLaunchTest, aDeviceThatDiesIsSaidToHaveStopped)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    loopback.connect(open(moon));
+    device = {};
+    loopback.hangUp();
+    EXPECT_TRUE(waitFor([this] {
+        return status() == QStringLiteral("Android stopped, and Moon with it. Open Moon again to restart it.");
+    })) << status().toStdString();
+    EXPECT_EQ(store->androidState(), State::sleeping);
+}
+
 TEST_F(AndroidLaunchTest, aLaunchWaitsWhileTheDeviceIsBeingCleaned)
 {
     deviceIsUp();

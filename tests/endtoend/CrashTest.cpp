@@ -48,7 +48,8 @@ TEST_F(CrashTest, aDeviceThatDiesTakesTheWindowWithItAndTheNextClickBootsAgain)
     openTide();
     program.endDevice();
     waitForNoWindow();
-    waitForStatus(QStringLiteral("Closed Tide"));
+    waitForStatus(QStringLiteral("Android stopped, and Tide with it. Open Tide again to restart it."));
+    EXPECT_EQ(text(program.state(), "androidState"), QStringLiteral("sleeping"));
     ASSERT_FALSE(program.isDeviceRunning());
 
     program.post(QStringLiteral("open:Tide"));

@@ -19,7 +19,8 @@ QByteArray row(const char *local, const char *remote, const char *state, uid_t o
         + QByteArray::number(owner) + "        0 " + QByteArray::number(inode) + " 1 0000000000000000 100 0 0 10 0\n";
 }
 
-const char *const head = "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n";
+const char *const head
+    = "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n";
 const char *const nowhere = "00000000:0000";
 const char *const nowhere6 = "00000000000000000000000000000000:0000";
 
@@ -63,8 +64,8 @@ TEST(SocketTableTest, aConnectionHasTheOwnerOfItsOtherEnd)
     const auto ours = row("0100007F:13AD", "0100007F:9C40", "01", user);
     EXPECT_EQ(connection(ours + row("0100007F:9C40", "0100007F:13AD", "01", user)), SocketOwner::trusted);
     EXPECT_EQ(connection(ours + row("0100007F:9C40", "0100007F:13AD", "01", 1001)), SocketOwner::another);
-    const auto mapped = row(
-        "0000000000000000FFFF00000100007F:9C40", "0000000000000000FFFF00000100007F:13AD", "01", 1001);
+    const auto mapped
+        = row("0000000000000000FFFF00000100007F:9C40", "0000000000000000FFFF00000100007F:13AD", "01", 1001);
     EXPECT_EQ(connection(ours + mapped), SocketOwner::another);
     EXPECT_EQ(connection(ours), SocketOwner::nobody);
 }

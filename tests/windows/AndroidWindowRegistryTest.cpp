@@ -42,7 +42,7 @@ TEST_F(AndroidWindowRegistryTest, aSecondOpenRaisesTheWindowAndStartsNoClient)
     registry->setUnread(appID, true);
     int secondEnds = 0;
     auto &again = registry->open(
-        appID, package, QStringLiteral("Example"), [&secondEnds](const std::optional<QString> &) { ++secondEnds; });
+        appID, package, QStringLiteral("Example"), [&secondEnds](const AndroidWindowRegistry::End &) { ++secondEnds; });
     EXPECT_EQ(&again, &session);
     EXPECT_TRUE(session.panel().isVisible());
     EXPECT_TRUE(registry->unreadAppIDs().isEmpty());

@@ -68,8 +68,9 @@ protected:
     AndroidWindowSession &open(QUuid id, const QString &name)
     {
         auto &session
-            = registry->open(id, name, QStringLiteral("Example"), [this](const std::optional<QString> &error) {
-                  ends.push_back(error);
+            = registry->open(id, name, QStringLiteral("Example"), [this](const AndroidWindowRegistry::End &end) {
+                  ends.push_back(end.error);
+                  asked.push_back(end.wasAsked);
               });
         return dynamic_cast<AndroidWindowSession &>(session);
     }
@@ -145,6 +146,7 @@ protected:
     std::unique_ptr<AndroidWindowRegistry> registry;
     /// What the openers were told.
     std::vector<std::optional<QString>> ends;
+    std::vector<bool> asked;
 };
 
 } // namespace quillnest

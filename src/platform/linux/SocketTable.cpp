@@ -82,8 +82,8 @@ SocketOwner SocketTable::listenerOwner(std::uint16_t port) const
         return SocketOwner::trusted;
     auto result = SocketOwner::nobody;
     for (const auto &row : m_rows) {
-        const bool isThis = row.isListening && row.localPort == port
-            && (isLoopback(row.localAddress) || isAny(row.localAddress));
+        const bool isThis
+            = row.isListening && row.localPort == port && (isLoopback(row.localAddress) || isAny(row.localAddress));
         // Two may share a port by the two families; one stranger is enough.
         if (isThis && result != SocketOwner::another)
             result = ownerOf(row);
