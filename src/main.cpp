@@ -21,6 +21,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QWindow>
 
 #include <cstdio>
@@ -94,7 +95,11 @@ int main(int argc, char **argv)
         return 1;
     }
 
+    // Work that is still waiting for a tool keeps the platform; its children are ended all the same.
+    std::shared_ptr<ChildProcesses> processes;
+    const auto lastRuns = qScopeGuard([&processes] { processes->waitForRuns(); });
     const auto platform = hostPlatform();
+    processes = platform.processes;
     const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };
     applyAppearance();
     QObject::connect(platform.appearance.get(), &Appearance::changed, &application, applyAppearance);

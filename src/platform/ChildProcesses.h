@@ -84,6 +84,8 @@ public:
 
     /// The program ends: what `run` still waits for then is ended, and nothing more is run. Returns at once.
     virtual void endRunsWithin(std::chrono::milliseconds time) = 0;
+    /// After that: waits until nothing is run any more, so that no child is left when the process ends.
+    virtual void waitForRuns() = 0;
 
     /// Starts the command and returns at once; throws LaunchError when it can't be started.
     virtual std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) = 0;

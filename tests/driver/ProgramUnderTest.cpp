@@ -198,7 +198,12 @@ void ProgramUnderTest::kill()
 int ProgramUnderTest::quit(double seconds)
 {
     m_process->terminate();
-    if (!m_process->waitForFinished(static_cast<int>(seconds * 1000)))
+    return waitForEnd(seconds);
+}
+
+int ProgramUnderTest::waitForEnd(double seconds)
+{
+    if (m_process->state() != QProcess::NotRunning && !m_process->waitForFinished(static_cast<int>(seconds * 1000)))
         throw DriverError(QStringLiteral("the program does not end"));
     output();
     return m_process->exitStatus() == QProcess::NormalExit ? m_process->exitCode() : -1;

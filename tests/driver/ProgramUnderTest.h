@@ -46,6 +46,8 @@ public:
     void kill();
     /// Asks the program to end and waits; the exit status.
     int quit(double seconds = 30);
+    /// Waits for the end that something else brings; the exit status.
+    int waitForEnd(double seconds);
     /// What the program printed on its standard output and error so far.
     QByteArray output();
 

@@ -67,6 +67,7 @@ public:
     std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
     using ChildProcesses::start;
     void endRunsWithin(std::chrono::milliseconds time) override { runsEndWithin = time; }
+    void waitForRuns() override { }
 
     /// What `endRunsWithin` was called with.
     std::optional<std::chrono::milliseconds> runsEndWithin;

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <csignal>
 #include <mutex>
 #include <thread>
@@ -464,6 +465,24 @@ TEST_F(PosixChildProcessesTest, atTheEndEveryRunIsEndedAndALaterOneToo)
     ending.join();
     EXPECT_TRUE(staying->isRunning()) << "what was started goes on";
     staying->kill();
+}
+
+TEST_F(PosixChildProcessesTest, theEndWaitsForTheRunsAndEndsThem)
+{
+    processes.waitForRuns(); // at once, while nobody has asked for the end
+    Semaphore begun;
+    std::atomic_bool isOver = false;
+    std::thread running([&] {
+        const auto result = processes.runEndable(
+            shell(QStringLiteral("while :; do sleep 0.1; done")),
+            [&](const std::shared_ptr<RunningChild> &) { begun.release(); });
+        isOver = result.tookTooLong;
+    });
+    ASSERT_TRUE(begun.tryAcquire(1));
+    processes.endRunsWithin(std::chrono::milliseconds(50));
+    processes.waitForRuns();
+    running.join();
+    EXPECT_TRUE(isOver);
 }
 
 TEST_F(PosixChildProcessesTest, aGrandchildThatKeepsTheOutputOpenHoldsNoRunUp)

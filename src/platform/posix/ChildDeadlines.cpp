@@ -12,7 +12,7 @@ ChildDeadlines::~ChildDeadlines()
         const std::scoped_lock guard(m_lock);
         m_stopping = true;
     }
-    m_changed.notify_one();
+    m_changed.notify_all();
     if (m_thread.joinable())
         m_thread.join();
 }
@@ -24,12 +24,18 @@ void ChildDeadlines::endAllWithin(std::chrono::milliseconds time)
     wake();
 }
 
+void ChildDeadlines::waitForAll()
+{
+    std::unique_lock guard(m_lock);
+    m_changed.wait(guard, [this] { return !m_end || m_entries.empty(); });
+}
+
 /// Under the lock.
 void ChildDeadlines::wake()
 {
     if (!m_thread.joinable())
         m_thread = std::thread([this] { work(); });
-    m_changed.notify_one();
+    m_changed.notify_all();
 }
 
 void ChildDeadlines::work()
@@ -73,6 +79,7 @@ ChildDeadlines::Watch::~Watch()
 {
     const std::scoped_lock guard(m_deadlines.m_lock);
     m_deadlines.m_entries.erase(m_entry);
+    m_deadlines.m_changed.notify_all();
 }
 
 bool ChildDeadlines::Watch::isOver() const

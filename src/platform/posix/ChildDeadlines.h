@@ -24,6 +24,8 @@ public:
 
     /// The time of all children, and of those that come later, is over then.
     void endAllWithin(std::chrono::milliseconds time);
+    /// After that: returns when the last child's watch is gone.
+    void waitForAll();
 
 private:
     using Time = std::chrono::steady_clock::time_point;

@@ -16,6 +16,7 @@ public:
     std::shared_ptr<RunningChild> start(const ChildCommand &command, Handlers handlers) override;
     using ChildProcesses::start;
     void endRunsWithin(std::chrono::milliseconds time) override { m_deadlines.endAllWithin(time); }
+    void waitForRuns() override { m_deadlines.waitForAll(); }
 
 private:
     ChildDeadlines m_deadlines;
