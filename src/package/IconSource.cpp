@@ -14,6 +14,7 @@ namespace
 constexpr std::size_t maximumFiles = 200;
 constexpr std::size_t maximumBytes = 64 * 1024 * 1024;
 constexpr std::size_t maximumDrawing = 400 * 1000;
+constexpr std::size_t maximumLines = 8;
 } // namespace
 
 IconSource::IconSource(const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table)
@@ -30,11 +31,15 @@ IconSource::IconSource(
     , m_drawing(WorkBudget::ofAmount(maximumDrawing))
     , m_filesLeft(maximumFiles)
     , m_bytesLeft(maximumBytes)
+    , m_linesLeft(maximumLines)
 {
 }
 
-void IconSource::log(const std::string &line) const
+void IconSource::log(const std::string &line)
 {
+    if (m_linesLeft == 0)
+        return;
+    --m_linesLeft;
     auto text = Bytes::repairedUtf8(
         ByteView(reinterpret_cast<const std::uint8_t *>(line.data()), std::min(line.size(), longestLine)));
     std::replace_if(

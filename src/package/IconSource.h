@@ -23,8 +23,9 @@ public:
     IconSource(const APKIconExtractor::IconTools &tools, OpenArchive &package, ByteView table, WorkBudget reading);
 
     Drawing &drawing() { return m_tools.drawing; }
-    /// Writes a line to the log, made fit for it: one line, printable, of bounded length.
-    void log(const std::string &line) const;
+    /// Writes a line to the log, made fit for it: one line, printable, of bounded length. An icon has a few of them;
+    /// what it could tell of thousands of layers isn't written.
+    void log(const std::string &line);
 
     /// The values of a resource, in the table's order.
     const std::vector<ResourceTable::Entry> &entries(std::uint32_t id);
@@ -70,6 +71,7 @@ private:
     WorkBudget m_drawing;
     std::size_t m_filesLeft;
     std::size_t m_bytesLeft;
+    std::size_t m_linesLeft;
     int m_depth = 0;
     bool m_isOutOfFiles = false;
     std::map<std::uint32_t, std::vector<ResourceTable::Entry>> m_entries;

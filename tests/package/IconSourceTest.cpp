@@ -41,6 +41,20 @@ TEST_F(IconSourceTest, theFilesOfOneIconTogetherHoldNoMoreThanIsGranted)
     EXPECT_TRUE(source.read("a")) << "it is kept";
 }
 
+TEST_F(IconSourceTest, anIconHasAFewLinesInTheLog)
+{
+    std::vector<std::string> lines;
+    const APKIconExtractor::IconTools noting{
+        archives, drawing, [&lines](const std::string &line) { lines.push_back(line); }};
+    put("a", 1);
+    const auto package = archives.open("app.apk");
+    IconSource source(noting, *package, {});
+    for (int i = 0; i < 1000; ++i)
+        source.log("line " + std::to_string(i));
+    EXPECT_EQ(lines.size(), 8U);
+    EXPECT_EQ(lines.front(), "line 0");
+}
+
 TEST_F(IconSourceTest, aFileIsReadOnceEvenIfItIsEmpty)
 {
     put("a", 3);

@@ -17,6 +17,10 @@ constexpr std::size_t readAhead = 32 * 1024;
 constexpr std::size_t rowCount = 65536;
 /// Half a million names that nobody chose for it leave no row with more than forty.
 constexpr std::uint16_t longestRow = 200;
+/// The library looks at the directory for each end of an archive that it finds, and they may be many.
+constexpr int mostEnds = 16;
+/// Of parts of the directory. Each entry takes two, and a few microseconds.
+constexpr std::size_t mostReads = 150'000;
 
 /// As libzip tells the names apart.
 std::uint32_t libraryHash(std::string_view text)
@@ -36,7 +40,20 @@ bool ZipSource::openFile(const std::string &path)
     if (m_descriptor < 0 || ::fstat(m_descriptor, &facts) != 0 || !S_ISREG(facts.st_mode))
         return false;
     m_size = static_cast<std::uint64_t>(facts.st_size);
-    return true;
+    return !hasManyEnds();
+}
+
+bool ZipSource::hasManyEnds() const
+{
+    // The end stands before a comment that may have as many bytes as this.
+    constexpr std::uint64_t longestTail = 65535 + 22;
+    std::string tail(static_cast<std::size_t>(std::min(m_size, longestTail)), '\0');
+    const auto count = ::pread(m_descriptor, tail.data(), tail.size(), static_cast<off_t>(m_size - tail.size()));
+    tail.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    int ends = 0;
+    for (auto place = tail.find("PK\5\6"); place != std::string::npos; place = tail.find("PK\5\6", place + 1))
+        ++ends;
+    return ends > mostEnds;
 }
 
 ZipSource::~ZipSource()
@@ -104,7 +121,7 @@ zip_int64_t ZipSource::fail(int reason)
 zip_int64_t ZipSource::read(std::uint8_t *data, std::uint64_t length)
 {
     const auto wanted = static_cast<std::size_t>(std::min(length, m_size - std::min(m_position, m_size)));
-    if (wanted > m_allowance)
+    if (wanted > m_allowance || (m_readsDirectory && ++m_reads > mostReads))
         return fail(ZIP_ER_READ);
     m_allowance -= wanted;
     std::size_t done = 0;

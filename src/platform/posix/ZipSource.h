@@ -16,11 +16,12 @@ namespace quillnest
 ///
 /// The library reads the whole directory when it opens an archive, also as often as there are ends of an archive to
 /// choose from, and keeps the names in a table whose rows a hostile archive can make as long as it is. So reading costs
-/// of an allowance, and a directory whose names crowd in a few rows can't be read.
+/// of an allowance, a directory has a limited number of parts and an archive of ends, and one whose names crowd in a
+/// few rows can't be read.
 class ZipSource
 {
 public:
-    /// Opens a plain file; false if it is none.
+    /// Opens a plain file; false if it is none, or ends as no honest archive does.
     bool openFile(const std::string &path);
     ~ZipSource();
     ZipSource() = default;
@@ -43,6 +44,7 @@ private:
     std::size_t readSome(std::uint8_t *data, std::size_t length);
     bool fill();
     bool isCrowded(std::string_view text);
+    bool hasManyEnds() const;
 
     int m_descriptor = -1;
     std::uint64_t m_size = 0;
@@ -55,6 +57,7 @@ private:
     std::uint64_t m_bufferStart = 0;
 
     bool m_readsDirectory = true;
+    std::size_t m_reads = 0;
     std::unordered_set<std::size_t> m_seen;
     std::vector<std::uint16_t> m_rows;
 };
