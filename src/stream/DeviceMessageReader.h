@@ -3,6 +3,7 @@
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
 #include "platform/StreamSocket.h"
+#include "stream/NewestForMain.h"
 
 #include <chrono>
 #include <memory>
@@ -21,18 +22,19 @@ public:
     static constexpr std::chrono::milliseconds clipboardPause{200};
 
     DeviceMessageReader(const Platform &platform, std::shared_ptr<QuillnestLog> log);
-    ~DeviceMessageReader();
-    DeviceMessageReader(const DeviceMessageReader &) = delete;
-    DeviceMessageReader &operator=(const DeviceMessageReader &) = delete;
 
     /// Reads until the socket ends or brings what nobody understands. Blocks; called once, on a thread of its own. What
     /// was read and hasn't reached the clipboard when the reader goes doesn't reach it any more.
     void read(StreamSocket &socket);
 
 private:
-    class ClipboardSlot;
+    struct Text {
+        QString content;
+        /// In characters as a user counts them.
+        int length = 0;
+    };
 
-    const std::shared_ptr<ClipboardSlot> m_slot;
+    std::shared_ptr<NewestForMain<Text>> m_texts;
 };
 
 } // namespace quillnest

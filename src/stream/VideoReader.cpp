@@ -39,6 +39,14 @@ VideoReader::VideoReader(
 
 std::optional<QString> VideoReader::read(StreamSocket &socket, std::chrono::nanoseconds startedAt)
 {
+    auto tell = [log = m_log, callback = onVideoSize](QSizeF size) {
+        log->write(QStringLiteral("Quillnest: video session %1x%2")
+                       .arg(size.width(), 0, 'f', 0)
+                       .arg(size.height(), 0, 'f', 0));
+        if (callback)
+            callback(size);
+    };
+    m_sizes = std::make_shared<NewestForMain<QSizeF>>(m_platform, sizePause, std::move(tell));
     const auto deviceName = socket.readExactly(64);
     const auto codec = deviceName ? socket.readExactly(4) : std::nullopt;
     if (!codec)
@@ -98,10 +106,7 @@ void VideoReader::announce(QSizeF size)
             return;
         m_videoSize = size;
     }
-    m_log->write(
-        QStringLiteral("Quillnest: video session %1x%2").arg(size.width(), 0, 'f', 0).arg(size.height(), 0, 'f', 0));
-    if (onVideoSize)
-        m_platform.executor->onMain([callback = onVideoSize, size] { callback(size); });
+    m_sizes->put(size);
 }
 
 void VideoReader::takeSnapshot(const VideoSample &sample)

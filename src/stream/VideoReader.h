@@ -3,6 +3,7 @@
 #include "base/QuillnestLog.h"
 #include "platform/Platform.h"
 #include "platform/StreamSocket.h"
+#include "stream/NewestForMain.h"
 #include "stream/SampleFeed.h"
 
 #include <QImage>
@@ -31,6 +32,9 @@ public:
 class VideoReader
 {
 public:
+    /// Sizes that are announced faster than this replace each other before they are told.
+    static constexpr std::chrono::milliseconds sizePause{200};
+
     /// `feed` outlives the reader.
     VideoReader(
         const Platform &platform, std::shared_ptr<SampleRenderer> renderer, std::shared_ptr<QuillnestLog> log,
@@ -77,6 +81,7 @@ private:
     std::optional<double> m_firstFrameSeconds;
 
     // The video thread's own.
+    std::shared_ptr<NewestForMain<QSizeF>> m_sizes;
     std::chrono::nanoseconds m_fpsWindowStart{};
     int m_fpsFrames = 0;
 };

@@ -84,6 +84,7 @@ TEST(ControlQueueTest, aMoveReplacesTheMoveBeforeItOnceManyWait)
     for (int i = 0; i < 100000; ++i)
         queue.push(touch(MotionAction::move, i));
     EXPECT_EQ(queue.size(), ControlQueue::crowded);
+    EXPECT_EQ(queue.dropped(), 100000U - ControlQueue::crowded) << "what was replaced counts";
     EXPECT_EQ(drain(queue).last(), touch(MotionAction::move, 99999));
 }
 

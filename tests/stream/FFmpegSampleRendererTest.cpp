@@ -77,6 +77,46 @@ TEST_F(FFmpegSampleRendererTest, whatHasBeenDecodedNoLongerCountsAsQueued)
     EXPECT_EQ(renderer.counters().dropped, 0U);
 }
 
+TEST_F(FFmpegSampleRendererTest, aPictureLargerThanAnyScreenIsNotDecoded)
+{
+    // The parameter set names the size; the slice is that of a small picture, which begins as a large one does.
+    const auto isDecoded = [this](std::uint32_t columns, std::uint32_t rows) {
+        std::string bits = "01000010"
+                           "11000000"
+                           "00110100"
+                           "1"
+                           "1"
+                           "011"
+                           "010"
+                           "0";
+        const auto number = [&bits](std::uint32_t value) {
+            const auto width = std::bit_width(value + 1);
+            bits += std::string(static_cast<std::size_t>(width - 1), '0');
+            for (int bit = width - 1; bit >= 0; --bit)
+                bits += ((value + 1) >> bit) & 1 ? '1' : '0';
+        };
+        number(columns / 16 - 1);
+        number(rows / 16 - 1);
+        bits += "1"
+                "1"
+                "0"
+                "0"
+                "1";
+        while (bits.size() % 8 != 0)
+            bits += '0';
+        auto format = *keyFrame.format;
+        format.sps = {0x67};
+        for (std::size_t i = 0; i < bits.size(); i += 8)
+            format.sps.push_back(static_cast<std::uint8_t>(std::stoi(bits.substr(i, 8), nullptr, 2)));
+        auto sample = keyFrame;
+        sample.format = std::make_shared<VideoFormat>(format);
+        return !FFmpegStillDecoder().decode(sample).isNull();
+    };
+    EXPECT_TRUE(isDecoded(160, 96));
+    EXPECT_TRUE(isDecoded(4096, 4096));
+    EXPECT_FALSE(isDecoded(8192, 8208));
+}
+
 TEST_F(FFmpegSampleRendererTest, aDecoderTooManySamplesBehindStartsAnewAtTheNextKeyFrame)
 {
     ASSERT_NO_FATAL_FAILURE(holdDecoder());

@@ -8,7 +8,16 @@ using namespace quillnest;
 
 namespace
 {
-using VideoReaderTest = StreamTest;
+class VideoReaderTest : public StreamTest
+{
+protected:
+    /// Whether so many sizes have been told, after the pause that follows the one before.
+    bool tellsSizes(std::size_t count)
+    {
+        fakes.clock->advance(VideoReader::sizePause);
+        return sizes.size() == count;
+    }
+};
 
 QByteArray nal(const char *hex)
 {
@@ -37,13 +46,13 @@ TEST_F(VideoReaderTest, announcedSizeIsStoredLoggedAndReported)
 TEST_F(VideoReaderTest, laterAnnouncementReplacesTheSize)
 {
     ASSERT_NO_FATAL_FAILURE(openVideo());
+    videoSocket.send(sessionPacket(776, 1696));
+    ASSERT_TRUE(comesTrue([this] { return sizes.size() == 1; }));
     // Only the top bit counts, and such a packet has no payload however its other bits lie.
-    videoSocket.send(
-        sessionPacket(776, 1696)
-        + QByteArray::fromHex("ffffffff"
-                              "000006a0"
-                              "00000308"));
-    ASSERT_TRUE(comesTrue([this] { return sizes.size() == 2; }));
+    videoSocket.send(QByteArray::fromHex("ffffffff"
+                                         "000006a0"
+                                         "00000308"));
+    ASSERT_TRUE(comesTrue([this] { return tellsSizes(2); }));
     EXPECT_EQ(client->videoSize(), QSizeF(1696, 776));
     EXPECT_TRUE(videoGoesOn());
 }
@@ -54,10 +63,35 @@ TEST_F(VideoReaderTest, aFloodOfTheSameSizeIsOneLineAndOneEvent)
     QByteArray flood;
     for (int i = 0; i < 20'000; ++i)
         flood += sessionPacket(776, 1696);
-    videoSocket.send(flood + sessionPacket(8, 8));
-    ASSERT_TRUE(comesTrue([this] { return sizes.size() >= 2; }));
+    videoSocket.send(flood);
+    ASSERT_TRUE(videoGoesOn());
+    ASSERT_TRUE(comesTrue([this] { return tellsSizes(1); }));
+    videoSocket.send(sessionPacket(8, 8));
+    ASSERT_TRUE(comesTrue([this] { return tellsSizes(2); }));
     EXPECT_EQ(sizes, (std::vector{QSizeF(776, 1696), QSizeF(8, 8)}));
     EXPECT_EQ(logLines().filter(QStringLiteral("video session")).size(), 2);
+}
+
+TEST_F(VideoReaderTest, aFloodOfChangingSizesIsToldAFewTimesInASecondAndTheLastIsNotLost)
+{
+    ASSERT_NO_FATAL_FAILURE(openVideo());
+    for (int i = 0; i < 100; ++i) {
+        QByteArray flood;
+        for (int each = 0; each < 100; ++each)
+            flood += sessionPacket(776, 1696) + sessionPacket(1696, 776);
+        videoSocket.send(flood + sessionPacket(8, 8));
+        ASSERT_TRUE(videoGoesOn());
+        QCoreApplication::processEvents();
+        fakes.clock->advance(std::chrono::milliseconds(10));
+    }
+    EXPECT_LE(sizes.size(), 1U + 1000 / 200);
+    EXPECT_LE(logLines().filter(QStringLiteral("video session")).size(), 1 + 1000 / 200);
+    videoSocket.send(sessionPacket(16, 16));
+    ASSERT_TRUE(comesTrue([this] {
+        fakes.clock->advance(VideoReader::sizePause);
+        return sizes.back() == QSizeF(16, 16);
+    }));
+    EXPECT_EQ(client->videoSize(), QSizeF(16, 16));
 }
 
 TEST_F(VideoReaderTest, mediaBeforeParameterSetsIsDropped)
