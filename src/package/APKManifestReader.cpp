@@ -13,6 +13,7 @@ namespace quillnest
 namespace
 {
 constexpr std::uint32_t utf8Flag = 0x100;
+constexpr std::uint32_t noNamespace = 0xFFFFFFFF;
 
 /// What a string costs besides its text.
 constexpr std::size_t stringCost = 32;
@@ -96,7 +97,8 @@ std::optional<std::string> packageAttribute(ByteView bytes, std::int64_t element
     for (std::int64_t i = 0; i < count; ++i) {
         const auto record = base + i * size;
         const auto *name = strings.at(Bytes::u32(bytes, record + 4));
-        if (!name || *name != "package")
+        // One of that name in a namespace is another attribute, and Android doesn't look at it.
+        if (!name || *name != "package" || Bytes::u32(bytes, record) != noNamespace)
             continue;
         if (const auto *value = strings.at(Bytes::u32(bytes, record + 8)))
             return *value;

@@ -74,10 +74,21 @@ QString AppInstaller::installedPackage(const QString &apkPath) const
     m_commands->runOnDevice(
         {QStringLiteral("install"), QStringLiteral("--no-streaming"), QStringLiteral("-r"), apkPath});
     const auto after = m_commands->thirdPartyPackages();
-    if (named)
-        return *named;
-    if (const auto added = anyValidName(after - before))
+    const auto added = anyValidName(after - before);
+    // Two readers may find two names in one file. What the device has now and hadn't before is the one that counts.
+    if (added && (!named || (after - before).size() == 1)) {
+        if (named && *named != *added)
+            m_commands->log().write(QStringLiteral("package name differs manifest=%1 device=%2").arg(*named, *added));
         return *added;
+    }
+    if (named) {
+        // An update of an app of the system isn't among the listed ones.
+        if (after.contains(*named) || isStillInstalled(*named))
+            return *named;
+        throw AndroidRuntimeError::commandFailed(
+            QStringLiteral("Android has no app %1 after the installation; the file may be damaged, get it anew")
+                .arg(*named));
+    }
     const auto only = after.size() == 1 ? anyValidName(after) : std::nullopt;
     if (!only)
         throw AndroidRuntimeError::packageNameMissing();

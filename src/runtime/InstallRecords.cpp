@@ -3,10 +3,11 @@
 #include "runtime/RuntimeSettings.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 
-#include <array>
-#include <charconv>
+#include <chrono>
+#include <filesystem>
 
 namespace quillnest
 {
@@ -17,14 +18,26 @@ const auto fingerprintField = QStringLiteral("fingerprint");
 const auto packageField = QStringLiteral("package");
 
 /// The first day of the year 1 as desktop calendars count it, in seconds since 1970.
-constexpr double distantPast = -62135769600.0;
+const auto distantPast = QStringLiteral("-62135769600");
 
-/// The shortest decimal form that reads back to the same value, never with an exponent.
-QString shortest(double value)
+/// The nanoseconds of a file's time that don't make a millisecond; 0 where the file system has none.
+qint64 beyondMilliseconds(const QString &path)
 {
-    std::array<char, 512> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
-    return QString::fromLatin1(text.data(), end - text.data());
+    using namespace std::chrono;
+    std::error_code problem;
+    const auto time = std::filesystem::last_write_time(QFile::encodeName(path).toStdString(), problem);
+    return problem ? 0 : duration_cast<nanoseconds>(time - floor<milliseconds>(time)).count();
+}
+
+/// As seconds, without zeros at the end.
+QString text(qint64 milliseconds, qint64 nanoseconds)
+{
+    const auto seconds = milliseconds < 0 ? -((999 - milliseconds) / 1000) : milliseconds / 1000;
+    auto digits
+        = QStringLiteral("%1").arg((milliseconds - 1000 * seconds) * 1'000'000 + nanoseconds, 9, 10, QLatin1Char('0'));
+    while (digits.endsWith(QLatin1Char('0')))
+        digits.chop(1);
+    return QString::number(seconds) + (digits.isEmpty() ? QString() : QLatin1Char('.') + digits);
 }
 
 std::optional<QString> textField(const QVariantMap &record, const QString &field)
@@ -44,8 +57,9 @@ QString InstallRecords::fingerprint(const QString &apkPath)
     const QFileInfo file(apkPath);
     const qint64 size = file.exists() ? file.size() : -1;
     const auto modified = file.lastModified();
-    const double time = modified.isValid() ? static_cast<double>(modified.toMSecsSinceEpoch()) / 1000.0 : distantPast;
-    return QStringLiteral("%1-%2").arg(QString::number(size), shortest(time));
+    const auto time
+        = modified.isValid() ? text(modified.toMSecsSinceEpoch(), beyondMilliseconds(apkPath)) : distantPast;
+    return QStringLiteral("%1-%2").arg(QString::number(size), time);
 }
 
 std::optional<QString> InstallRecords::package(const SettingsStore &settings, const QString &apkPath)

@@ -15,7 +15,8 @@ namespace InstallRecords
 {
 QString key(const QString &apkPath);
 
-/// "{size}-{modification time}" of the file as it is now: bytes, or -1 if they can't be told, and seconds since 1970.
+/// "{size}-{modification time}" of the file as it is now: bytes, or -1 if they can't be told, and seconds since 1970
+/// as finely as the file system keeps them.
 QString fingerprint(const QString &apkPath);
 
 /// The package on record, whatever has become of the file since.

@@ -85,6 +85,24 @@ TEST(APKManifestReader, theFirstPackageAttributeWithTextWins)
     EXPECT_EQ(parse(xmlFile({pool(strings), startElement(0, {{1, 2}, {1, 3}})})), "org.example.app");
 }
 
+TEST(APKManifestReader, anAttributeOfThatNameInANamespaceIsAnotherOne)
+{
+    const Attribute foreign{.name = 1, .raw = 3, .nameSpace = 5};
+    EXPECT_EQ(parse(xmlFile({pool(strings), startElement(0, {foreign, {1, 2}})})), "org.example.app");
+    EXPECT_EQ(parse(xmlFile({pool(strings), startElement(0, {foreign})})), std::nullopt);
+}
+
+TEST(APKManifestReader, theElementSaysWhereItsAttributesBegin)
+{
+    auto element = startElement(0, {{1, 2}});
+    // Eight bytes of something new lie before them.
+    constexpr std::size_t head = 36;
+    element.insert(element.begin() + head, 8, 0);
+    patch32(element, 4, static_cast<std::uint32_t>(element.size()));
+    patch16(element, 24, 28);
+    EXPECT_EQ(parse(xmlFile({pool(strings), element})), "org.example.app");
+}
+
 TEST(APKManifestReader, anEmptyNameIsReturnedAsSuch)
 {
     EXPECT_EQ(parse(xmlFile({pool(strings), startElement(0, {{1, 4}})})), "");

@@ -6,6 +6,9 @@
 #include "runtime/InstallRecords.h"
 #include "runtime/PackageName.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 using namespace quillnest;
 
 namespace
@@ -131,6 +134,47 @@ TEST_F(AppInstallerTest, withoutANameTheNewPackageIsTaken)
 {
     setManifestPackage(std::nullopt);
     EXPECT_EQ(install(), QStringLiteral("org.example.app"));
+}
+
+TEST_F(AppInstallerTest, whatTheDeviceSaysIsNewCountsMoreThanTheManifest)
+{
+    // Another app that is there, which an uninstall would take.
+    setManifestPackage("org.other.one");
+    EXPECT_EQ(install(), QStringLiteral("org.example.app"));
+    EXPECT_EQ(cli.knownPackage(apk), QStringLiteral("org.example.app"));
+    EXPECT_TRUE(
+        logLines().contains(QStringLiteral("package name differs manifest=org.other.one device=org.example.app")));
+}
+
+TEST_F(AppInstallerTest, amongSeveralNewPackagesTheManifestsIsTaken)
+{
+    installs = {"org.a.a", "org.example.app", "org.z.z"};
+    EXPECT_EQ(install(), QStringLiteral("org.example.app"));
+}
+
+TEST_F(AppInstallerTest, anUpdateIsTheManifestsPackage)
+{
+    packages.append("org.example.app");
+    installs = {};
+    EXPECT_EQ(install(), QStringLiteral("org.example.app"));
+}
+
+TEST_F(AppInstallerTest, anUpdateOfAnAppOfTheSystemIsThatApp)
+{
+    // Such an app isn't among the listed ones.
+    installs = {};
+    fakes.processes->on(QStringLiteral("pm path org.example.app"), QByteArray("package:/system/app/app.apk\n"));
+    EXPECT_EQ(install(), QStringLiteral("org.example.app"));
+}
+
+TEST_F(AppInstallerTest, aPackageThatTheDeviceDoesNotHaveIsNeverRecorded)
+{
+    installs = {};
+    EXPECT_EQ(
+        failure(),
+        QStringLiteral(
+            "Android has no app org.example.app after the installation; the file may be damaged, get it anew"));
+    EXPECT_EQ(cli.knownPackage(apk), std::nullopt);
 }
 
 TEST_F(AppInstallerTest, anUpdateWithoutANameAmongSeveralPackagesCannotBeTold)
@@ -269,6 +313,20 @@ TEST(InstallRecords, theFingerprintHoldsSizeAndTimeInItsShortestForm)
     };
     EXPECT_EQ(fingerprintAt(1763224428125), QStringLiteral("7-1763224428.125"));
     EXPECT_EQ(fingerprintAt(1760000000000), QStringLiteral("7-1760000000"));
+}
+
+TEST(InstallRecords, theTimeIsAsFineAsTheFileSystemKeepsIt)
+{
+    const auto fakes = fakePlatform();
+    const auto path = fakes.writeFile(QStringLiteral("a.apk"), "1234567");
+    const auto fingerprintAt = [&path](long nanoseconds) {
+        const timespec times[]{{0, UTIME_OMIT}, {1760000000, nanoseconds}};
+        EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+        return InstallRecords::fingerprint(path);
+    };
+    EXPECT_EQ(fingerprintAt(123456789), QStringLiteral("7-1760000000.123456789"));
+    EXPECT_EQ(fingerprintAt(123456000), QStringLiteral("7-1760000000.123456"));
+    EXPECT_EQ(fingerprintAt(1), QStringLiteral("7-1760000000.000000001"));
 }
 
 TEST(PackageName, followsAndroidsGrammar)
