@@ -19,7 +19,12 @@ QSizeF QuillnestLayout::size(const SettingsStore &settings)
         = [&settings](const Setting<double> &side) { return QuillnestSettings::number(settings, side.key(), 0); };
     const QSizeF size(saved(BaseSettings::panelWidth), saved(BaseSettings::panelHeight));
     const bool valid = size.width() >= minimumSize.width() && size.height() >= minimumSize.height();
-    return valid ? size : QSizeF(defaultSize);
+    return valid ? size.boundedTo(largestSize) : QSizeF(defaultSize);
+}
+
+QSize QuillnestLayout::launcherSize(const SettingsStore &settings)
+{
+    return size(settings).toSize().expandedTo(defaultSize);
 }
 
 void QuillnestLayout::setSize(SettingsStore &settings, QSizeF size)

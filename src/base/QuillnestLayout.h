@@ -28,6 +28,8 @@ constexpr QSize defaultSize{
     static_cast<int>(BaseSettings::panelWidth.defaultValue()),
     static_cast<int>(BaseSettings::panelHeight.defaultValue())};
 constexpr QSize minimumSize{280, 420};
+/// More than any screen has. Hand-written settings may hold anything.
+constexpr QSize largestSize{16384, 16384};
 /// Height of a window's header in points.
 constexpr int headerHeight = 36;
 
@@ -46,6 +48,8 @@ constexpr std::array<WindowSizePreset, 9> presets{{
 
 /// The saved frame size in points, header included. Both values must reach the minimum for either to count.
 QSizeF size(const SettingsStore &settings);
+/// That of the launcher: the same, but never so small that hardly an app fits into it.
+QSize launcherSize(const SettingsStore &settings);
 /// Stores each value rounded to a whole number.
 void setSize(SettingsStore &settings, QSizeF size);
 } // namespace QuillnestLayout

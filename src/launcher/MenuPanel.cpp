@@ -186,7 +186,7 @@ QImage MenuPanel::snapshot(PanelServices services)
 {
     services.platform.appearance = std::make_shared<FixedAppearance>(true);
     MenuPanel panel(services, Mode::snapshot);
-    panel.resize(QuillnestLayout::size(*services.platform.settings).toSize());
+    panel.resize(QuillnestLayout::launcherSize(*services.platform.settings));
     constexpr int scale = 2;
     QImage image(panel.size() * scale, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(scale);
@@ -197,7 +197,7 @@ QImage MenuPanel::snapshot(PanelServices services)
 
 QSize MenuPanel::sizeHint() const
 {
-    return QuillnestLayout::size(*m_services.platform.settings).toSize();
+    return QuillnestLayout::launcherSize(*m_services.platform.settings);
 }
 
 bool MenuPanel::showSetup() const

@@ -38,6 +38,9 @@ public:
     /// that moves or resizes the window, has grabbed it for a moment. `window` is the native id.
     virtual bool keepsKeyboard(quintptr window) const = 0;
 
+    /// Whether a button of the mouse is held down, over whichever program's window.
+    virtual bool isMouseButtonDown() const = 0;
+
     std::optional<ScreenInfo> main() const
     {
         const auto screens = all();

@@ -170,6 +170,16 @@ std::vector<AndroidWindowSession *> AndroidWindowRegistry::openSessions() const
     return result;
 }
 
+std::vector<QPoint> AndroidWindowRegistry::windowCorners() const
+{
+    std::vector<QPoint> result;
+    for (const auto *session : openSessions()) {
+        if (session->isVisible())
+            result.push_back(session->panel().frame().topLeft());
+    }
+    return result;
+}
+
 AppSession *AndroidWindowRegistry::session(QUuid appID) const
 {
     const auto found = m_windows.find(appID);

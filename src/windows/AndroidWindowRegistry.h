@@ -104,6 +104,7 @@ private:
     void setRead(QUuid appID) override { setUnread(appID, false); }
     void setSilent(QUuid appID) override { setNowPlaying(std::nullopt, appID); }
     void forceStop(QUuid appID, const QString &package) override;
+    std::vector<QPoint> windowCorners() const override;
     void showLauncher(QPoint origin) override { showMenuBarPopup(origin); }
     void sessionShown(AndroidWindowSession &session) override;
     void sessionHidden(AndroidWindowSession &session) override;

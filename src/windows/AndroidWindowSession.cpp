@@ -13,6 +13,7 @@
 #include <QPointer>
 #include <QVBoxLayout>
 
+#include <cstdlib>
 #include <utility>
 
 namespace quillnest
@@ -54,13 +55,14 @@ AndroidWindowSession::AndroidWindowSession(
     const auto &platform = m_services.platform;
     const auto record = WindowPlacement::load(*platform.settings, m_app.package);
     m_pinned = record.isPinned;
-    const auto size = QuillnestLayout::size(*platform.settings).toSize();
-    const auto origin = WindowPlacement::initialOrigin(*platform.screens, record, size, anchor);
+    const auto frame = WindowPlacement::initialFrame(
+        *platform.screens, record, QuillnestLayout::size(*platform.settings).toSize(), anchor,
+        surroundings.windowCorners());
 
     m_panel = std::make_unique<AndroidAppPanel>(platform, AndroidAppPanel::Resizing::atEdges);
     m_content = new WindowContent(platform, m_app.title, m_panel.get());
-    m_panel->setFrame(QRect(origin, size));
-    m_client = makeClient(device, size);
+    m_panel->setFrame(frame);
+    m_client = makeClient(device, frame.size());
     configurePanel();
     wire();
 }
@@ -328,12 +330,13 @@ void AndroidWindowSession::showSizeMenu(QWidget *from)
 
 void AndroidWindowSession::setPanelSize(QSizeF size)
 {
-    const auto &screens = *m_services.platform.screens;
     const auto frame = m_panel->frame();
-    auto screen = screens.containing(frame.center());
-    if (!screen)
-        screen = screens.main();
-    m_panel->setFrame(WindowPlacement::fittedFrame(frame, size.toSize(), screen ? screen->visibleFrame : frame));
+    m_panel->setFrame(WindowPlacement::fittedFrame(frame, size.toSize(), visibleFrame().value_or(frame)));
+}
+
+std::optional<QRect> AndroidWindowSession::visibleFrame() const
+{
+    return WindowPlacement::visibleFrame(*m_services.platform.screens, m_panel->frame().center());
 }
 
 void AndroidWindowSession::windowDidResignKey()
@@ -359,7 +362,15 @@ void AndroidWindowSession::windowDidBecomeKey()
 void AndroidWindowSession::windowDidResize()
 {
     saveFrame();
-    QuillnestLayout::setSize(*m_services.platform.settings, m_panel->frame().size());
+    // A window that is cut to its screen isn't what its user chose; on a larger screen the choice comes back. A point
+    // more or less comes from a screen whose pixels aren't whole parts of a point.
+    auto &settings = *m_services.platform.settings;
+    const auto visible = visibleFrame();
+    const auto chosen = QuillnestLayout::size(settings).toSize();
+    const auto size = m_panel->frame().size();
+    const auto change = size - (visible ? chosen.boundedTo(visible->size()) : chosen);
+    if (std::abs(change.width()) > 1 || std::abs(change.height()) > 1)
+        QuillnestLayout::setSize(settings, size);
     // A drag sends one message, after it has stopped for a moment.
     m_resizeWork = m_services.platform.clock->after(resizeSettles, [this] { sendDisplaySize(); });
 }

@@ -93,6 +93,7 @@ private:
     void saveFrame();
     void showSizeMenu(QWidget *from);
     void noteSeenIfLocked();
+    std::optional<QRect> visibleFrame() const;
     void windowDidResignKey();
     void windowDidBecomeKey();
     void windowDidResize();

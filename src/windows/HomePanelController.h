@@ -10,7 +10,8 @@
 namespace quillnest
 {
 
-/// The launcher shown as a window, in the place where an app window stood. It goes when it loses the keyboard.
+/// The launcher shown as a window above all others, in the place where an app window stood. It goes when it loses the
+/// keyboard, but not to a dialog of the program's own and not while something is being dragged to it.
 class HomePanelController
 {
 public:
@@ -29,9 +30,14 @@ public:
 
 private:
     void makePanel();
+    void leave();
 
     const WindowServices &m_services;
     std::unique_ptr<AndroidAppPanel> m_panel;
+    /// The keyboard is with something that will give it back.
+    std::unique_ptr<Timer> m_leaving;
+    bool m_comesBack = false;
+    bool m_isDraggedTo = false;
 };
 
 } // namespace quillnest

@@ -7,6 +7,7 @@
 #include <QUuid>
 
 #include <optional>
+#include <vector>
 
 namespace quillnest
 {
@@ -29,6 +30,8 @@ public:
     virtual void showLauncher(QPoint origin) = 0;
     /// Gives all windows a size.
     virtual void applySize(const WindowSizePreset &preset) = 0;
+    /// The top left corners of the windows that are on the screen.
+    virtual std::vector<QPoint> windowCorners() const = 0;
 
     virtual void sessionShown(AndroidWindowSession &session) = 0;
     virtual void sessionHidden(AndroidWindowSession &session) = 0;

@@ -18,6 +18,24 @@ bool isNumber(const QVariant &value)
         || value.typeId() == QMetaType::Double;
 }
 
+/// The frame, stepped aside until none of the others has just its corner; both windows' headers can be seen then.
+QRect besideOthers(QRect frame, QRect visible, const std::vector<QPoint> &taken)
+{
+    constexpr int step = 24;
+    constexpr int mostSteps = 20;
+    const auto isTaken = [&taken](QPoint corner) {
+        return std::any_of(taken.begin(), taken.end(), [corner](QPoint other) {
+            return (other - corner).manhattanLength() < step / 2;
+        });
+    };
+    // Towards where there is more room.
+    const auto room = visible.center() - frame.center();
+    const QPoint aside(room.x() < 0 ? -step : step, room.y() < 0 ? -step : step);
+    for (int i = 0; i < mostSteps && isTaken(frame.topLeft()); ++i)
+        frame = WindowPlacement::fittedFrame(frame.translated(aside), frame.size(), visible);
+    return frame;
+}
+
 } // namespace
 
 WindowPlacement::Record WindowPlacement::load(const SettingsStore &settings, const QString &package)
@@ -45,23 +63,36 @@ void WindowPlacement::save(SettingsStore &settings, const QString &package, QRec
             {QStringLiteral("pinned"), isPinned}});
 }
 
-QPoint
-WindowPlacement::initialOrigin(const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor)
+std::optional<QRect> WindowPlacement::visibleFrame(const Screens &screens, QPoint point)
+{
+    auto screen = screens.containing(point);
+    if (!screen)
+        screen = screens.main();
+    return screen ? std::optional(screen->visibleFrame) : std::nullopt;
+}
+
+QRect WindowPlacement::initialFrame(
+    const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor,
+    const std::vector<QPoint> &taken)
 {
     if (record.isPinned && record.origin) {
         // A spot inside the upper left corner tells whether the screen is still there.
         for (const auto &screen : screens.all()) {
             if (screen.visibleFrame.contains(*record.origin + QPoint(20, 20)))
-                return *record.origin;
+                return {*record.origin, size.boundedTo(screen.visibleFrame.size())};
         }
     }
-    if (anchor)
-        return anchor->topLeft();
-    const auto screen = screens.main();
-    if (!screen)
-        return {0, 0};
-    const auto visible = screen->visibleFrame;
-    return {visible.x() + visible.width() - size.width() - 12, visible.y() + 6};
+    const auto main = screens.main();
+    const auto visible = visibleFrame(
+        screens,
+        anchor     ? anchor->topLeft() + QPoint(20, 20)
+            : main ? main->frame.center()
+                   : QPoint());
+    if (!visible)
+        return {anchor ? anchor->topLeft() : QPoint(), size};
+    const auto corner = QPoint(visible->x() + visible->width() - size.width() - 12, visible->y() + 6);
+    const auto frame = fittedFrame(QRect(anchor ? anchor->topLeft() : corner, size), size, *visible);
+    return besideOthers(frame, *visible, taken);
 }
 
 QRect WindowPlacement::fittedFrame(QRect frame, QSize wanted, QRect visible)
@@ -73,7 +104,7 @@ QRect WindowPlacement::fittedFrame(QRect frame, QSize wanted, QRect visible)
         y = visible.y() + visible.height() - size.height();
     if (x + size.width() > visible.x() + visible.width())
         x = visible.x() + visible.width() - size.width();
-    return {QPoint(std::max(x, visible.x()), y), size};
+    return {QPoint(std::max(x, visible.x()), std::max(y, visible.y())), size};
 }
 
 } // namespace quillnest

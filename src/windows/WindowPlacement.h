@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <optional>
+#include <vector>
 
 namespace quillnest
 {
@@ -23,9 +24,15 @@ struct Record {
 Record load(const SettingsStore &settings, const QString &package);
 void save(SettingsStore &settings, const QString &package, QRect frame, bool isPinned);
 
-/// Where a window of `size` opens: a pinned one where it was, as long as that is on a screen; others at the anchor, or
-/// else in the upper right corner of the main screen.
-QPoint initialOrigin(const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor);
+/// The part of the screen around `point`, or else of the main one, that a window may fill; absent without a screen.
+std::optional<QRect> visibleFrame(const Screens &screens, QPoint point);
+
+/// Where a window opens that would like to have `size`: a pinned one where it was, as long as that is on a screen;
+/// others at the anchor, or else in the upper right corner of the main screen, as far inside as they fit and not just
+/// over another one, of which `taken` are the corners.
+QRect initialFrame(
+    const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor,
+    const std::vector<QPoint> &taken);
 
 /// Where a frame of `wanted` size goes that keeps `frame`'s top left corner inside `visible`.
 QRect fittedFrame(QRect frame, QSize wanted, QRect visible);

@@ -58,7 +58,8 @@ protected:
         const auto left = [] {
             // The server of adb is nobody's child and stays for the next start.
             auto adb = processes(QStringLiteral("platform-tools/adb"));
-            std::erase_if(adb, [](const auto &process) { return process.second.contains(QStringLiteral("fork-server")); });
+            std::erase_if(
+                adb, [](const auto &process) { return process.second.contains(QStringLiteral("fork-server")); });
             return !adb.empty() || !processes(QStringLiteral("sleep 3600")).empty();
         };
         // What has been killed is gone a moment later.

@@ -26,9 +26,7 @@ protected:
             avds + QStringLiteral("/Pixel_7.avd/config.ini"),
             QStringLiteral("image.sysdir.1=system-images/android-35/default/x86_64/\n"));
         const auto sdk = program.dataFolder() + QStringLiteral("/Runtime/sdk");
-        const auto set = [](const QString &name, const QString &value) {
-            return name + QLatin1Char('=') + value;
-        };
+        const auto set = [](const QString &name, const QString &value) { return name + QLatin1Char('=') + value; };
         pixel = desktop.start(
             QStringLiteral("env"),
             {set(QStringLiteral("ANDROID_SDK_ROOT"), sdk), set(QStringLiteral("ANDROID_HOME"), sdk),
@@ -38,9 +36,7 @@ protected:
              QStringLiteral("5556"), QStringLiteral("-no-window")});
         waitFor(QStringLiteral("the other emulator"), 30, [this] {
             return desktop.run(QStringLiteral("adb"), {QStringLiteral("devices")}).contains("emulator-5556\tdevice")
-                && shell(QStringLiteral("getprop sys.boot_completed"))
-                       .trimmed()
-                == "1";
+                && shell(QStringLiteral("getprop sys.boot_completed")).trimmed() == "1";
         });
     }
     QByteArray adb(const QStringList &arguments) const

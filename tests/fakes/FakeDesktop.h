@@ -52,7 +52,10 @@ public:
     }
     bool keepsKeyboard(quintptr) const override { return keepsKeys; }
 
+    bool isMouseButtonDown() const override { return buttonDown; }
+
     bool composited = true;
+    bool buttonDown = false;
     bool keepsKeys = false;
     /// The frames inside the shadows that were declared.
     QList<QRect> shadows;

@@ -3,6 +3,8 @@
 #include "runtime/AndroidBridgeError.h"
 #include "windows/WindowFixture.h"
 
+#include <QCursor>
+#include <QDialog>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -487,7 +489,11 @@ TEST_F(AndroidWindowRegistryTest, theLauncherStandsAtTheTopRightOrWhereItIsWante
     EXPECT_EQ(logLines().filter(QStringLiteral("home page shown")).size(), 2);
     QuillnestLayout::setSize(*fakes.settings, {420, 700});
     registry->showMenuBarPopup(std::nullopt);
-    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 420 - 12, 36, 420, 700));
+    // As wide as the app windows, and never lower than it is by itself.
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 420 - 12, 36, 420, 760));
+    QuillnestLayout::setSize(*fakes.settings, {320, 456});
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1600 - 390 - 12, 36, 390, 760));
     registry->closeMenuBarPopup();
     EXPECT_EQ(registry->menuBarPopupFrame(), std::nullopt);
 }
@@ -516,6 +522,76 @@ TEST_F(AndroidWindowRegistryTest, theLauncherGoesWhenItLosesTheKeyboardOrIsClose
     registry->showMenuBarPopup(QPoint(50, 60));
     panel->close();
     EXPECT_FALSE(panel->isVisible());
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherFitsItsScreenAndStandsAboveAll)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    fakes.screens->screens = {{QRect(0, 0, 1280, 720), QRect(0, 0, 1280, 680), 1.0}};
+    registry->showMenuBarPopup(std::nullopt);
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(1280 - 390 - 12, 0, 390, 680));
+    registry->showMenuBarPopup(QPoint(1200, 600));
+    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(890, 0, 390, 680));
+    EXPECT_TRUE(registry->homePanel().panel()->isFloating());
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherStaysWhileItsOwnDialogHasTheKeyboardAndComesBackAfterIt)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    registry->showMenuBarPopup(QPoint(50, 60));
+    auto *panel = registry->homePanel().panel();
+    ASSERT_TRUE(giveKeyboard(fakes, *panel));
+    {
+        QDialog dialog;
+        dialog.setWindowModality(Qt::ApplicationModal);
+        dialog.show();
+        ASSERT_TRUE(giveKeyboard(fakes, dialog));
+        pass(1s);
+    }
+    pass(100ms);
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_TRUE(waitFor([panel] { return panel->isActiveWindow(); }));
+    // From then on it goes as ever.
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([panel] { return !panel->isVisible(); }));
+}
+
+TEST_F(AndroidWindowRegistryTest, theLauncherStaysWhileSomethingMayBeDraggedToIt)
+{
+    registry->homePanel().makeContent = [] { return new QWidget; };
+    registry->showMenuBarPopup(QPoint(50, 60));
+    auto *panel = registry->homePanel().panel();
+    const auto dragTo = [&](QPoint point) {
+        ASSERT_TRUE(giveKeyboard(fakes, *panel));
+        fakes.screens->buttonDown = true;
+        takeKeyboard();
+        pass(2s);
+        EXPECT_TRUE(panel->isVisible());
+        QCursor::setPos(point);
+        ASSERT_TRUE(waitFor([point] { return QCursor::pos() == point; }));
+        fakes.screens->buttonDown = false;
+        pass(100ms);
+    };
+    dragTo({100, 200});
+    EXPECT_TRUE(waitFor([panel] { return panel->isActiveWindow(); })) << "what was dropped there is seen";
+    dragTo({600, 500});
+    EXPECT_FALSE(panel->isVisible());
+    // A keyboard that goes elsewhere while the mouse happens to be here is no drag.
+    registry->showMenuBarPopup(QPoint(50, 60));
+    ASSERT_TRUE(giveKeyboard(fakes, *panel));
+    QCursor::setPos(100, 200);
+    takeKeyboard();
+    EXPECT_TRUE(waitFor([panel] { return !panel->isVisible(); }));
+}
+
+TEST_F(AndroidWindowRegistryTest, aWindowDoesNotOpenJustOverAnother)
+{
+    registry->pendingAnchor = QRect(50, 60, 390, 760);
+    const auto &first = open();
+    registry->pendingAnchor = QRect(50, 60, 390, 760);
+    const auto &second = open(otherID, QStringLiteral("org.example.other"));
+    EXPECT_EQ(first.panel().frame().topLeft(), QPoint(50, 60));
+    EXPECT_EQ(second.panel().frame().topLeft(), QPoint(74, 84));
 }
 
 TEST_F(AndroidWindowRegistryTest, whatPlaysIsAnnounced)

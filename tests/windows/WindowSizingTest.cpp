@@ -102,6 +102,73 @@ TEST(WindowPlacement, aFrameKeepsItsTopLeftCornerWhereTheScreenAllows)
             << row.wanted.width() << "x" << row.wanted.height();
 }
 
+TEST_F(WindowSizingTest, aWindowIsCutToItsScreenAndItsSizeComesBackOnALargerOne)
+{
+    const auto large = fakes.screens->screens;
+    fakes.screens->screens = {{QRect(0, 0, 1280, 720), QRect(0, 20, 1280, 660), 1.0}};
+    auto &session = openKey();
+    const auto hasSize = [](const AndroidWindowSession &window, QSize size) {
+        const auto off = window.panel().frame().size() - size;
+        return std::abs(off.width()) <= 1 && std::abs(off.height()) <= 1;
+    };
+    EXPECT_TRUE(waitFor([&] { return hasSize(session, {390, 660}); }));
+    registry->applySize(QuillnestLayout::presets[8]); // Tablet
+    EXPECT_TRUE(waitFor([&] { return hasSize(session, {760, 660}); }));
+    pass(300ms);
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(760, 1036));
+    EXPECT_TRUE(hasSize(session, {760, 660}));
+    // What the user drags is a choice.
+    session.panel().resize(500, 600);
+    EXPECT_TRUE(waitFor([&] { return std::abs(QuillnestLayout::size(*fakes.settings).width() - 500) <= 1; }));
+
+    registry->applySize(QuillnestLayout::presets[8]);
+    EXPECT_TRUE(waitFor([&] { return hasSize(session, {760, 660}); }));
+    session.close(QStringLiteral("test"));
+    ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
+    fakes.screens->screens = large;
+    EXPECT_TRUE(hasSize(open(), {760, 1036}));
+}
+
+TEST_F(WindowSizingTest, aHandWrittenSizeBeyondAllScreensIsCut)
+{
+    for (const auto &text : {"inf", "1e300", "nan", "-inf"}) {
+        const double value = QByteArray(text).toDouble();
+        fakes.settings->setValue(QStringLiteral("Quillnest.panelWidth"), value);
+        fakes.settings->setValue(QStringLiteral("Quillnest.panelHeight"), value);
+        const auto size = QuillnestLayout::size(*fakes.settings);
+        EXPECT_TRUE(size == QSizeF(16384, 16384) || size == QSizeF(390, 760)) << text;
+        EXPECT_TRUE(
+            QSize(16384, 16384).expandedTo(QuillnestLayout::launcherSize(*fakes.settings)) == QSize(16384, 16384));
+    }
+}
+
+TEST(WindowPlacement, aWindowStepsAsideTowardsWhereThereIsRoom)
+{
+    FakeScreens screens;
+    const auto opened = [&screens](QRect anchor, const std::vector<QPoint> &taken, QSize size = {390, 760}) {
+        return WindowPlacement::initialFrame(screens, {}, size, anchor, taken).topLeft();
+    };
+    const QRect left(100, 100, 390, 760);
+    EXPECT_EQ(opened(left, {}), QPoint(100, 100));
+    EXPECT_EQ(opened(left, {{100, 100}}), QPoint(124, 124));
+    EXPECT_EQ(opened(left, {{102, 98}}), QPoint(124, 124));
+    EXPECT_EQ(opened(left, {{100, 100}, {124, 124}}), QPoint(148, 148));
+    EXPECT_EQ(opened(left, {{100, 130}}), QPoint(100, 100));
+    const QRect right(1530, 320, 390, 760);
+    EXPECT_EQ(opened(right, {{1530, 320}}), QPoint(1506, 296));
+    // Where there is no room at all it stays, over the other.
+    EXPECT_EQ(opened({0, 30, 1920, 1050}, {{0, 30}}, {1920, 1050}), QPoint(0, 30));
+}
+
+TEST(WindowPlacement, aPinnedWindowStaysWhereItsUserPutItAndIsCutToTheScreen)
+{
+    FakeScreens screens;
+    const WindowPlacement::Record pinned{.origin = QPoint(1800, 900), .isPinned = true};
+    EXPECT_EQ(
+        WindowPlacement::initialFrame(screens, pinned, {390, 2000}, QRect(5, 5, 1, 1), {{1800, 900}}),
+        QRect(1800, 900, 390, 1050));
+}
+
 TEST_F(WindowSizingTest, aRecordWhoseValuesHaveOtherTypesIsReadAsFarAsItGoes)
 {
     const auto load = [this](const QVariant &pinned, const QVariant &x) {

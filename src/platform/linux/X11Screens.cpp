@@ -83,4 +83,16 @@ bool X11Screens::keepsKeyboard(quintptr window) const
     return focus && focus->focus == window;
 }
 
+bool X11Screens::isMouseButtonDown() const
+{
+    auto *connection = x11Connection();
+    if (!connection)
+        return false;
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const Owned<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, root), nullptr));
+    constexpr int anyButton = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3;
+    return pointer && (pointer->mask & anyButton);
+}
+
 } // namespace quillnest

@@ -12,6 +12,7 @@ public:
     bool isComposited() const override;
     void declareShadow(quintptr window, QSize size, QMargins shadow, int reach, double scale) override;
     bool keepsKeyboard(quintptr window) const override;
+    bool isMouseButtonDown() const override;
 };
 
 } // namespace quillnest
