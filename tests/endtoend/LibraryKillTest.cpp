@@ -6,9 +6,12 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <random>
 #include <thread>
 
@@ -47,10 +50,37 @@ class LibraryKillTest : public ::testing::Test
 protected:
     QString settingsPath() const { return m_folder.filePath(QStringLiteral("config/settings.json")); }
 
+    /// What a loss of power leaves: names, and of the bytes those that were synced.
+    void forgetWhatWasNotSynced() const
+    {
+        QFile journal(journalPath());
+        ASSERT_TRUE(journal.open(QIODevice::ReadOnly));
+        std::map<quint64, bool> isDirty;
+        for (const auto &line : journal.readAll().split('\n'))
+            isDirty[line.mid(6).toULongLong()] = line.startsWith("dirty ");
+        journal.remove();
+        int forgotten = 0;
+        for (const auto &entry : QDir(QFileInfo(settingsPath()).path()).entryInfoList(QDir::Files | QDir::Hidden)) {
+            struct stat status {
+            };
+            ASSERT_EQ(::stat(QFile::encodeName(entry.filePath()).constData(), &status), 0);
+            if (isDirty[status.st_ino])
+                forgotten += QFile::resize(entry.filePath(), 0);
+        }
+        m_forgotten += forgotten;
+    }
+    QString journalPath() const { return m_folder.filePath(QStringLiteral("journal")); }
+
     /// Lets the churn run until it has begun one more operation than that many, and kills it a moment later.
     Life runAndKill(unsigned seed, int operations, std::chrono::microseconds moment) const
     {
         QProcess churn;
+        if (m_losesPower) {
+            auto environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(QUILLNEST_POWER_CUT));
+            environment.insert(QStringLiteral("POWER_CUT_JOURNAL"), journalPath());
+            churn.setProcessEnvironment(environment);
+        }
         churn.start(QStringLiteral(QUILLNEST_LIBRARY_CHURN), {settingsPath(), m_folder.path(), QString::number(seed)});
         QByteArray said;
         waitFor(QStringLiteral("%1 operations").arg(operations), 30, [&] {
@@ -99,6 +129,8 @@ protected:
     }
 
     QTemporaryDir m_folder;
+    bool m_losesPower = false;
+    mutable int m_forgotten = 0;
 };
 
 TEST_F(LibraryKillTest, aKillAtAnyMomentLeavesTheOldLibraryOrTheNew)
@@ -132,6 +164,25 @@ TEST_F(LibraryKillTest, aKillAtAnyMomentLeavesTheOldLibraryOrTheNew)
     std::printf(
         "%d kills in %d operations, %d of them just before the word that one was done\n", kills, operations,
         inTheMiddle);
+}
+
+TEST_F(LibraryKillTest, aLossOfPowerAtAnyMomentLeavesTheOldLibraryOrTheNew)
+{
+    m_losesPower = true;
+    std::mt19937 random(std::random_device{}());
+    const auto pick = [&random](int most) { return std::uniform_int_distribution<int>(0, most)(random); };
+    std::optional<Life> last;
+    for (int cuts = 0; cuts < 60; ++cuts) {
+        const auto life = runAndKill(static_cast<unsigned>(random()), pick(10), std::chrono::microseconds(pick(6000)));
+        if (last && life.loaded != last->done) {
+            ASSERT_TRUE(last->doing) << "an operation that had finished is lost";
+            ASSERT_EQ(withoutNewIds(life.loaded, *last->doing).toStdString(), last->doing->toStdString());
+        }
+        ASSERT_NO_FATAL_FAILURE(forgetWhatWasNotSynced());
+        last = life;
+    }
+    std::printf("%d files were forgotten\n", m_forgotten);
+    EXPECT_GT(m_forgotten, 0) << "nothing was ever at stake";
 }
 
 } // namespace quillnest::driver

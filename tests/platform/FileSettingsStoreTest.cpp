@@ -261,6 +261,38 @@ TEST_F(FileSettingsStoreTest, damagedFileIsSetAsideAndTheStoreStartsEmpty)
     }
 }
 
+TEST_F(FileSettingsStoreTest, whatWasWrittenSinceMayBeLostWithThePowerButNotWhatIsPrecious)
+{
+    const QByteArray library("many apps");
+    store()->setValue(QStringLiteral("library"), library);
+    store()->setValue(key, 5);
+    // The name is on the disk and the bytes aren't.
+    ASSERT_TRUE(QFile::resize(path, 0));
+    const auto settings = store();
+    EXPECT_EQ(settings->value(QStringLiteral("library")), QVariant(library));
+    EXPECT_EQ(settings->value(key), QVariant());
+    EXPECT_TRUE(settings->damagedFile());
+    // It is in its place again, for other processes, too.
+    EXPECT_EQ(store()->value(QStringLiteral("library")), QVariant(library));
+    settings->setValue(key, 6);
+    ASSERT_TRUE(QFile::resize(path, 0));
+    EXPECT_EQ(store()->value(QStringLiteral("library")), QVariant(library));
+}
+
+TEST_F(FileSettingsStoreTest, whatWasSyncedInTheBackgroundIsSafeAsWell)
+{
+    const auto settings = store();
+    settings->setValue(key, 5);
+    const auto safe = path + QStringLiteral(".safe");
+    EXPECT_TRUE(comesTrue([&] { return QFile::exists(safe); }));
+    settings->setValue(key, 6);
+    ASSERT_TRUE(QFile::resize(path, 0));
+    EXPECT_EQ(store()->value(key).toInt(), 5);
+    // Nothing but the two files and the lock is left lying about.
+    const auto names = QDir(QFileInfo(path).path()).entryList({QStringLiteral("*.safe-*")}, QDir::Files | QDir::Hidden);
+    EXPECT_TRUE(names.isEmpty());
+}
+
 TEST_F(FileSettingsStoreTest, fileThatWasDamagedWhileTheProgramRuns)
 {
     const auto settings = store();

@@ -16,6 +16,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+
 namespace quillnest
 {
 
@@ -95,14 +97,75 @@ Stamp stampOf(const struct stat &status)
         status.st_size};
 }
 
+/// None if what is in the file that is open is no JSON object.
+std::optional<QVariantMap> valuesIn(int descriptor)
+{
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle))
+        return std::nullopt;
+    const auto document = QJsonDocument::fromJson(file.readAll());
+    if (!document.isObject())
+        return std::nullopt;
+    QVariantMap result;
+    const auto object = document.object();
+    for (auto it = object.begin(); it != object.end(); ++it)
+        result.insert(it.key(), decode(it.value()));
+    return result;
+}
+
+QString safePath(const QString &path)
+{
+    return path + QStringLiteral(".safe");
+}
+
+/// Gives the file that is open, and whose bytes are on the disk, its second name, unless it isn't the one at `path` any
+/// more. After a loss of power the file at `path` may be one whose bytes never came to the disk; this one is whole.
+void markSafe(const QString &path, int descriptor)
+{
+    const auto from = QFile::encodeName(path);
+    const auto to = QFile::encodeName(safePath(path));
+    static std::atomic_int count = 0;
+    const auto fresh = to + '-' + QByteArray::number(::getpid()) + '-' + QByteArray::number(++count);
+    struct stat wanted {
+    };
+    struct stat linked {
+    };
+    const bool isThis = ::link(from.constData(), fresh.constData()) == 0 && ::fstat(descriptor, &wanted) == 0
+        && ::stat(fresh.constData(), &linked) == 0 && wanted.st_ino == linked.st_ino;
+    if (isThis)
+        ::rename(fresh.constData(), to.constData());
+    // It is still there when it isn't the file that was meant, or when that had the name already.
+    ::unlink(fresh.constData());
+}
+
+/// Puts the file that is known to be on the disk back to `path`, and opens it; -1 if there is none or it is damaged as
+/// well.
+int takeSafe(const QString &path)
+{
+    const auto from = QFile::encodeName(safePath(path));
+    const auto to = QFile::encodeName(path);
+    const int descriptor = ::open(from.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0 && valuesIn(descriptor) && ::link(from.constData(), to.constData()) == 0) {
+        ::lseek(descriptor, 0, SEEK_SET);
+        return descriptor;
+    }
+    if (descriptor >= 0)
+        ::close(descriptor);
+    return -1;
+}
+
 void syncToDisk(const QString &path)
 {
-    for (const auto &name : {path, QFileInfo(path).absolutePath()}) {
-        const int descriptor = ::open(QFile::encodeName(name).constData(), O_RDONLY | O_CLOEXEC);
-        if (descriptor >= 0) {
-            ::fsync(descriptor);
-            ::close(descriptor);
-        }
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        if (::fsync(descriptor) == 0)
+            markSafe(path, descriptor);
+        ::close(descriptor);
+    }
+    const int folder = ::open(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), O_RDONLY | O_CLOEXEC);
+    if (folder >= 0) {
+        ::fsync(folder);
+        ::close(folder);
     }
 }
 
@@ -228,37 +291,26 @@ QStringList FileSettingsStore::reload(Damaged damaged)
     m_unreadable.reset();
     if (stamp() == m_stamp)
         return {};
-    QVariantMap fresh;
     int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC);
     // A file that is there and can't be read isn't an empty one: what is known stays, and nothing replaces the file.
     if (descriptor < 0 && errno != ENOENT) {
         m_unreadable = qt_error_string(errno);
         return {};
     }
-    QFile file;
-    if (descriptor >= 0 && file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle)) {
-        const auto document = QJsonDocument::fromJson(file.readAll());
-        if (document.isObject()) {
-            const auto object = document.object();
-            for (auto it = object.begin(); it != object.end(); ++it)
-                fresh.insert(it.key(), decode(it.value()));
-        } else if (damaged == Damaged::leaveAlone) {
-            // An editor may be in the middle of writing it; there will be another look.
-            ::close(descriptor);
-            return {};
-        } else {
-            const auto aside = m_path
-                + QStringLiteral(".damaged-%1")
-                      .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")));
-            if (QFile::rename(m_path, aside)) {
-                m_damaged = aside;
-                m_damageIsUnannounced = true;
-            }
-            fresh = m_values;
-            ::close(descriptor);
-            descriptor = -1;
-        }
+    auto values = descriptor >= 0 ? valuesIn(descriptor) : QVariantMap();
+    if (!values && damaged == Damaged::leaveAlone) {
+        // An editor may be in the middle of writing it; there will be another look.
+        ::close(descriptor);
+        return {};
     }
+    if (!values) {
+        ::close(descriptor);
+        putAside();
+        // What is known here is newer than what is known to be on the disk.
+        descriptor = m_values.isEmpty() ? takeSafe(m_path) : -1;
+        values = descriptor >= 0 ? valuesIn(descriptor) : m_values;
+    }
+    const auto fresh = values.value_or(QVariantMap());
     setSeen(descriptor);
     QStringList changed;
     for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
@@ -271,6 +323,17 @@ QStringList FileSettingsStore::reload(Damaged damaged)
     }
     m_values = fresh;
     return changed;
+}
+
+void FileSettingsStore::putAside()
+{
+    const auto aside = m_path
+        + QStringLiteral(".damaged-%1")
+              .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")));
+    if (QFile::rename(m_path, aside)) {
+        m_damaged = aside;
+        m_damageIsUnannounced = true;
+    }
 }
 
 std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durability durability)
@@ -298,6 +361,8 @@ std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durab
         QFile::remove(temporary);
         return reason;
     }
+    if (durability == Durability::disk)
+        markSafe(m_path, descriptor);
     setSeen(descriptor);
     return std::nullopt;
 }

@@ -42,6 +42,7 @@ private:
     /// Reads the file if it isn't the one last seen; returns the keys whose values differ. Under `m_lock`, and to set
     /// a damaged file aside under the lock of the processes as well.
     QStringList reload(Damaged damaged);
+    void putAside();
     /// Takes over the descriptor of the file that `m_values` now stands for, or -1.
     void setSeen(int descriptor);
     /// What a write survives once it has returned: the end of this process, or the loss of power as well.

@@ -53,8 +53,8 @@ void say(const char *word, const std::vector<MobileApp> &apps)
 class Churn
 {
 public:
-    Churn(AppLibraryStore &store, QString folder, unsigned seed)
-        : m_store(store), m_folder(std::move(folder)), m_random(seed)
+    Churn(AppLibraryStore &store, SettingsStore &settings, QString folder, unsigned seed)
+        : m_store(store), m_settings(settings), m_folder(std::move(folder)), m_random(seed)
     {
     }
 
@@ -66,6 +66,8 @@ public:
             add();
         else
             change(kind);
+        // As by a window that is being dragged.
+        m_settings.setValue(QStringLiteral("width"), static_cast<int>(pick(1000)));
     }
 
 private:
@@ -117,6 +119,7 @@ private:
     }
 
     AppLibraryStore &m_store;
+    SettingsStore &m_settings;
     const QString m_folder;
     std::mt19937 m_random;
     int m_moves = 0;
@@ -158,6 +161,6 @@ int main(int argc, char **argv)
         .deviceCleaned = deviceCleaned});
 
     say("loaded", store.apps());
-    for (Churn churn(store, folder, arguments[3].toUInt());;)
+    for (Churn churn(store, *platform.settings, folder, arguments[3].toUInt());;)
         churn.step();
 }
