@@ -3,6 +3,8 @@
 #include "base/FireAndForget.h"
 #include "base/PlainText.h"
 #include "package/APKIconExtractor.h"
+#include "package/APKManifestReader.h"
+#include "platform/Archives.h"
 #include "platform/DescribedError.h"
 
 #include <QDir>
@@ -19,6 +21,23 @@ namespace
 bool isGarbled(const QFileInfo &file)
 {
     return file.filePath().contains(QChar::ReplacementCharacter) && !file.exists();
+}
+
+/// What is to be learnt of package files in the background.
+struct Reading {
+    std::optional<std::string> label;
+    std::map<QString, QString> packages;
+};
+
+Reading read(Archives &archives, const QString &path, QStringList unknown)
+{
+    Reading result;
+    result.label = APKIconExtractor::label(archives, path.toStdString());
+    for (const auto &file : unknown << path) {
+        const auto package = APKManifestReader::packageName(archives, file.toStdString());
+        result.packages[file] = QString::fromStdString(package.value_or(std::string()));
+    }
+    return result;
 }
 } // namespace
 
@@ -54,6 +73,10 @@ Task<> AppImport::work()
             m_status.say(QStringLiteral("Skipped %1: its name is not valid text").arg(file.fileName()));
             continue;
         }
+        if (!file.isFile()) {
+            m_status.say(QStringLiteral("Skipped %1: there is no such file").arg(file.fileName()));
+            continue;
+        }
         const auto platform = extension == QStringLiteral("apk") ? MobilePlatform::android : MobilePlatform::ios;
         std::optional<QString> failure;
         try {
@@ -74,21 +97,30 @@ Task<> AppImport::addPackage(QString path, MobilePlatform platform)
 {
     const QPointer<AppImport> self(this);
     const QFileInfo file(path);
-    if (m_library.hasSource(path)) {
-        m_status.say(QStringLiteral("Already in library: %1").arg(file.completeBaseName()));
+    if (const auto known = m_library.withSource(path)) {
+        m_status.say(QStringLiteral("Already in library: %1").arg(known->displayName()));
         co_return;
     }
     MobileApp app;
     if (platform == MobilePlatform::android) {
-        auto readLabel = [archives = m_services.platform.archives, native = path.toStdString()] {
-            return APKIconExtractor::label(*archives, native);
+        auto work = [archives = m_services.platform.archives, path, unknown = filesOfUnknownPackages()] {
+            return read(*archives, path, unknown);
         };
-        auto reading = background(*m_services.platform.executor, std::move(readLabel));
-        const auto label = co_await reading;
+        auto reading = background(*m_services.platform.executor, std::move(work));
+        auto found = co_await reading;
         if (!self)
             co_return;
-        if (label)
-            app.name = plainName(QString::fromStdString(*label));
+        for (const auto &[read, package] : found.packages)
+            m_packages.insert_or_assign(read, package);
+        if (const auto known = withPackageOf(path)) {
+            // Android has one app of a name: two entries would be the same app twice.
+            if (m_library.change(known->id, [&path](MobileApp &entry) { entry.sourcePath = path; }))
+                m_status.say(QStringLiteral("Already in library: %1, which now comes from %2")
+                                 .arg(known->displayName(), file.fileName()));
+            co_return;
+        }
+        if (found.label)
+            app.name = plainName(QString::fromStdString(*found.label));
     }
     if (app.name.isEmpty())
         app.name = plainName(file.completeBaseName());
@@ -98,6 +130,31 @@ Task<> AppImport::addPackage(QString path, MobilePlatform platform)
     app.addedAt = m_services.platform.clock->wallTime();
     if (m_library.append(app))
         m_status.say(QStringLiteral("Added %1").arg(file.fileName()));
+}
+
+QStringList AppImport::filesOfUnknownPackages() const
+{
+    QStringList files;
+    for (const auto &app : m_library.apps()) {
+        if (app.platform == MobilePlatform::android && !app.bundleIdentifier && !m_packages.contains(app.sourcePath))
+            files.append(app.sourcePath);
+    }
+    return files;
+}
+
+std::optional<MobileApp> AppImport::withPackageOf(const QString &path) const
+{
+    const auto packageOf = [this](const QString &file) {
+        const auto known = m_packages.find(file);
+        return known == m_packages.end() ? QString() : known->second;
+    };
+    const auto package = packageOf(path);
+    for (const auto &app : m_library.apps()) {
+        const bool isAndroid = app.platform == MobilePlatform::android;
+        if (isAndroid && !package.isEmpty() && app.bundleIdentifier.value_or(packageOf(app.sourcePath)) == package)
+            return app;
+    }
+    return std::nullopt;
 }
 
 } // namespace quillnest

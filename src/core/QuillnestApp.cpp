@@ -193,7 +193,9 @@ void QuillnestApp::openApp(const QString &text)
 void QuillnestApp::endHostSideServers()
 {
     // What an earlier run that was killed has left behind on this side of the tunnel.
-    endLeftOverProcesses(*m_platform.processes, serverClass);
+    // Only that of our own device: whoever mirrors another one goes on with it.
+    endLeftOverProcesses(
+        *m_platform.processes, {QStringLiteral("-s %1 shell ").arg(AndroidCommands::serial()), serverClass});
 }
 
 Task<> QuillnestApp::cleanDevice()

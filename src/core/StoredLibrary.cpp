@@ -113,9 +113,11 @@ std::optional<MobileApp> StoredLibrary::find(QUuid id) const
     return found == m_apps.end() ? std::nullopt : std::optional(*found);
 }
 
-bool StoredLibrary::hasSource(const QString &path) const
+std::optional<MobileApp> StoredLibrary::withSource(const QString &path) const
 {
-    return std::any_of(m_apps.begin(), m_apps.end(), [&path](const MobileApp &app) { return app.sourcePath == path; });
+    const auto found
+        = std::find_if(m_apps.begin(), m_apps.end(), [&path](const MobileApp &app) { return app.sourcePath == path; });
+    return found == m_apps.end() ? std::nullopt : std::optional(*found);
 }
 
 std::vector<MobileApp> StoredLibrary::sorted(Order order) const

@@ -27,7 +27,7 @@ public:
     /// In stored order.
     const std::vector<MobileApp> &apps() const { return m_apps; }
     std::optional<MobileApp> find(QUuid id) const;
-    bool hasSource(const QString &path) const;
+    std::optional<MobileApp> withSource(const QString &path) const;
 
     /// All of them sorted by display name, by the language's rules; favourites first if asked for. Equal names keep
     /// their stored order.

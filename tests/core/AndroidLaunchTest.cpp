@@ -262,7 +262,7 @@ TEST_F(AndroidLaunchTest, aLaunchWaitsWhileTheDeviceIsBeingCleaned)
 
 TEST_F(AndroidLaunchTest, anAppOfAnotherPlatformTouchesNothing)
 {
-    add({fakes.path(QStringLiteral("Apps/Sun.ipa"))});
+    add({fakes.writeFile(QStringLiteral("Apps/Sun.ipa"), "")});
     fakes.processes->forget();
     store->launch(store->apps().at(0));
     fakes.settle();

@@ -39,7 +39,9 @@ TEST_F(AppImportTest, aPackageWithoutALabelIsAddedUnderItsFileName)
 
 TEST_F(AppImportTest, anUpperCaseExtensionPasses)
 {
-    add({putPackage(QStringLiteral("Apps/A.APK"), "org.example.a", "A"), fakes.path(QStringLiteral("Apps/B.Ipa"))});
+    add(
+        {putPackage(QStringLiteral("Apps/A.APK"), "org.example.a", "A"),
+         fakes.writeFile(QStringLiteral("Apps/B.Ipa"), "")});
     ASSERT_EQ(store->apps().size(), 2U);
     EXPECT_EQ(store->apps()[0].platform, MobilePlatform::android);
     EXPECT_EQ(store->apps()[1].platform, MobilePlatform::ios);
@@ -56,15 +58,64 @@ TEST_F(AppImportTest, aFileOfAnotherTypeIsSkipped)
     EXPECT_TRUE(store->apps().empty());
 }
 
-TEST_F(AppImportTest, theSamePathIsAddedOnceAndAnotherCopyAgain)
+TEST_F(AppImportTest, theSamePathIsAddedOnce)
 {
     const auto path = putPackage(QStringLiteral("Apps/app.1.apk"), "org.example.app", "App");
     add({path});
     add({path});
     EXPECT_EQ(store->apps().size(), 1U);
-    EXPECT_EQ(status(), QStringLiteral("Already in library: app.1"));
-    add({putPackage(QStringLiteral("Copies/app.1.apk"), "org.example.app", "App")});
-    EXPECT_EQ(store->apps().size(), 2U);
+    EXPECT_EQ(status(), QStringLiteral("Already in library: App"));
+}
+
+TEST_F(AppImportTest, anotherFileOfAPackageTakesThePlaceOfTheFirst)
+{
+    const auto first = addApp(QStringLiteral("Tide"));
+    store->rename(first.id, QStringLiteral("My Tide"));
+    add({putPackage(QStringLiteral("Apps/tide-2.apk"), "org.example.tide", "Tide 2")});
+    EXPECT_EQ(names(store->apps()), QStringList{QStringLiteral("My Tide")});
+    EXPECT_EQ(store->apps()[0].id, first.id);
+    EXPECT_EQ(store->apps()[0].sourcePath, fakes.path(QStringLiteral("Apps/tide-2.apk")));
+    EXPECT_EQ(status(), QStringLiteral("Already in library: My Tide, which now comes from tide-2.apk"));
+    // The next start knows it as well, and an entry whose package is told besides.
+    makeStore();
+    add({putPackage(QStringLiteral("Apps/tide-3.apk"), "org.example.tide", "Tide 3")});
+    EXPECT_EQ(store->apps().size(), 1U);
+    store->replaceSource(first.id, QUrl::fromLocalFile(first.sourcePath), QStringLiteral("org.example.told"));
+    add(
+        {putPackage(QStringLiteral("Apps/tide-3.apk"), "org.example.tide", "Tide 3"),
+         putPackage(QStringLiteral("Apps/told.apk"), "org.example.told", "Told")});
+    EXPECT_EQ(names(store->apps()), (QStringList{QStringLiteral("My Tide"), QStringLiteral("Tide 3")}));
+    EXPECT_EQ(store->apps()[0].sourcePath, fakes.path(QStringLiteral("Apps/told.apk")));
+}
+
+TEST_F(AppImportTest, filesWithoutAPackageNameAreEachAnAppOfTheirOwn)
+{
+    add(
+        {putPackage(QStringLiteral("Apps/a.apk"), "", "A"), putPackage(QStringLiteral("Apps/b.apk"), "", "B"),
+         fakes.writeFile(QStringLiteral("Apps/c.apk"), "none")});
+    EXPECT_EQ(store->apps().size(), 3U);
+}
+
+TEST_F(AppImportTest, theManifestsOfTheLibraryAreReadOnce)
+{
+    addApp(QStringLiteral("One"));
+    addApp(QStringLiteral("Two"));
+    makeStore();
+    fakes.archives->opened.clear();
+    addApp(QStringLiteral("Three"));
+    addApp(QStringLiteral("Four"));
+    // The label and the name of each new one, and the names of the two that were there.
+    EXPECT_EQ(fakes.archives->opened.size(), 6U);
+}
+
+TEST_F(AppImportTest, whatIsNoFileIsSkippedWithASentence)
+{
+    QDir().mkpath(fakes.path(QStringLiteral("Apps/folder.apk")));
+    for (const auto *name : {"gone.apk", "folder.apk", "gone.ipa"}) {
+        add({fakes.path(QStringLiteral("Apps/") + QLatin1String(name))});
+        EXPECT_EQ(status(), QStringLiteral("Skipped %1: there is no such file").arg(QLatin1String(name)));
+    }
+    EXPECT_TRUE(store->apps().empty());
 }
 
 TEST_F(AppImportTest, theSameFileDroppedTwiceAtOnceIsAddedOnce)
@@ -75,7 +126,7 @@ TEST_F(AppImportTest, theSameFileDroppedTwiceAtOnceIsAddedOnce)
     store->addFiles({url});
     fakes.settle();
     EXPECT_EQ(store->apps().size(), 1U);
-    EXPECT_EQ(status(), QStringLiteral("Already in library: app"));
+    EXPECT_EQ(status(), QStringLiteral("Already in library: App"));
 }
 
 TEST_F(AppImportTest, severalFilesAreAddedInTheirOrderAndTheLastOutcomeStays)

@@ -129,6 +129,19 @@ TEST_F(QuillnestAppTest, aDeviceThatAnEarlierRunLeftIsCleanedAndSleepsWhenNobody
     EXPECT_EQ(app->store().androidState(), State::ready);
 }
 
+TEST_F(QuillnestAppTest, aCleaningThatFailsHoldsUpNoLaunch)
+{
+    deviceIsUp();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    fakes.processes->on(QStringLiteral("shell pkill -f"), [](const ChildCommand &) -> ScriptedProcesses::Answer {
+        throw std::runtime_error("no memory");
+    });
+    start();
+    app->store().launch(moon);
+    fakes.runUntil([&] { return app->windows().session(moon.id) != nullptr; });
+    EXPECT_TRUE(hasLogged(QStringLiteral("cleaning the device failed error=no memory")));
+}
+
 TEST_F(QuillnestAppTest, androidIsStartedAsSoonAsItsDownloadIsComplete)
 {
     const auto image = AndroidRuntimePaths::managed(fakes.platform, 35).systemImage();
@@ -156,7 +169,7 @@ TEST_F(QuillnestAppTest, serversThatAnEarlierRunLeftOnThisSideAreEnded)
 {
     start();
     EXPECT_EQ(count("/usr/bin/pkill"), 1);
-    EXPECT_EQ(count("com\\.genymobile\\.scrcpy\\.Server"), 1);
+    EXPECT_EQ(count("-s emulator-5556 shell .*com\\.genymobile\\.scrcpy\\.Server"), 1);
 }
 
 TEST_F(QuillnestAppTest, aMissingProgramDoesNotStopTheStart)
@@ -214,6 +227,14 @@ TEST_F(QuillnestAppTest, aPackageOnTheCommandLineIsInstalledPastTheLibrary)
     fakes.settle();
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Quillnest installed and launched org.example.moon\n");
     EXPECT_TRUE(app->store().apps().empty());
+    // What an earlier run left is cleaned first: it would take the app along.
+    const auto lines = fakes.processes->lines();
+    const auto places = [&lines](const char *text) {
+        const auto found = lines.filter(QLatin1String(text));
+        return std::pair(lines.indexOf(found.value(0)), lines.lastIndexOf(found.value(found.size() - 1)));
+    };
+    EXPECT_GT(places(" install ").first, places("am force-stop").second);
+    EXPECT_GT(places("pm list packages").first, places("shell pkill -f").second);
 }
 
 TEST_F(QuillnestAppTest, aPackageThatCannotBeInstalledIsToldOnStandardError)

@@ -29,7 +29,13 @@ TEST(LeftOverProcessesTest, thoseWithTheTextEndAndOthersStay)
     const auto meant = sleeper(*processes, text);
     // What a pattern would take for the same.
     const auto other = sleeper(*processes, QString(text).replace(u'.', u'x'));
-    endLeftOverProcesses(*processes, text);
+    // What names it and lacks the rest, or has it the other way round.
+    const auto elsewhere = sleeper(*processes, text + QStringLiteral(" elsewhere"));
+    endLeftOverProcesses(*processes, {text, QStringLiteral("sleep 0.1")});
+    endLeftOverProcesses(*processes, {QStringLiteral("sleep 0.1"), text, QStringLiteral("elsewhere")});
+    EXPECT_TRUE(comesTrueWithoutMain([&] { return !elsewhere->isRunning(); }));
+    EXPECT_TRUE(meant->isRunning());
+    endLeftOverProcesses(*processes, {QStringLiteral("sleep 0.1"), text});
     EXPECT_TRUE(comesTrueWithoutMain([&] { return !meant->isRunning(); }));
     EXPECT_TRUE(other->isRunning());
     other->terminate();
@@ -49,5 +55,5 @@ TEST(LeftOverProcessesTest, oneThatStandsStillIsEndedByForce)
 TEST(LeftOverProcessesTest, noneIsFine)
 {
     const auto processes = hostChildProcesses();
-    endLeftOverProcesses(*processes, QUuid::createUuid().toString());
+    endLeftOverProcesses(*processes, {QUuid::createUuid().toString()});
 }

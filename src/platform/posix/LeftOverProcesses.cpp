@@ -20,13 +20,16 @@ QString literally(const QString &text)
 }
 } // namespace
 
-void endLeftOverProcesses(ChildProcesses &processes, const QString &text, Ending ending)
+void endLeftOverProcesses(ChildProcesses &processes, const QStringList &texts, Ending ending)
 {
+    QStringList patterns;
+    for (const auto &text : texts)
+        patterns.append(literally(text));
     ChildCommand command{
         .program = QStringLiteral("/usr/bin/pkill"),
         .arguments
         = {QStringLiteral("-U"), QString::number(::getuid()), QStringLiteral("-f"), QStringLiteral("--"),
-           literally(text)}};
+           patterns.join(QStringLiteral(".*"))}};
     if (ending == Ending::byForce)
         command.arguments.prepend(QStringLiteral("-KILL"));
     command.output = ChildCommand::Output::null;

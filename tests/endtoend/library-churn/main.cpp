@@ -82,6 +82,7 @@ private:
         } while (isKnown(app.sourcePath));
         auto expected = m_store.apps();
         expected.push_back(app);
+        QFile(app.sourcePath).open(QIODevice::WriteOnly);
         say("doing", expected);
         m_store.addFiles({QUrl::fromLocalFile(app.sourcePath)});
         while (m_store.apps().size() < expected.size())
