@@ -15,13 +15,10 @@ namespace quillnest::ctl
 namespace
 {
 /// For a terminal, which would obey what the texts of others may hold.
-QByteArray escaped(const QByteArray &text)
+QByteArray escaped(const QString &text)
 {
-    // One for all pieces: a character may lie across the end of one.
-    static QStringDecoder decoder(QStringConverter::Utf8);
-    const QString decoded = decoder.decode(text);
     QString result;
-    for (const auto character : decoded) {
+    for (const auto character : text) {
         if (character == u'\n' || character == u'\t' || !isCommanding(character))
             result += character;
         else
@@ -34,7 +31,9 @@ QByteArray escaped(const QByteArray &text)
 bool print(const QByteArray &text)
 {
     try {
-        return writeToStandardOutput(standardOutputIsTerminal() ? escaped(text) : text);
+        // One for all pieces: a character may lie across the end of one.
+        static QStringDecoder decoder(QStringConverter::Utf8);
+        return writeToStandardOutput(standardOutputIsTerminal() ? escaped(decoder.decode(text)) : text);
     } catch (const std::system_error &error) {
         throw Failure(QStringLiteral("can't write: %1").arg(QString::fromLocal8Bit(error.code().message().c_str())));
     }
@@ -42,7 +41,8 @@ bool print(const QByteArray &text)
 
 void complain(const QString &text)
 {
-    std::fprintf(stderr, "quillnestctl: %s\n", qUtf8Printable(text));
+    const auto shown = standardErrorIsTerminal() ? escaped(text) : text.toUtf8();
+    std::fprintf(stderr, "quillnestctl: %s\n", shown.constData());
 }
 
 } // namespace quillnest::ctl

@@ -16,8 +16,9 @@ namespace quillnest
 /// the process.
 bool writeToStandardOutput(const QByteArray &text);
 
-/// Whether a person reads it.
+/// Whether a person reads it, or what is said beside it.
 bool standardOutputIsTerminal();
+bool standardErrorIsTerminal();
 
 /// Calls `gone` from the event loop when whoever reads goes away, though nothing is written. Ends with `owner`.
 void watchReaderOfStandardOutput(QObject *owner, std::function<void()> gone);

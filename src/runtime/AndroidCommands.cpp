@@ -264,7 +264,7 @@ void AndroidCommands::stopDeviceAtOnce() const
     log().write(QStringLiteral("Android does not answer - ending its process"));
     for (const auto &avd : ourAVDs()) {
         endLeftOverProcesses(
-            *m_platform.processes, QStringLiteral("@%1 -port %2").arg(avd, consolePort()), Ending::byForce);
+            *m_platform.processes, {QStringLiteral("@%1 -port %2").arg(avd, consolePort())}, Ending::byForce);
     }
 }
 

@@ -254,7 +254,7 @@ void AndroidWindowRegistry::stopAndroid(const QString &reason, bool wait)
     if (wait)
         m_services.commands->stopDeviceAtOnce();
     else
-        m_services.platform.executor->inBackground([commands = m_services.commands] { commands->stopDevice(); });
+        m_services.platform.executor->asUtility([commands = m_services.commands] { commands->stopDevice(); });
 }
 
 void AndroidWindowRegistry::setUnread(QUuid appID, bool unread)

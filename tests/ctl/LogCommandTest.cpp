@@ -253,4 +253,15 @@ TEST_F(LogCommandTest, aTerminalIsShownWhatItWouldObeyAndAFileGetsItAsItIs)
     EXPECT_EQ(shown.output, "2026 \\u001b]0;title\\u0007 \\u009b31m \\u202e end\r\n") << shown.errors.constData();
 }
 
+TEST_F(LogCommandTest, aComplaintIsForThePersonAtTheTerminalToo)
+{
+    const auto wrong = QStringLiteral("a\033[31mb");
+    EXPECT_TRUE(run({wrong}).errors.contains(wrong.toUtf8()));
+    const auto shown = runProgram(
+        QStringLiteral("script"),
+        {QStringLiteral("-qec"), QStringLiteral("'%1' '%2'").arg(QStringLiteral(QUILLNESTCTL), wrong),
+         QStringLiteral("/dev/null")});
+    EXPECT_TRUE(shown.output.contains("unknown command \"a\\u001b[31mb\"")) << shown.output.constData();
+}
+
 } // namespace quillnest

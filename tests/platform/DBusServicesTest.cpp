@@ -57,12 +57,25 @@ TEST(DBusCommandChannelTest, commandOfAnotherProgramIsHeard)
          QStringLiteral("app.quillnest.command.command"), QStringLiteral("string:wrong object")});
     dbusSend(
         {QStringLiteral("--type=signal"), QStringLiteral("/app/quillnest/command"),
-         QStringLiteral("app.quillnest.command.command"), QStringLiteral("int32:7")});
-    dbusSend(
-        {QStringLiteral("--type=signal"), QStringLiteral("/app/quillnest/command"),
          QStringLiteral("app.quillnest.command.command"), QStringLiteral("string:show library")});
     EXPECT_TRUE(comesTrue([&] { return !heard.isEmpty(); }));
     EXPECT_EQ(heard, QStringList{QStringLiteral("show library")});
+}
+
+TEST(DBusCommandChannelTest, aSignalWithoutATextIsTheEmptyCommand)
+{
+    DBusCommandChannel channel;
+    QStringList heard;
+    QObject::connect(&channel, &CommandChannel::received, [&](const QString &text) { heard.append(text); });
+    ASSERT_TRUE(channel.listen());
+    const QStringList signal{
+        QStringLiteral("--type=signal"), QStringLiteral("/app/quillnest/command"),
+        QStringLiteral("app.quillnest.command.command")};
+    dbusSend(signal + QStringList{QStringLiteral("int32:7")});
+    dbusSend(signal);
+    dbusSend(signal + QStringList{QStringLiteral("string:show library")});
+    EXPECT_TRUE(comesTrue([&] { return heard.size() == 3; }));
+    EXPECT_EQ(heard, (QStringList{QString(), QString(), QStringLiteral("show library")}));
 }
 
 TEST(DBusCommandChannelTest, commandsKeepTheirOrder)

@@ -48,7 +48,7 @@ TEST(LeftOverProcessesTest, oneThatStandsStillIsEndedByForce)
     const auto text = QStringLiteral("@left.over-") + QUuid::createUuid().toString();
     const auto frozen = sleeper(*processes, text);
     ::kill(static_cast<pid_t>(frozen->processId()), SIGSTOP);
-    endLeftOverProcesses(*processes, text, Ending::byForce);
+    endLeftOverProcesses(*processes, {text}, Ending::byForce);
     EXPECT_TRUE(comesTrueWithoutMain([&] { return !frozen->isRunning(); }));
 }
 

@@ -15,7 +15,13 @@ const auto member = QStringLiteral("command");
 
 bool DBusCommandChannel::listen()
 {
-    return QDBusConnection::sessionBus().connect(QString(), path, interface, member, this, SIGNAL(received(QString)));
+    return QDBusConnection::sessionBus().connect(QString(), path, interface, member, this, SLOT(take(QDBusMessage)));
+}
+
+void DBusCommandChannel::take(const QDBusMessage &message)
+{
+    const auto command = message.arguments().value(0);
+    Q_EMIT received(command.typeId() == QMetaType::QString ? command.toString() : QString());
 }
 
 bool DBusCommandChannel::post(const QString &command)

@@ -37,6 +37,11 @@ bool standardOutputIsTerminal()
     return ::isatty(STDOUT_FILENO) == 1;
 }
 
+bool standardErrorIsTerminal()
+{
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
 void watchReaderOfStandardOutput(QObject *owner, std::function<void()> gone)
 {
     auto *reader = new QSocketNotifier(STDOUT_FILENO, QSocketNotifier::Exception, owner);
