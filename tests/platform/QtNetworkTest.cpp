@@ -3,9 +3,14 @@
 #include "platform/Conditions.h"
 #include "platform/LoopbackServer.h"
 #include "platform/Semaphore.h"
+#include "platform/desktop/HttpTransfer.h"
 #include "platform/desktop/QtExecutor.h"
 
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPointer>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <sys/resource.h>
 
@@ -230,6 +235,59 @@ TEST_F(QtNetworkTest, aCutConnectionIsAnErrorAtEveryPlace)
         const auto fetched = fetch(server.url());
         EXPECT_FALSE(fetched.answer) << size;
     }
+}
+
+TEST_F(QtNetworkTest, aCutThatArrivesTogetherWithTheLastBytesIsAnError)
+{
+    // Whether the library sees such a cut is a matter of microseconds, so here it is one that doesn't.
+    class Reply : public QNetworkReply
+    {
+    public:
+        explicit Reply(const QNetworkRequest &request)
+        {
+            setRequest(request);
+            setUrl(request.url());
+            setHeader(QNetworkRequest::ContentLengthHeader, 20);
+            setAttribute(QNetworkRequest::HttpStatusCodeAttribute, 200);
+            open(QIODevice::ReadOnly);
+            QTimer::singleShot(0, this, [this] { Q_EMIT finished(); });
+        }
+        void abort() override { }
+
+    protected:
+        qint64 readData(char *data, qint64 size) override
+        {
+            const auto count = std::min<qint64>(size, std::exchange(m_left, 0));
+            std::fill_n(data, count, 'x');
+            return count;
+        }
+
+    private:
+        qint64 m_left = 19;
+    };
+    class Manager : public QNetworkAccessManager
+    {
+    protected:
+        QNetworkReply *createRequest(Operation, const QNetworkRequest &request, QIODevice *) override
+        {
+            return new Reply(request);
+        }
+    };
+    Manager manager;
+    std::optional<QString> error;
+    int status = -1;
+    const QPointer transfer = new HttpTransfer(
+        manager, QUrl(QStringLiteral("http://localhost/x")), HttpTransfer::Body::asStored, 30s,
+        {.onPiece = [](std::span<const char>, qint64) { return std::nullopt; },
+         .onEnd =
+             [&](int number, const std::optional<QString> &words) {
+                 status = number;
+                 error = words;
+             }},
+        nullptr);
+    EXPECT_TRUE(comesTrue([&] { return !transfer; }));
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(error, QStringLiteral("Connection closed after 19 of 20 bytes"));
 }
 
 TEST_F(QtNetworkTest, aChunkedBodyThatIsCutIsAnError)

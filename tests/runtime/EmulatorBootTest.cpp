@@ -392,6 +392,17 @@ TEST_F(EmulatorBootTest, aDeviceThatIsUnlistedForAMomentIsWaitedFor)
     EXPECT_EQ(launches(), 0);
 }
 
+TEST_F(EmulatorBootTest, momentsInWhichADeviceIsUnlistedDoNotAddUp)
+{
+    device = {.listed = true, .looksUntilBooted = 60};
+    for (const auto begin : {20500ms, 30500ms}) {
+        fakes.clock->later(begin, [this] { device.listed = false; });
+        fakes.clock->later(begin + 2000ms, [this] { device.listed = true; });
+    }
+    boot();
+    EXPECT_EQ(launches(), 0);
+}
+
 TEST_F(EmulatorBootTest, aDeviceWhoseLauncherHasEndedIsWaitedFor)
 {
     device.looksUntilBooted = 100;

@@ -2,6 +2,7 @@
 
 #include "fakes/FakeNetwork.h"
 #include "runtime/RuntimeFixture.h"
+#include "runtime/RuntimeProvisionError.h"
 #include "runtime/Sha1.h"
 
 #include <QCryptographicHash>
@@ -394,6 +395,20 @@ TEST_F(ProvisionerTest, aPackageWithoutANameIsCalledByItsPath)
     EXPECT_EQ(provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("emulator"), 0}));
     deliver("wrong");
     EXPECT_EQ(failure(), QStringLiteral("Downloaded emulator failed its checksum. Please try again."));
+
+    archives->refused = QStringLiteral("emulator.zip");
+    phases.clear();
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    deliver("emulator");
+    const auto was = [this](const Provisioner::Phase &phase) {
+        return std::find(phases.begin(), phases.end(), phase) != phases.end();
+    };
+    EXPECT_TRUE(was(Provisioner::Downloading{QStringLiteral("emulator"), 0}));
+    EXPECT_TRUE(was(Provisioner::Installing{QStringLiteral("Verifying emulator…")}));
+    EXPECT_TRUE(was(Provisioner::Installing{QStringLiteral("Unpacking emulator…")}));
+    EXPECT_EQ(failure(), RuntimeProvisionError::extract(QStringLiteral("emulator")).description());
 }
 
 TEST_F(ProvisionerTest, whatAKilledRunLeftHalfFetchedGoes)
