@@ -7,6 +7,7 @@
 #include "package/ValueType.h"
 #include "package/XmlValues.h"
 
+#include <algorithm>
 #include <array>
 #include <numbers>
 
@@ -92,11 +93,17 @@ bool strokePath(IconSource &source, Canvas &canvas, const Node &node, const Path
     constexpr std::array caps{LineCap::butt, LineCap::round, LineCap::square};
     constexpr std::array joins{LineJoin::miter, LineJoin::round, LineJoin::bevel};
     constexpr std::size_t outlineCost = 40;
+    // The stroker takes a curve as hundreds of lines.
+    constexpr std::size_t curveCost = 150;
 
     const auto stroke = IconPaint::paint(source, attribute(node, "strokeColor"));
     const auto *color = stroke ? std::get_if<Color>(&*stroke) : nullptr;
     const double width = number(node, "strokeWidth", 0);
-    if (!color || !(width > 0) || !source.spend(strokeCost + path.verbs().size() * outlineCost))
+    const auto curves = std::count_if(path.verbs().begin(), path.verbs().end(), [](Path::Verb verb) {
+        return verb == Path::Verb::quadratic || verb == Path::Verb::cubic;
+    });
+    const auto cost = strokeCost + path.verbs().size() * outlineCost + static_cast<std::size_t>(curves) * curveCost;
+    if (!color || !(width > 0) || !source.spend(cost))
         return false;
     canvas.saveState();
     canvas.setAlpha(number(node, "strokeAlpha", 1));

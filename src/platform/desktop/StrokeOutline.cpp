@@ -20,7 +20,7 @@ constexpr double farAway = 1e60;
 /// How far a line may lie from its curve, in pixels.
 constexpr double tolerance = 0.02;
 constexpr int maximumLines = 1'000'000;
-constexpr int maximumLinesOfCurve = 4096;
+constexpr int maximumLinesOfCurve = 512;
 
 /// The path as the stroker takes it. Curves are lines by then: where the pen is wider than a curve's bow the stroker's
 /// own curves leave a hole in the area. Subpaths without length are not in it, the stroker would leave them out: their
