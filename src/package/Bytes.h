@@ -73,8 +73,8 @@ std::string repairedUtf16(std::span<const std::uint16_t> units);
 class WorkBudget
 {
 public:
-    /// A fixed amount plus a multiple of the input, so that real files of any size fit.
-    explicit WorkBudget(std::size_t inputSize) : m_left(24 * 1024 * 1024 + 4 * inputSize) { }
+    /// A fixed amount plus a multiple of the input, so that real files of any size fit, up to what may be in memory.
+    explicit WorkBudget(std::size_t inputSize) : m_left(std::min(24 * 1024 * 1024 + 4 * inputSize, most)) { }
 
     static WorkBudget ofAmount(std::size_t amount)
     {
@@ -99,6 +99,8 @@ public:
     bool isSpent() const { return m_isSpent; }
 
 private:
+    static constexpr std::size_t most = 128 * 1024 * 1024;
+
     std::size_t m_left;
     bool m_isSpent = false;
 };

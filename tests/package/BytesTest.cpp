@@ -17,6 +17,15 @@ std::string repaired(std::initializer_list<int> values)
 }
 } // namespace
 
+TEST(WorkBudget, growsWithTheInputUpToWhatMayBeInMemory)
+{
+    constexpr std::size_t mebibyte = 1024 * 1024;
+    EXPECT_TRUE(WorkBudget(mebibyte).spend(28 * mebibyte));
+    EXPECT_FALSE(WorkBudget(mebibyte).spend(28 * mebibyte + 1));
+    EXPECT_TRUE(WorkBudget(1000 * mebibyte).spend(128 * mebibyte));
+    EXPECT_FALSE(WorkBudget(1000 * mebibyte).spend(128 * mebibyte + 1));
+}
+
 TEST(Bytes, readsLittleEndian)
 {
     EXPECT_EQ(Bytes::u8(bytes, 1), 0x82);

@@ -131,6 +131,15 @@ TEST_F(ZipReaderTest, theLimitIsThatOfWhatComesOut)
     EXPECT_EQ(read(two.bytes, "b", 6), "second");
 }
 
+TEST_F(ZipReaderTest, whatIsReadTakesNoMoreRoomThanTheLimit)
+{
+    TwoEntries two;
+    const auto archive = open(two.bytes);
+    ASSERT_TRUE(archive);
+    const auto size = static_cast<std::size_t>(two.content.size());
+    EXPECT_LE(archive->read("a", size + 10).capacity(), size + 10);
+}
+
 TEST_F(ZipReaderTest, entriesOfOneNameFollowOneAnotherWithinOneLimit)
 {
     ZipWriter zip;

@@ -115,6 +115,9 @@ bool ZipReader::append(std::size_t index, std::size_t limit, Bytes &bytes)
     const auto take = [&bytes, limit](std::span<const std::uint8_t> piece) {
         if (piece.size() > limit - bytes.size())
             return false;
+        // What grows by itself grows to twice its size, also past what it may hold.
+        if (const auto size = bytes.size() + piece.size(); size > bytes.capacity())
+            bytes.reserve(std::min(limit, std::max(size, 2 * bytes.capacity())));
         bytes.insert(bytes.end(), piece.begin(), piece.end());
         return true;
     };
