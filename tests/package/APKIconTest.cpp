@@ -228,6 +228,17 @@ TEST_F(APKIcon, monochromeLayersAndStrayElementsAreLeftOut)
     EXPECT_EQ(recording.all(), "fillColor ff000002; rect 0 0 192 192; fillColor ff000004; rect 0 0 192 192");
 }
 
+TEST_F(APKIcon, whatLiesInAMonochromeLayerBelongsToNoOther)
+{
+    const auto id = fileResource(
+        "res/icon.xml",
+        adaptiveIcon(
+            {Tag{"background"}, Tag{"monochrome", {}, {layerTag("inner", argb(0xFF000002))}},
+             layerTag("foreground", argb(0xFF000004))}));
+    EXPECT_TRUE(render(id));
+    EXPECT_EQ(recording.all(), "fillColor ff000004; rect 0 0 192 192");
+}
+
 TEST_F(APKIcon, rasterFilesComeBeforeAnAdaptiveIcon)
 {
     files["res/icon.xml"] = adaptiveIcon({layerTag("background", argb(0xFF00FF00))});

@@ -77,6 +77,9 @@ TEST(Bytes, eachMaximalInvalidSequenceBecomesOneReplacement)
     EXPECT_EQ(repaired({0xF0, 0x9F, 0x98}), mark);
     // Overlong forms, surrogates and values past the end of Unicode never begin a sequence.
     EXPECT_EQ(repaired({0xC0, 0x80}), mark + mark);
+    EXPECT_EQ(repaired({0xE0, 0x9F, 0xBF}), mark + mark + mark);
+    EXPECT_EQ(repaired({0xE0, 0xA0, 0x80}), "\u0800") << "the first that takes three bytes";
+    EXPECT_EQ(repaired({0xF0, 0x8F, 0xBF, 0xBF}), mark + mark + mark + mark);
     EXPECT_EQ(repaired({0xED, 0xA0, 0x80}), mark + mark + mark);
     EXPECT_EQ(repaired({0xF4, 0x90, 0x80, 0x80}), mark + mark + mark + mark);
     EXPECT_EQ(repaired({0x80}), mark);

@@ -24,9 +24,9 @@ int journal()
 {
     static const int descriptor = [] {
         const char *path = std::getenv("POWER_CUT_JOURNAL");
-        return path ? static_cast<int>(
-                   ::syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600))
-                    : -1;
+        return path
+            ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600))
+            : -1;
     }();
     return descriptor;
 }
