@@ -24,8 +24,11 @@
 #include <QScopeGuard>
 #include <QWindow>
 
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <thread>
 
 namespace
 {
@@ -55,6 +58,18 @@ bool answers(int argc, char **argv)
         }
     }
     return false;
+}
+
+constexpr std::chrono::seconds latestEnd(10);
+
+/// The process is gone by then, whatever a thread of it is doing: an archive of gigabytes may be on its way to the
+/// disk, or a disk may not answer. All that is written survives a kill at any moment.
+void endWithin(std::chrono::seconds time)
+{
+    std::thread([time] {
+        std::this_thread::sleep_for(time);
+        std::_Exit(0);
+    }).detach();
 }
 
 } // namespace
@@ -114,9 +129,13 @@ int main(int argc, char **argv)
         if (window)
             quillnest.windowDidBecomeKey();
     });
-    // Not by QApplication::quit, which would first ask every window to close as if its user had.
-    const auto quit = [&quillnest] {
+    const auto terminate = [&quillnest] {
+        endWithin(latestEnd);
         quillnest.terminate();
+    };
+    // Not by QApplication::quit, which would first ask every window to close as if its user had.
+    const auto quit = [terminate] {
+        terminate();
         QCoreApplication::exit(0);
     };
     // The store comes with the start and the panels after it.
@@ -161,7 +180,7 @@ int main(int argc, char **argv)
          .quit = quit});
     QObject::connect(&termination, &TerminationSignals::requested, &quillnest, quit);
     // The session manager's way to the end.
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, &QuillnestApp::terminate);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, terminate);
 
     auto &windows = quillnest.windows();
     QApplication::setWindowIcon(glyphIcon(QColor(0x4C6FFF)));

@@ -4,6 +4,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 
+#include <sys/stat.h>
+
 #include <csignal>
 
 namespace quillnest::driver
@@ -169,6 +171,23 @@ TEST_F(EndTest, aWindowThatIsBeingOpenedEndsWithTheProgram)
     waitForStatus(QStringLiteral("Opened Tide"), 60);
     expectEnd();
     waitForNoDevice();
+}
+
+TEST_F(EndTest, aDiskThatDoesNotAnswerHoldsNothingUp)
+{
+    program.start();
+    program.addApps({ProgramUnderTest::sample(QStringLiteral("tide"))});
+    QDir icons(program.dataFolder() + QStringLiteral("/Icons"));
+    waitFor(QStringLiteral("the icon"), 20, [&] { return icons.entryList(QDir::Files).size() == 1; });
+    const auto icon = icons.filePath(icons.entryList(QDir::Files).first());
+    ASSERT_EQ(program.quit(), 0);
+    // Whoever reads it now waits for ever.
+    QFile::remove(icon);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(icon).constData(), 0600), 0);
+    program.start();
+    program.post(QStringLiteral("home"));
+    program.waitForTile(QStringLiteral("Tide"));
+    expectEnd();
 }
 
 } // namespace quillnest::driver

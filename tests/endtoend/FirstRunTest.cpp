@@ -332,6 +332,23 @@ TEST_F(FirstRunTest, killedWhileDownloadingTheNextStartFetchesOnlyWhatIsMissing)
     EXPECT_FALSE(QFileInfo::exists(runtime() + QStringLiteral("/downloads")));
 }
 
+TEST_F(FirstRunTest, aQuitDuringTheDownloadEndsAtOnceAndTheNextStartGoesOn)
+{
+    server.fault(QStringLiteral("slow"), QStringLiteral("500000"), image);
+    start();
+    setup.consent();
+    waitFor(QStringLiteral("the image to be on its way"), 30, [this] {
+        return setup.state().value(QStringLiteral("text")).toString().contains(QStringLiteral("System Image"))
+            && setup.state().value(QStringLiteral("fraction")).toDouble() > 0;
+    });
+    EXPECT_EQ(program.quit(12), 0);
+    EXPECT_FALSE(QFileInfo::exists(runtime() + QStringLiteral("/sdk/system-images/android-35/default/x86_64")));
+    server.clearFaults();
+    start();
+    install();
+    EXPECT_EQ(server.requests().count(emulator), 1);
+}
+
 TEST_F(FirstRunToAnAppTest, killedAtAnyMomentAToolIsWholeOrNotThere)
 {
     const auto whole = [this](const QString &tool) {
@@ -392,6 +409,22 @@ TEST_F(FirstRunOfALargeImageTest, killedWhileVerifyingAndUnpackingTheNextStartFe
     EXPECT_EQ(
         QFileInfo(runtime() + QStringLiteral("/sdk/system-images/android-35/default/x86_64/system.img")).size(),
         200'000'000);
+}
+
+TEST_F(FirstRunOfALargeImageTest, aQuitWhileAnArchiveIsUnpackedEndsAtOnceAndLeavesNothingHalf)
+{
+    start();
+    setup.consent();
+    waitFor(QStringLiteral("the unpacking"), 60, [this] {
+        return setup.state().value(QStringLiteral("text")).toString().startsWith(QStringLiteral("Unpacking Intel"));
+    });
+    EXPECT_EQ(program.quit(12), 0);
+    // It may have come to its end meanwhile.
+    const QFileInfo system(runtime() + QStringLiteral("/sdk/system-images/android-35/default/x86_64/system.img"));
+    EXPECT_EQ(system.exists() ? system.size() : 200'000'000, 200'000'000);
+    start();
+    install();
+    EXPECT_EQ(staging(), QStringList());
 }
 
 TEST_F(FirstRunTest, whatHasBeenDownloadedIsNotFetchedAgain)

@@ -94,4 +94,15 @@ TEST_F(UninstallTest, anAppIsUninstalledFromTheDeviceAfterTheUserHasSaidSo)
     waitForLog(QStringLiteral("Uninstall app.quillnest.samples.tide: Success"));
 }
 
+TEST_F(UninstallTest, aQuestionOnTheScreenDoesNotHoldTheEndUp)
+{
+    program.start();
+    openTide();
+    chooseUninstall();
+    waitForQuestion(true);
+    EXPECT_EQ(program.quit(12), 0);
+    program.start();
+    EXPECT_EQ(program.state().value(QStringLiteral("apps")).toArray().size(), 1);
+}
+
 } // namespace quillnest::driver
