@@ -7,6 +7,7 @@
 #include "runtime/AndroidRuntimePaths.h"
 #include "runtime/AndroidVersions.h"
 #include "runtime/DownloadDelegate.h"
+#include "runtime/PlainFailures.h"
 #include "runtime/RuntimeProvisionError.h"
 #include "runtime/RuntimeRepository.h"
 #include "runtime/Sha1.h"
@@ -139,13 +140,19 @@ Task<> AndroidRuntimeProvisioner::makePlan()
     if (!self || self->m_round != round)
         co_return;
     m_log->write(QStringLiteral("plan failed: ") + failureWords);
-    setPhase(Failed{failureWords});
+    setPhase(Failed{PlainFailures::ofSetup(failureWords)});
 }
 
 void AndroidRuntimeProvisioner::acceptAndInstall()
 {
     if (!m_plan || !std::holds_alternative<NeedsAcceptance>(m_phase) || selectedPaths().isComplete())
         return;
+    // The version may have been changed behind our back: nobody has agreed to the image that is wanted now.
+    if (m_plan->archives.empty() || m_plan->archives.back().packagePath != RuntimeRepository::image(m_platform)) {
+        reset();
+        prepare();
+        return;
+    }
     QStringList ids;
     for (const auto &license : m_plan->licenses)
         ids.append(license.id);
@@ -179,7 +186,7 @@ Task<> AndroidRuntimeProvisioner::acceptedInstall(RuntimePlan plan, QStringList 
     if (!self)
         co_return;
     m_log->write(QStringLiteral("install failed: ") + failureWords);
-    setPhase(Failed{failureWords});
+    setPhase(Failed{PlainFailures::ofSetup(failureWords)});
 }
 
 Task<> AndroidRuntimeProvisioner::install(const RuntimePlan &plan, const QStringList &acceptedLicenses)
@@ -239,7 +246,7 @@ Task<> AndroidRuntimeProvisioner::fetch(const RuntimeArchive &archive, const QSt
     const auto label = archive.label();
     setPhase(Downloading{label, 0});
     const auto started = m_platform.clock->monotonic();
-    DownloadDelegate delegate(m_platform, file, [self, label](qint64 written, qint64 expected) {
+    DownloadDelegate delegate(m_platform, file, archive.size, [self, label](qint64 written, qint64 expected) {
         if (self)
             self->setPhase(
                 Downloading{label, expected < 1 ? 0 : static_cast<double>(written) / static_cast<double>(expected)});

@@ -4,6 +4,7 @@
 #include "runtime/AndroidRuntimeError.h"
 #include "runtime/InstallRecords.h"
 #include "runtime/PackageName.h"
+#include "runtime/PlainFailures.h"
 
 #include <algorithm>
 
@@ -71,8 +72,14 @@ QString AppInstaller::installedPackage(const QString &apkPath) const
     } catch (const std::exception &) {
         // What the install adds to the device tells it as well.
     }
-    m_commands->runOnDevice(
-        {QStringLiteral("install"), QStringLiteral("--no-streaming"), QStringLiteral("-r"), apkPath});
+    try {
+        m_commands->runOnDevice(
+            {QStringLiteral("install"), QStringLiteral("--no-streaming"), QStringLiteral("-r"), apkPath});
+    } catch (const AndroidRuntimeError &error) {
+        if (error.errorCase() != AndroidRuntimeError::Case::commandFailed)
+            throw;
+        throw AndroidRuntimeError::commandFailed(PlainFailures::ofInstall(error.description()));
+    }
     const auto after = m_commands->thirdPartyPackages();
     const auto added = anyValidName(after - before);
     // Two readers may find two names in one file. What the device has now and hadn't before is the one that counts.

@@ -84,7 +84,7 @@ private:
             }
             m_inRevision = false;
         } else if (m_inRevision && (name == u"major" || name == u"minor" || name == u"micro")) {
-            m_revisionParts[name.toString()] = value.toInt();
+            m_revisionParts[name.toString()] = value.toLongLong();
         } else if (name == u"display-name" && m_current && !m_archive) {
             m_current->displayName = value;
         } else if (name == u"archive") {
@@ -120,7 +120,7 @@ private:
     QString m_text;
     std::optional<RepositoryList::Archive> m_archive;
     bool m_inRevision = false;
-    QMap<QString, int> m_revisionParts;
+    QMap<QString, qint64> m_revisionParts;
 };
 
 } // namespace

@@ -29,7 +29,7 @@ struct RepositoryList {
         QString channel;
         QString licenseRef;
         /// Major, minor, micro.
-        std::vector<int> revision;
+        std::vector<qint64> revision;
         std::vector<Archive> archives;
     };
 

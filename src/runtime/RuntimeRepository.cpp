@@ -59,7 +59,7 @@ RuntimeArchive chosen(const RepositoryList &list, const Wanted &wanted, const Ho
         throw RuntimeProvisionError::missingPackage(wanted.path, profile);
 
     QStringList revision;
-    for (const int part : package->revision)
+    for (const auto part : package->revision)
         revision.append(QString::number(part));
     return {
         .packagePath = wanted.path,
@@ -74,6 +74,14 @@ RuntimeArchive chosen(const RepositoryList &list, const Wanted &wanted, const Ho
 
 } // namespace
 
+QString RuntimeRepository::image(const Platform &platform)
+{
+    const int api = AndroidVersions::selected(*platform.settings);
+    return QStringLiteral("system-images;android-%1;default;%2")
+        .arg(api)
+        .arg(AndroidRuntimePaths::managed(platform, api).imageAbi);
+}
+
 std::vector<Wanted> RuntimeRepository::wanted(const Platform &platform)
 {
     const auto &repository = platform.profile.sdkRepository;
@@ -87,9 +95,7 @@ std::vector<Wanted> RuntimeRepository::wanted(const Platform &platform)
         result.push_back({QStringLiteral("platform-tools"), tools, repository});
     if (!isExecutableFile(paths.emulator()))
         result.push_back({QStringLiteral("emulator"), tools, repository});
-    result.push_back(
-        {QStringLiteral("system-images;android-%1;default;%2").arg(api).arg(paths.imageAbi),
-         systemImages.resolved(QUrl(QStringLiteral("sys-img2-3.xml"))), systemImages});
+    result.push_back({image(platform), systemImages.resolved(QUrl(QStringLiteral("sys-img2-3.xml"))), systemImages});
     return result;
 }
 

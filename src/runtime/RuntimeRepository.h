@@ -22,6 +22,9 @@ struct Wanted {
 /// The tools that the managed installation lacks, and always the system image. Looks at the disk.
 std::vector<Wanted> wanted(const Platform &platform);
 
+/// The path of the system image's package for the selected version, which comes last in every plan.
+QString image(const Platform &platform);
+
 /// Fetches the lists and chooses from them. Throws RuntimeProvisionError, or NetworkError as the host words it. Main
 /// thread.
 Task<RuntimePlan> plan(Platform platform);

@@ -21,7 +21,8 @@ public:
         bool dropped = false;
     };
 
-    /// What `fetch` answers; anything else fails with "no answer".
+    /// What `fetch` answers; anything else fails in these words.
+    QString failure = QStringLiteral("no answer");
     std::map<QUrl, HttpAnswer> answers;
     QList<QUrl> fetched;
     /// The downloads so far, in order.
@@ -32,7 +33,7 @@ public:
         fetched.append(url);
         const auto answer = answers.find(url);
         if (answer == answers.end())
-            throw NetworkError(QStringLiteral("no answer"));
+            throw NetworkError(failure);
         // The library moves out of a value that is returned by name, unless it is constant.
         co_return std::as_const(answer->second);
     }

@@ -217,7 +217,10 @@ TEST_F(AppInstallerTest, aFailedInstallSaysWhatAdbSaid)
     fakes.processes->on(
         QStringLiteral(" install --no-streaming"),
         ScriptedProcesses::Answer{"\nadb: failed to install: INSTALL_FAILED_NO_MATCHING_ABIS\n", 1});
-    EXPECT_EQ(failure(), QStringLiteral("adb: failed to install: INSTALL_FAILED_NO_MATCHING_ABIS"));
+    EXPECT_EQ(
+        failure(),
+        QStringLiteral("The app is made for another kind of processor. Look for a universal file, or one for this "
+                       "processor. (adb: failed to install: INSTALL_FAILED_NO_MATCHING_ABIS)"));
     EXPECT_EQ(cli.knownPackage(apk), std::nullopt);
 }
 

@@ -219,12 +219,12 @@ TEST_F(ProvisionerTest, progressIsTheShareOfTheWhole)
     settle();
     const auto running = network->downloads.at(0);
     EXPECT_EQ(running->url, QUrl(QStringLiteral("https://dl.google.com/android/repository/tools.zip")));
-    running->events.onWrite(25, 100);
+    running->events.onWrite(1, 4);
     EXPECT_EQ(
         provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0.25}));
-    running->events.onWrite(50, -1);
+    running->events.onWrite(2, -1);
     EXPECT_EQ(provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0}));
-    running->events.onWrite(50, 0);
+    running->events.onWrite(2, 0);
     EXPECT_EQ(provisioner->phase(), Provisioner::Phase(Provisioner::Downloading{QStringLiteral("Platform Tools"), 0}));
 }
 
@@ -268,7 +268,50 @@ TEST_F(ProvisionerTest, aTransferThatBreaksIsSaidInTheHostsWords)
     const auto events = network->downloads.at(0)->events;
     events.onCompleted(QStringLiteral("Connection closed"));
     settle();
-    EXPECT_EQ(failure(), QStringLiteral("Download failed: Connection closed"));
+    EXPECT_EQ(
+        failure(),
+        QStringLiteral("Google's servers can't be reached. Check the connection to the internet, and try again. "
+                       "(Download failed: Connection closed)"));
+    EXPECT_TRUE(log().contains(QStringLiteral("install failed: Download failed: Connection closed")));
+}
+
+TEST_F(ProvisionerTest, listsThatCannotBeFetchedAreSaidInPlainWords)
+{
+    network->answers.clear();
+    network->failure = QStringLiteral("Connection refused");
+    offer();
+    EXPECT_EQ(
+        failure(),
+        QStringLiteral("Google's servers can't be reached. Check the connection to the internet, and try again. "
+                       "(Connection refused)"));
+}
+
+TEST_F(ProvisionerTest, nothingLargerThanAnnouncedIsTaken)
+{
+    offer();
+    provisioner->acceptAndInstall();
+    settle();
+    const auto running = network->downloads.at(0);
+    const auto events = running->events;
+    events.onWrite(5, 5);
+    EXPECT_TRUE(is<Provisioner::Downloading>());
+    events.onWrite(6, -1);
+    settle();
+    EXPECT_EQ(failure(), QStringLiteral("Download failed: the file is larger than Google's list says"));
+    EXPECT_TRUE(running->dropped);
+}
+
+TEST_F(ProvisionerTest, aConsentForAnotherImageIsRefusedAndAskedForAnew)
+{
+    offer();
+    fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), 33);
+    network->answers[images].body.replace("android-35", "android-33");
+    provisioner->acceptAndInstall();
+    settle();
+    EXPECT_TRUE(network->downloads.empty());
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+    EXPECT_EQ(
+        provisioner->plan()->archives.back().packagePath, QStringLiteral("system-images;android-33;default;x86_64"));
 }
 
 TEST_F(ProvisionerTest, aWrongSumIsSaidAndTheNextAttemptFetchesAnew)

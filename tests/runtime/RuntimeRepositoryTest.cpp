@@ -278,7 +278,16 @@ TEST(RuntimeRepository, sizesThatDoNotParseAreNothing)
         "</remotePackage></r>");
     ASSERT_EQ(parsed.packages.size(), 1U);
     EXPECT_EQ(parsed.packages[0].archives[0].size, 0);
-    EXPECT_EQ(parsed.packages[0].revision, (std::vector{0, 0, 0}));
+    EXPECT_EQ(parsed.packages[0].revision, (std::vector<qint64>{0, 0, 0}));
+}
+
+TEST(RuntimeRepository, aRevisionMayCountFurtherThan32Bits)
+{
+    const auto parsed = parseRepository(
+        "<r><remotePackage path='p'><revision><major>20261122003538</major><minor>2</minor></revision>"
+        "</remotePackage></r>");
+    ASSERT_EQ(parsed.packages.size(), 1U);
+    EXPECT_EQ(parsed.packages[0].revision, (std::vector<qint64>{20261122003538, 2, 0}));
 }
 
 TEST(RuntimeRepository, prefixesThatNobodyDeclaredDoNotMatter)
