@@ -24,8 +24,16 @@ function(quillnest_tests room)
   if(T_GUI)
     target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/GuiMain.cpp)
     # One display for the whole executable: starting one for each case would cost more than the case.
-    add_test(NAME ${room} COMMAND ${CMAKE_SOURCE_DIR}/tests/with-display $<TARGET_FILE:${target}>)
-    set_tests_properties(${room} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}")
+    # What is painted depends on the display's scale, which is one for a whole process.
+    foreach(scale IN ITEMS 1 1.5 2)
+      set(name ${room})
+      if(NOT scale EQUAL 1)
+        string(APPEND name -at-scale-${scale})
+      endif()
+      add_test(NAME ${name} COMMAND ${CMAKE_SOURCE_DIR}/tests/with-display $<TARGET_FILE:${target}>)
+      set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT QT_SCALE_FACTOR=${scale})
+    endforeach()
   else()
     target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/CoreMain.cpp)
     gtest_discover_tests(${target} TEST_PREFIX ${room}. DISCOVERY_TIMEOUT 60

@@ -7,6 +7,9 @@
 #include <QPainter>
 #include <QWindow>
 
+#include <cmath>
+#include <cstdlib>
+
 namespace quillnest
 {
 
@@ -39,6 +42,7 @@ AndroidAppPanel::AndroidAppPanel(const Platform &platform, Resizing resizing)
 void AndroidAppPanel::setFrame(QRect frame)
 {
     const auto before = this->frame().size();
+    m_toldSize = frame.size();
     setGeometry(frame.marginsAdded(shadowMargins()));
     // The event of a hidden window comes when it is shown, which may be never.
     if (!isVisible() && frame.size() != before)
@@ -82,9 +86,15 @@ void AndroidAppPanel::mousePressEvent(QMouseEvent *event)
 {
     // Presses that a child wants never come here.
     if (m_movableByBackground && event->button() == Qt::LeftButton)
-        windowHandle()->startSystemMove();
+        m_drag.pressed(*event);
     else
         QWidget::mousePressEvent(event);
+}
+
+void AndroidAppPanel::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_drag.begins(*event))
+        windowHandle()->startSystemMove();
 }
 
 void AndroidAppPanel::showEvent(QShowEvent *event)
@@ -147,8 +157,21 @@ void AndroidAppPanel::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     declareShadow();
+    const auto now = frame().size();
+    if (isVisible() && isRounding(now))
+        return;
+    m_toldSize = now;
     if (isVisible())
         Q_EMIT resized();
+}
+
+bool AndroidAppPanel::isRounding(QSize size) const
+{
+    // At a broken scale the desktop gives sizes that are whole in points and in pixels, and a window that took them
+    // over would be a point smaller each time it opens.
+    const double scale = devicePixelRatioF();
+    const auto off = size - m_toldSize;
+    return scale != std::floor(scale) && std::abs(off.width()) <= 1 && std::abs(off.height()) <= 1;
 }
 
 void AndroidAppPanel::paintEvent(QPaintEvent *event)

@@ -2,6 +2,7 @@
 
 #include "look/PanelShadow.h"
 #include "platform/Platform.h"
+#include "windows/WindowDrag.h"
 
 #include <QWidget>
 
@@ -50,7 +51,7 @@ Q_SIGNALS:
     void becameKey();
     /// It has been moved while it is on screen.
     void moved();
-    /// Its frame has another size.
+    /// Its frame has another size. What the desktop rounds a size by is none.
     void resized();
     /// It has come onto the screen, or left it.
     void shown();
@@ -62,6 +63,7 @@ protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void moveEvent(QMoveEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
@@ -74,6 +76,7 @@ private:
     void showEdgeCursor(Qt::Edges edges);
     void declareShadow();
     void keyStateChanged();
+    bool isRounding(QSize size) const;
 
     const Platform &m_platform;
     const Resizing m_resizing;
@@ -81,7 +84,10 @@ private:
     const PanelShadow m_shadow;
     bool m_floating = false;
     bool m_movableByBackground = false;
+    WindowDrag m_drag;
     bool m_isKey = false;
+    /// Of the frame, as it was asked for or told last.
+    QSize m_toldSize;
     std::unique_ptr<Timer> m_grabWatch;
     Qt::Edges m_cursorEdges;
 };

@@ -51,13 +51,16 @@ protected:
         painter.fillRect(QRectF(0, height() - 1, width(), 1), colors.separator);
     }
 
-    void mousePressEvent(QMouseEvent *event) override
+    void mousePressEvent(QMouseEvent *event) override { m_drag.pressed(*event); }
+
+    void mouseMoveEvent(QMouseEvent *event) override
     {
-        if (event->button() == Qt::LeftButton && window()->windowHandle())
+        if (m_drag.begins(*event) && window()->windowHandle())
             window()->windowHandle()->startSystemMove();
     }
 
 private:
+    WindowDrag m_drag;
     const Look &m_look;
 };
 

@@ -64,12 +64,12 @@ void HeaderView::setPinned(bool on)
 
 void HeaderView::setShadeAvailable(bool on)
 {
-    m_shadeButton->setEnabled(on);
+    m_shadeButton->setVisible(on);
 }
 
 void HeaderView::setCaptureAvailable(bool on)
 {
-    m_captureButton->setEnabled(on);
+    m_captureButton->setVisible(on);
 }
 
 void HeaderView::paintEvent(QPaintEvent *)
@@ -100,7 +100,12 @@ void HeaderView::paintEvent(QPaintEvent *)
 
 void HeaderView::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton && window()->windowHandle())
+    m_drag.pressed(*event);
+}
+
+void HeaderView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_drag.begins(*event) && window()->windowHandle())
         window()->windowHandle()->startSystemMove();
 }
 

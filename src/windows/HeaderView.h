@@ -1,6 +1,7 @@
 #pragma once
 
 #include "look/LiveLook.h"
+#include "windows/WindowDrag.h"
 
 #include <QWidget>
 
@@ -20,7 +21,7 @@ public:
     HeaderView(const Platform &platform, const QString &title, QWidget *parent = nullptr);
 
     void setPinned(bool on);
-    /// Buttons whose feature has no user yet are shown disabled.
+    /// Buttons whose feature is not there are not shown.
     void setShadeAvailable(bool on);
     void setCaptureAvailable(bool on);
 
@@ -38,11 +39,13 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
 
 private:
     SymbolButton *addButton(const QString &symbol, const QString &toolTip);
 
     LiveLook m_look;
+    WindowDrag m_drag;
     QLabel *m_titleLabel = nullptr;
     SymbolButton *m_captureButton = nullptr;
     SymbolButton *m_shadeButton = nullptr;

@@ -66,9 +66,12 @@ void HomePanelController::show(std::optional<QPoint> origin)
         makePanel();
     if (!m_panel)
         return;
+    const auto &screens = *m_services.platform.screens;
     const auto size = QuillnestLayout::launcherSize(*m_services.platform.settings);
+    if (const auto screen = screens.main(); screen && !origin)
+        origin = WindowPlacement::launcherOrigin(*screen, size);
     const auto anchor = origin ? std::optional(QRect(*origin, size)) : std::nullopt;
-    m_panel->setFrame(WindowPlacement::initialFrame(*m_services.platform.screens, {}, size, anchor, {}));
+    m_panel->setFrame(WindowPlacement::initialFrame(screens, {}, size, anchor, {}));
     m_panel->orderFront();
     m_services.log->write(QStringLiteral("home page shown"));
 }

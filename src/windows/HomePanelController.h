@@ -21,7 +21,7 @@ public:
     /// Gives the launcher's view; set by the composition root. Without it there is no panel.
     std::function<QWidget *()> makeContent;
 
-    /// Shows the panel with its top left corner at `origin`, else in the upper right corner of the main screen.
+    /// Shows the panel with its top left corner at `origin`, else beside the status icons of the main screen.
     void show(std::optional<QPoint> origin);
     void orderOut();
     /// The frame of the panel while it is on screen.

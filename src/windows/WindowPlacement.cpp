@@ -95,6 +95,18 @@ QRect WindowPlacement::initialFrame(
     return besideOthers(frame, *visible, taken);
 }
 
+QPoint WindowPlacement::launcherOrigin(const ScreenInfo &screen, QSize size)
+{
+    const auto visible = screen.visibleFrame;
+    const int x = visible.x() + visible.width() - size.width() - 12;
+    const int barAtTop = visible.y() - screen.frame.y();
+    const int barAtBottom = screen.frame.bottom() - visible.bottom();
+    const int top = visible.y() + 6;
+    if (barAtBottom <= barAtTop)
+        return {x, top};
+    return {x, std::max(top, visible.bottom() + 1 - size.height() - 6)};
+}
+
 QRect WindowPlacement::fittedFrame(QRect frame, QSize wanted, QRect visible)
 {
     const QSize size = wanted.boundedTo(visible.size());

@@ -34,6 +34,10 @@ QRect initialFrame(
     const Screens &screens, const Record &record, QSize size, std::optional<QRect> anchor,
     const std::vector<QPoint> &taken);
 
+/// Where the launcher opens by itself: in the right corner at the top, or at the bottom if that is where the desktop's
+/// bar is, with the status icons in it.
+QPoint launcherOrigin(const ScreenInfo &screen, QSize size);
+
 /// Where a frame of `wanted` size goes that keeps `frame`'s top left corner inside `visible`.
 QRect fittedFrame(QRect frame, QSize wanted, QRect visible);
 } // namespace WindowPlacement

@@ -1,4 +1,5 @@
 #include "look/InterfaceStyle.h"
+#include "fakes/InPoints.h"
 #include "look/Fonts.h"
 
 #include "look/Palette.h"
@@ -25,7 +26,7 @@ protected:
     QImage picture()
     {
         menu.adjustSize();
-        return menu.grab().toImage();
+        return inPoints(menu.grab());
     }
 
     int pixelsOf(const QColor &color, const QImage &image, QRect area) const

@@ -2,6 +2,7 @@
 
 #include "fakes/FakePlatform.h"
 #include "fakes/FakeSymbols.h"
+#include "fakes/InPoints.h"
 #include "look/Look.h"
 
 #include <QAccessible>
@@ -74,7 +75,7 @@ protected:
     static void focus(QWidget &widget) { widget.setFocus(Qt::TabFocusReason); }
 
     /// As it is seen in the window, its ground included.
-    QImage picture(const QWidget &widget) { return window.grab(widget.geometry()).toImage(); }
+    QImage picture(const QWidget &widget) { return inPoints(window.grab(widget.geometry())); }
     static int count(const QImage &image, const QColor &color, QRect area = {})
     {
         int found = 0;

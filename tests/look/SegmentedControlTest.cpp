@@ -31,7 +31,7 @@ protected:
     QImage pictureOf(int index)
     {
         const auto area = pages.segment(index).geometry().translated(pages.pos());
-        return window.grab(area).toImage();
+        return inPoints(window.grab(area));
     }
 
     SegmentedControl &pages = put(

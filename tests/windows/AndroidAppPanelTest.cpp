@@ -272,9 +272,16 @@ TEST_F(BlendedPanelTest, theDesktopIsToldOfTheShadowAtEachSize)
     panel->orderFront();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(panel.get()));
     ASSERT_FALSE(fakes.screens->shadows.isEmpty());
-    EXPECT_EQ(fakes.screens->shadows.last().size(), frame.size());
+    // At a broken scale the desktop rounds.
+    const double scale = panel->devicePixelRatioF();
+    const int most = scale == std::floor(scale) ? 0 : 1;
+    const auto isToldOf = [&](QSize size) {
+        const auto off = size - fakes.screens->shadows.last().size();
+        return std::abs(off.width()) <= most && std::abs(off.height()) <= most;
+    };
+    EXPECT_TRUE(isToldOf(frame.size()));
     panel->setFrame(frame.adjusted(0, 0, 50, 60));
-    EXPECT_TRUE(comesTrue(fakes, [&] { return fakes.screens->shadows.last().size() == QSize(350, 460); }));
+    EXPECT_TRUE(comesTrue(fakes, [&] { return isToldOf({350, 460}); }));
 }
 
 TEST_F(BlendedPanelTest, theEdgesAreTakenAtTheFrameAndALittleOutside)

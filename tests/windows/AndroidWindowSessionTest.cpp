@@ -147,7 +147,8 @@ TEST_F(AndroidWindowSessionTest, theWindowHasItsTitleItsLeastSizeAndItsParts)
     auto &session = openKey();
     EXPECT_EQ(session.panel().windowTitle(), QStringLiteral("Quillnest · Example"));
     EXPECT_EQ(session.panel().minimumSize(), QSize(280, 420));
-    EXPECT_EQ(videoView(session).geometry(), QRect(0, 36, 390, 724));
+    EXPECT_EQ(videoView(session).pos(), QPoint(0, 36));
+    EXPECT_TRUE(isAbout(session.panel(), videoView(session).size(), {390, 724}));
     EXPECT_TRUE(videoView(session).hasFocus());
 }
 
@@ -188,12 +189,13 @@ TEST_F(AndroidWindowSessionTest, theRecordHoldsTheFrameAndThePin)
 TEST_F(AndroidWindowSessionTest, hidingAndClosingSaveTheFrame)
 {
     auto &session = openKey();
+    const int width = session.panel().width();
     fakes.settings->remove(QStringLiteral("Quillnest.window.") + package);
     session.hide();
-    EXPECT_EQ(record().value(QStringLiteral("w")), 390);
+    EXPECT_EQ(record().value(QStringLiteral("w")), width);
     fakes.settings->remove(QStringLiteral("Quillnest.window.") + package);
     session.close(QStringLiteral("test"));
-    EXPECT_EQ(record().value(QStringLiteral("w")), 390);
+    EXPECT_EQ(record().value(QStringLiteral("w")), width);
 }
 
 // Hiding and closing.
@@ -334,7 +336,8 @@ TEST_F(AndroidWindowSessionTest, homePutsTheLauncherInTheWindowsPlace)
     QTest::mouseClick(headerButton(session, QStringLiteral("Quillnest apps")), Qt::LeftButton);
     EXPECT_FALSE(session.panel().isVisible());
     EXPECT_FALSE(session.isClosing());
-    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(200, 210, 390, 760));
+    EXPECT_EQ(registry->menuBarPopupFrame()->topLeft(), QPoint(200, 210));
+    EXPECT_TRUE(isAbout(session.panel(), registry->menuBarPopupFrame()->size(), {390, 760}));
     EXPECT_TRUE(hasLogged(QStringLiteral("home page shown")));
 }
 
@@ -381,7 +384,8 @@ TEST_F(AndroidWindowSessionTest, aBackThatLeavesTheAppClosesItsWindowAndShowsThe
     session.handleBack();
     pass(200ms);
     ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
-    EXPECT_EQ(registry->menuBarPopupFrame(), QRect(origin, QSize(390, 760)));
+    EXPECT_EQ(registry->menuBarPopupFrame()->topLeft(), origin);
+    EXPECT_TRUE(isAbout(*registry->homePanel().panel(), registry->menuBarPopupFrame()->size(), {390, 760}));
     EXPECT_TRUE(hasLogged(QStringLiteral("back left org.example.app: closing window, showing Quillnest home")));
     EXPECT_TRUE(hasLogged(QStringLiteral("close package=org.example.app reason=back on first screen")));
     pass(5s);
@@ -497,17 +501,19 @@ TEST_F(AndroidWindowSessionTest, manyResizesInARowSendOneMessageWhenTheyHaveStop
     device.sent(session);
     for (const auto size : {QSize(400, 700), QSize(410, 720), QSize(430, 750)}) {
         session.panel().resize(size);
-        ASSERT_TRUE(waitFor([&] { return videoView(session).size() == size - QSize(0, 36); }));
+        ASSERT_TRUE(waitFor([&] { return isAbout(session.panel(), videoView(session).size(), size - QSize(0, 36)); }));
         pass(200ms);
     }
     EXPECT_EQ(device.sent(session), QByteArray());
     pass(50ms);
-    EXPECT_EQ(device.sent(session), bytes::resize(424, 712));
+    const auto display = displayFor(session);
+    EXPECT_EQ(device.sent(session), bytes::resize(display.width(), display.height()));
     pass(5s);
     EXPECT_EQ(device.sent(session), QByteArray());
     const auto content = fakes.readFile(QStringLiteral("Logs/Quillnest/native-org.example.app.log"));
-    EXPECT_TRUE(content && content->contains("Quillnest: resize display 424x712\n"));
-    EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(430, 750));
+    const auto line = QStringLiteral("Quillnest: resize display %1x%2\n").arg(display.width()).arg(display.height());
+    EXPECT_TRUE(content && content->contains(line.toUtf8()));
+    EXPECT_TRUE(isAbout(session.panel(), QuillnestLayout::size(*fakes.settings).toSize(), {430, 750}));
 }
 
 TEST_F(AndroidWindowSessionTest, openingAWindowSendsNoSize)
@@ -546,7 +552,7 @@ TEST_F(AndroidWindowSessionTest, aSizeOfTheMenuIsAppliedToTheWindow)
     session.panel().move(100, 100);
     ASSERT_TRUE(waitFor([&session] { return session.panel().geometry().topLeft() == QPoint(100, 100); }));
     withSizeMenu(session, [](QMenu &menu) { menu.actions()[6]->trigger(); });
-    EXPECT_TRUE(waitFor([&session] { return videoView(session).size() == QSize(390, 840); }));
+    EXPECT_TRUE(waitFor([&session] { return isAbout(session.panel(), videoView(session).size(), {390, 840}); }));
     EXPECT_EQ(session.panel().geometry().topLeft(), QPoint(100, 100));
     EXPECT_EQ(QuillnestLayout::size(*fakes.settings), QSizeF(390, 876));
     EXPECT_TRUE(hasLogged(QStringLiteral("window size preset Tall — 390 × 840")));

@@ -128,16 +128,24 @@ TEST_F(HeaderViewTest, aPinnedWindowShowsAFilledPinInTheAccentColour)
     EXPECT_EQ(symbols->asked, QStringList{QStringLiteral("pin")});
 }
 
-TEST_F(HeaderViewTest, buttonsWithoutAFeatureAreDisabled)
+TEST_F(HeaderViewTest, buttonsWithoutAFeatureAreNotShown)
 {
     header->setShadeAvailable(false);
     header->setCaptureAvailable(false);
+    const auto shown = [this] {
+        QStringList names;
+        for (const auto *button : buttons()) {
+            if (button->isVisibleTo(header.get()))
+                names.append(button->accessibleName());
+        }
+        return names;
+    };
+    EXPECT_FALSE(shown().contains(QStringLiteral("Notifications")));
+    EXPECT_FALSE(shown().contains(QStringLiteral("Screenshot / screen recording")));
+    EXPECT_TRUE(shown().contains(QStringLiteral("Window size")));
     int calls = 0;
     QObject::connect(header.get(), &HeaderView::shadeRequested, header.get(), [&calls] { ++calls; });
     QObject::connect(header.get(), &HeaderView::captureMenuRequested, header.get(), [&calls] { ++calls; });
-    for (auto *button : buttons())
-        QTest::mouseClick(button, Qt::LeftButton);
-    EXPECT_EQ(calls, 0);
     header->setShadeAvailable(true);
     header->setCaptureAvailable(true);
     for (auto *button : buttons())
@@ -187,4 +195,26 @@ TEST_F(HeaderViewTest, aChangeOfTheAppearanceIsShownAtOnce)
     symbols->asked.clear();
     fakes.appearance->setDark(true);
     EXPECT_TRUE(QTest::qWaitFor([this] { return symbols->asked.size() >= 8; }, 30000));
+}
+
+TEST(WindowDrag, beginsOnceWithTheFirstRealMovementAndNotAtAClick)
+{
+    WindowDrag drag;
+    const auto event = [](QEvent::Type type, QPointF at, Qt::MouseButton button, Qt::MouseButtons held) {
+        return QMouseEvent(type, at, at, button, held, {});
+    };
+    const auto press = [&](Qt::MouseButton button) {
+        drag.pressed(event(QEvent::MouseButtonPress, {50, 10}, button, button));
+    };
+    const auto begins = [&](QPointF at, Qt::MouseButtons held) {
+        return drag.begins(event(QEvent::MouseMove, at, Qt::NoButton, held));
+    };
+    EXPECT_FALSE(begins({90, 10}, Qt::LeftButton)) << "nothing was pressed here";
+    press(Qt::LeftButton);
+    EXPECT_FALSE(begins({51, 11}, Qt::LeftButton));
+    EXPECT_FALSE(begins({90, 10}, Qt::NoButton)) << "released before it moved";
+    EXPECT_TRUE(begins({90, 10}, Qt::LeftButton));
+    EXPECT_FALSE(begins({95, 10}, Qt::LeftButton));
+    press(Qt::RightButton);
+    EXPECT_FALSE(begins({90, 10}, Qt::RightButton));
 }

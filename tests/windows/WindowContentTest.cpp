@@ -50,7 +50,7 @@ protected:
         fakes.platform.video = video;
         fakes.platform.symbols = std::make_shared<FakeSymbols>();
         content = std::make_unique<WindowContent>(fakes.platform, QStringLiteral("Example"));
-        content->resize(390, 760);
+        content->resize(392, 760);
     }
 
     void show(QWidget &window) const
@@ -82,8 +82,8 @@ protected:
 TEST_F(WindowContentTest, thePictureHasWhatTheHeaderLeaves)
 {
     show(*content);
-    EXPECT_EQ(content->header().geometry(), QRect(0, 0, 390, 36));
-    EXPECT_EQ(content->videoView().geometry(), QRect(0, 36, 390, 724));
+    EXPECT_EQ(content->header().geometry(), QRect(0, 0, 392, 36));
+    EXPECT_EQ(content->videoView().geometry(), QRect(0, 36, 392, 724));
     content->resize(400, 500);
     fakes.settle();
     EXPECT_EQ(content->header().geometry(), QRect(0, 0, 400, 36));
@@ -103,8 +103,8 @@ TEST_F(WindowContentTest, overlaysStandInTheirPlacesHiddenAtFirst)
     EXPECT_FALSE(banner->isVisible());
     shade->show();
     banner->show();
-    EXPECT_EQ(shade->geometry(), QRect(0, 36, 390, 724));
-    EXPECT_EQ(banner->geometry(), QRect(10, 44, 370, 60));
+    EXPECT_EQ(shade->geometry(), QRect(0, 36, 392, 724));
+    EXPECT_EQ(banner->geometry(), QRect(10, 44, 372, 60));
     content->resize(300, 500);
     fakes.settle();
     EXPECT_EQ(shade->geometry(), QRect(0, 36, 300, 464));
@@ -128,8 +128,8 @@ TEST_F(WindowContentTest, aBannerIsAsHighAsItWantsToBeWheneverThatChanges)
     label->setWordWrap(true);
     content->put(label, WindowContent::Place::belowHeader);
     label->show();
-    EXPECT_EQ(label->width(), 370);
-    EXPECT_EQ(label->height(), label->heightForWidth(370));
+    EXPECT_EQ(label->width(), 372);
+    EXPECT_EQ(label->height(), label->heightForWidth(372));
 }
 
 TEST_F(WindowContentTest, aBannerLiesAboveTheShadeWhicheverCameFirstAndTheLaterOneOfAPlaceAboveTheOther)

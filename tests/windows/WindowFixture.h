@@ -15,6 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+
 namespace quillnest
 {
 
@@ -90,6 +93,20 @@ protected:
     }
 
     bool waitFor(const std::function<bool()> &condition) const { return comesTrue(fakes, condition); }
+
+    /// Whether these are the same but for what the desktop rounds windows by at a broken scale.
+    static bool isAbout(const QWidget &widget, QSize is, QSize expected)
+    {
+        const double scale = widget.devicePixelRatioF();
+        const int most = scale == std::floor(scale) ? 0 : 1;
+        return std::abs(is.width() - expected.width()) <= most && std::abs(is.height() - expected.height()) <= most;
+    }
+    /// The display that Android is asked for: as many pixels as the picture has, cut to eight.
+    static QSize displayFor(const AndroidWindowSession &session)
+    {
+        const auto pixels = (QSizeF(videoView(session).size()) * session.panel().devicePixelRatioF()).toSize();
+        return {pixels.width() / 8 * 8, pixels.height() / 8 * 8};
+    }
 
     /// Another window of the desktop takes the keyboard.
     void takeKeyboard()

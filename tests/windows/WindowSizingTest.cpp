@@ -2,8 +2,8 @@
 #include "windows/WindowFixture.h"
 #include "windows/WindowPlacement.h"
 
-// How a change of a window's size reaches Android. The numbers are those of scale 1 and 2, at which the
-// tests are run.
+// How a change of a window's size reaches Android. The numbers are those of scale 1 and 2; the tests are run at 1.5 as
+// well.
 
 using namespace quillnest;
 using namespace std::chrono_literals;
@@ -14,16 +14,17 @@ namespace
 class WindowSizingTest : public WindowFixture
 {
 protected:
-    /// The one of the values that belongs to the scale of the test's display.
-    template <typename Value> static Value atScale(const AndroidWindowSession &session, Value one, Value two)
+    /// The display that belongs to the scale of the test's screen. At a broken one the desktop rounds the window.
+    static QSize atScale(const AndroidWindowSession &session, QSize one, QSize two)
     {
-        return session.panel().devicePixelRatioF() == 2 ? two : one;
+        const double scale = session.panel().devicePixelRatioF();
+        return scale == 1 ? one : scale == 2 ? two : displayFor(session);
     }
 
     QByteArray resizedTo(AndroidWindowSession &session, QSize frame)
     {
         session.panel().resize(frame);
-        EXPECT_TRUE(waitFor([&] { return videoView(session).size() == frame - QSize(0, 36); }));
+        EXPECT_TRUE(waitFor([&] { return isAbout(session.panel(), videoView(session).size(), frame - QSize(0, 36)); }));
         pass(300ms);
         return device.sent(session);
     }
@@ -36,8 +37,9 @@ TEST_F(WindowSizingTest, theDisplayIsAskedForThePixelsOfThePicture)
     auto &session = openKey();
     device.connect(session);
     device.sent(session);
+    const auto sent = resizedTo(session, {430, 750});
     const auto display = atScale(session, QSize(424, 712), QSize(856, 1424));
-    EXPECT_EQ(resizedTo(session, {430, 750}), bytes::resize(display.width(), display.height()));
+    EXPECT_EQ(sent, bytes::resize(display.width(), display.height()));
 }
 
 TEST_F(WindowSizingTest, aDisplayThatIsTooSmallIsNotAskedFor)
@@ -47,10 +49,13 @@ TEST_F(WindowSizingTest, aDisplayThatIsTooSmallIsNotAskedFor)
     session.panel().setMinimumSize(1, 1);
     // 40 points are 80 pixels at most.
     EXPECT_EQ(resizedTo(session, {390, 36 + 40}), QByteArray());
-    const int height = atScale(session, 103, 51);
+    // At one and a half the desktop's steps are coarser.
+    const double scale = session.panel().devicePixelRatioF();
+    const int height = scale == 1 ? 103 : scale == 2 ? 51 : 64;
     EXPECT_EQ(resizedTo(session, {390, 36 + height}), QByteArray());
+    const auto sent = resizedTo(session, {390, 36 + height + (scale == 1.5 ? 8 : 1)});
     const auto display = atScale(session, QSize(384, 104), QSize(776, 104));
-    EXPECT_EQ(resizedTo(session, {390, 36 + height + 1}), bytes::resize(display.width(), display.height()));
+    EXPECT_EQ(sent, bytes::resize(display.width(), display.height()));
 }
 
 TEST_F(WindowSizingTest, aSizeThatIsAppliedToAHiddenWindowReachesAndroid)
@@ -68,7 +73,7 @@ TEST_F(WindowSizingTest, aSizeThatIsAppliedToAHiddenWindowReachesAndroid)
     EXPECT_EQ(record().value(QStringLiteral("w")), 380);
     // What the window hears of it when it is shown is nothing new.
     session.show();
-    ASSERT_TRUE(waitFor([&] { return videoView(session).size() == QSize(380, 720); }));
+    ASSERT_TRUE(waitFor([&] { return isAbout(session.panel(), videoView(session).size(), {380, 720}); }));
     pass(1s);
     const auto again = device.sent(session);
     EXPECT_TRUE(again.isEmpty() || again == bytes::resize(display.width(), display.height()));
@@ -184,4 +189,16 @@ TEST_F(WindowSizingTest, aRecordWhoseValuesHaveOtherTypesIsReadAsFarAsItGoes)
     // Only a switch can be on.
     for (const auto &value : {QVariant(1), QVariant(QStringLiteral("true")), QVariant(2.5), QVariant()})
         EXPECT_FALSE(load(value, 3).isPinned) << value.toString().toStdString();
+}
+
+TEST(WindowPlacement, theLauncherOpensAtTheEdgeOfTheDesktopsBar)
+{
+    const QRect screen(0, 0, 1280, 800);
+    const QSize size(390, 600);
+    const auto origin = [&](QRect visible) { return WindowPlacement::launcherOrigin({screen, visible, 1}, size); };
+    EXPECT_EQ(origin({0, 30, 1280, 770}), QPoint(1280 - 390 - 12, 36));
+    EXPECT_EQ(origin({0, 0, 1280, 768}), QPoint(1280 - 390 - 12, 768 - 600 - 6));
+    EXPECT_EQ(origin({0, 0, 1280, 800}), QPoint(1280 - 390 - 12, 6)) << "without a bar";
+    EXPECT_EQ(origin({0, 200, 1280, 590}), QPoint(1280 - 390 - 12, 206)) << "of two the wider";
+    EXPECT_EQ(origin({0, 0, 1240, 600}), QPoint(1240 - 390 - 12, 6)) << "what doesn't fit begins at the top";
 }
