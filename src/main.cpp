@@ -183,7 +183,7 @@ int main(int argc, char **argv)
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &quillnest, terminate);
 
     auto &windows = quillnest.windows();
-    QApplication::setWindowIcon(glyphIcon(QColor(0x4C6FFF)));
+    QApplication::setWindowIcon(glyphIcon(glyphBlue));
     const auto togglePanel = [&windows] {
         if (windows.menuBarPopupFrame())
             windows.closeMenuBarPopup();
@@ -191,7 +191,7 @@ int main(int argc, char **argv)
             windows.showMenuBarPopup(std::nullopt);
     };
     const auto statusItem = platform.statusItems->add(
-        glyphIcon(Palette::current(platform).label), QStringLiteral("Quillnest"), togglePanel,
+        glyphIcon(glyphBlue), QStringLiteral("Quillnest"), togglePanel,
         {{QStringLiteral("Show Apps"), [&windows] { windows.showMenuBarPopup(std::nullopt); }},
          {QStringLiteral("Quit Quillnest"), quit}});
     // Without a place for the status item the panel is the only way in.

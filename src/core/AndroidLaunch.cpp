@@ -88,10 +88,12 @@ Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
     }
     if (!self)
         co_return;
-    if (failure)
+    if (failure) {
         fail(app, *failure);
-    else
-        clearLaunching(app.id);
+        co_return;
+    }
+    m_failures.erase(app.id);
+    clearLaunching(app.id);
 }
 
 void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt)
@@ -134,6 +136,7 @@ Task<> AndroidLaunch::tellEnd(QString name, std::optional<QString> error)
 
 void AndroidLaunch::fail(const MobileApp &app, const QString &description)
 {
+    m_failures.insert_or_assign(app.id, description);
     clearLaunching(app.id);
     m_android.refresh();
     m_services.log->write(QStringLiteral("open failed app=%1 error=%2").arg(app.name, description));
@@ -144,7 +147,8 @@ void AndroidLaunch::clearLaunching(QUuid id)
 {
     // A later launch may have taken the field over, and its tile must keep its spinner.
     if (m_launchingAppID == id)
-        setLaunching(std::nullopt);
+        m_launchingAppID.reset();
+    Q_EMIT launchingChanged();
 }
 
 void AndroidLaunch::setLaunching(std::optional<QUuid> id)

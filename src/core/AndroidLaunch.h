@@ -6,6 +6,7 @@
 #include "core/StoreServices.h"
 
 #include <chrono>
+#include <map>
 #include <optional>
 
 namespace quillnest
@@ -22,6 +23,13 @@ public:
     /// The app whose launch began last and hasn't come to its end.
     std::optional<QUuid> launchingAppID() const { return m_launchingAppID; }
 
+    /// What became of an app's last launch if that failed, whole; absent from its next success on.
+    std::optional<QString> failure(QUuid id) const
+    {
+        const auto found = m_failures.find(id);
+        return found == m_failures.end() ? std::nullopt : std::optional(found->second);
+    }
+
     /// The one road of all callers to an app's window.
     void launch(const MobileApp &app);
 
@@ -29,6 +37,7 @@ public:
     void prewarm();
 
 Q_SIGNALS:
+    /// The app that is being launched, or how a launch ended, is another.
     void launchingChanged();
 
 private:
@@ -46,6 +55,7 @@ private:
     AndroidStatus &m_android;
     StatusLine &m_status;
     std::optional<QUuid> m_launchingAppID;
+    std::map<QUuid, QString> m_failures;
     bool m_prewarming = false;
 };
 

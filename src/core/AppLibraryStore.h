@@ -44,6 +44,8 @@ public:
     /// The title of the player window.
     QString activeAndroidName() const { return QStringLiteral("Android App"); }
     std::optional<QUuid> launchingAppID() const { return m_launch.launchingAppID(); }
+    /// Why an app's last launch failed; absent if it didn't.
+    std::optional<QString> launchFailure(QUuid id) const { return m_launch.failure(id); }
     const QSet<QUuid> &runningAppIDs() const { return m_runningAppIDs; }
     const QSet<QUuid> &unreadAppIDs() const { return m_unreadAppIDs; }
     const std::optional<AndroidMedia> &nowPlaying() const { return m_nowPlaying; }

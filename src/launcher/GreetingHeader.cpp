@@ -4,7 +4,11 @@
 
 #include <QLocale>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QStyle>
+
+#include <algorithm>
+#include <vector>
 
 namespace quillnest
 {
@@ -17,6 +21,64 @@ constexpr int minute = 60'000;
 int lineHeight(const QFont &font)
 {
     return (font.pixelSize() * 5 + 3) / 4;
+}
+
+/// A piece of a date's format: a field's letters, a quoted text, or what stands between.
+struct Piece {
+    QString text;
+    bool isField = false;
+    bool isQuoted = false;
+};
+
+std::vector<Piece> piecesOf(const QString &format)
+{
+    static const QRegularExpression piece(QStringLiteral("(?<field>([dMy])\\2*)|(?<quoted>'[^']*')|."));
+    std::vector<Piece> pieces;
+    for (auto found = piece.globalMatch(format); found.hasNext();) {
+        const auto match = found.next();
+        pieces.push_back({match.captured(), match.hasCaptured(u"field"), match.hasCaptured(u"quoted")});
+    }
+    return pieces;
+}
+
+/// The format without a field, and without what joins that to its neighbours.
+QString without(const QString &format, const QString &field)
+{
+    auto pieces = piecesOf(format);
+    const auto isField = [](const Piece &piece) { return piece.isField; };
+    const auto at = std::find_if(pieces.begin(), pieces.end(), [&](const Piece &piece) {
+        return piece.isField && piece.text.startsWith(field);
+    });
+    if (at == pieces.end())
+        return format;
+    auto begin = at;
+    const auto end = std::find_if(at + 1, pieces.end(), isField);
+    // At the end the words before it go, but neither a full stop nor a word that belongs to the field before.
+    while (end == pieces.end() && begin != pieces.begin()) {
+        const auto &before = *(begin - 1);
+        const bool belongs = before.text == u"." && begin - 1 != pieces.begin() && (begin - 2)->isField;
+        if (before.isField || belongs || (!before.isQuoted && before.text.front().isLetter()))
+            break;
+        --begin;
+    }
+    pieces.erase(begin, end);
+    QString result;
+    for (const auto &piece : pieces)
+        result += piece.text;
+    return result.trimmed();
+}
+
+/// As the language writes a weekday, a day and a month.
+QString dateFormat(const QLocale &locale)
+{
+    return without(locale.dateFormat(QLocale::LongFormat), QStringLiteral("y"));
+}
+
+/// The clock is drawn once a minute.
+QString clockFormat(const QLocale &locale)
+{
+    static const QRegularExpression seconds(QStringLiteral("[^hHmaApP]?ss?"));
+    return locale.timeFormat(QLocale::ShortFormat).remove(seconds);
 }
 } // namespace
 
@@ -41,22 +103,29 @@ QString GreetingHeader::greeting(QTime time)
 
 GreetingHeader::Lines GreetingHeader::lines(ThemeStyle style, const QDateTime &time, const QLocale &locale)
 {
-    const auto date = [&](const char *format) { return locale.toString(time.date(), QLatin1String(format)); };
+    const auto date = [&](const QString &format) { return locale.toString(time.date(), format); };
+    const auto wide = dateFormat(locale);
     const auto hello = greeting(time.time());
     switch (style) {
     case ThemeStyle::oneui:
         return {
-            {locale.toString(time.time(), QLocale::ShortFormat), displayFont(34, QFont::Light)},
-            {date("dddd, d MMMM"), interfaceFont(13), true}};
+            {locale.toString(time.time(), clockFormat(locale)), displayFont(34, QFont::Light)},
+            {date(wide), interfaceFont(13), true}};
     case ThemeStyle::ios:
         return {
-            {date("dddd"), interfaceFont(13, QFont::DemiBold), true}, {date("d MMMM"), displayFont(30, QFont::Bold)}};
+            {date(QStringLiteral("dddd")), interfaceFont(13, QFont::DemiBold), true},
+            {date(without(wide, QStringLiteral("ddd"))), displayFont(30, QFont::Bold)}};
     case ThemeStyle::pixel:
-        return {{date("ddd, d MMM"), interfaceFont(13), true}, {hello, roundedFont(22)}};
+        return {
+            {date(QString(wide)
+                      .replace(QStringLiteral("dddd"), QStringLiteral("ddd"))
+                      .replace(QStringLiteral("MMMM"), QStringLiteral("MMM"))),
+             interfaceFont(13), true},
+            {hello, roundedFont(22)}};
     case ThemeStyle::classic:
         break;
     }
-    return {{hello, displayFont(24, QFont::DemiBold)}, {date("dddd, d MMMM"), interfaceFont(12), true}};
+    return {{hello, displayFont(24, QFont::DemiBold)}, {date(wide), interfaceFont(12), true}};
 }
 
 QSize GreetingHeader::sizeHint() const

@@ -9,12 +9,12 @@
 #include "launcher/QuillDock.h"
 #include "launcher/SearchField.h"
 #include "launcher/StatusPill.h"
+#include "launcher/StatusText.h"
 #include "launcher/grid/AppArea.h"
+#include "launcher/grid/EdgeFade.h"
 #include "launcher/settings/SettingsPane.h"
 #include "launcher/wallpaper/Wallpaper.h"
-#include "look/ElidedLabel.h"
 #include "look/Fonts.h"
-#include "look/PlainWords.h"
 #include "runtime/AndroidRuntimePaths.h"
 
 #include <QDragEnterEvent>
@@ -99,6 +99,7 @@ MenuPanel::MenuPanel(const PanelServices &services, Mode mode, QWidget *parent)
     inset(m_dock);
     m_apps = new AppArea(services, m_look, m_launcher);
     column->addWidget(m_apps, 1);
+    new EdgeFade(m_apps->scrollArea(), *this, [this](QPainter &painter) { paintGround(painter); });
     // Without the apps the rest keeps to the top.
     m_fill = new QSpacerItem(0, 0);
     column->addItem(m_fill);
@@ -139,13 +140,13 @@ QWidget *MenuPanel::makeFooter()
     auto *footer = new QWidget(m_launcher);
     footer->setFixedHeight(footerHeight);
     auto *row = new QHBoxLayout(footer);
-    row->setContentsMargins(margin, 0, margin, 4);
+    const bool mirrored = layoutDirection() == Qt::RightToLeft;
+    constexpr int inset = StatusText::inset;
+    row->setContentsMargins(margin - (mirrored ? 0 : inset), 0, margin - (mirrored ? inset : 0), 4);
     row->setSpacing(8);
-    m_status = new ElidedLabel(footer);
-    m_status->setFont(interfaceFont(11));
-    m_status->setTextFormat(Qt::PlainText);
+    m_status = new StatusText(m_look, *m_services.platform.pasteboard, footer);
     row->addWidget(m_status, 1);
-    m_pill = new StatusPill(footer);
+    m_pill = new StatusPill(m_look, footer);
     row->addWidget(m_pill);
     return footer;
 }
@@ -240,9 +241,7 @@ void MenuPanel::importFiles()
 
 void MenuPanel::showStatus()
 {
-    const auto text = m_services.store.statusMessage();
-    m_status->setText(text);
-    m_status->setToolTip(plainToolTip(text));
+    m_status->setWords(m_services.store.statusMessage());
 }
 
 void MenuPanel::settingChanged(const QString &key)
@@ -278,15 +277,21 @@ void MenuPanel::refreshParts()
     const bool setup = showSetup();
     if (setup && !m_setup) {
         m_setup = m_services.makeSetupView(m_launcher);
-        m_setupPlace->setContentsMargins(margin + setupPadding + 8, 12, margin + setupPadding + 8, 0);
         m_setupPlace->addWidget(m_setup);
     }
+    const bool hadFocus = m_setup && !setup && (m_setup->hasFocus() || m_setup->isAncestorOf(focusWidget()));
     if (m_setup)
         m_setup->setVisible(setup);
+    // A layout keeps its margins around nothing.
+    const int side = margin + setupPadding;
+    m_setupPlace->setContentsMargins(setup ? QMargins(side, 12, side, 0) : QMargins());
     m_dock->setVisible(!setup);
     m_apps->setVisible(!setup);
     m_fill->changeSize(0, 0, QSizePolicy::Minimum, setup ? QSizePolicy::Expanding : QSizePolicy::Fixed);
     m_launcher->layout()->invalidate();
+    // Android has been set up: the keyboard goes on with the apps.
+    if (hadFocus)
+        takeFocus();
 
     setColor(m_title, colors.label);
     setColor(m_status, colors.secondaryLabel);
@@ -330,6 +335,11 @@ std::vector<MenuPanel::PlacedTile> MenuPanel::placedTiles() const
 void MenuPanel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    paintGround(painter);
+}
+
+void MenuPanel::paintGround(QPainter &painter)
+{
     const bool rounded = window()->testAttribute(Qt::WA_TranslucentBackground);
     m_background.paint(painter, rect(), m_look, rounded ? windowCornerRadius : 0);
 }
@@ -342,7 +352,18 @@ void MenuPanel::resizeEvent(QResizeEvent *)
 void MenuPanel::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
+    // The photo behind it may have come or gone meanwhile, which nobody tells.
+    if (Wallpaper::isSet(m_services.platform) != m_look.hasWallpaper)
+        lookChanged();
     takeFocus();
+}
+
+void MenuPanel::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    // What was looked for last time would hide the library the next time. A desktop that is merely left keeps it.
+    if (!event->spontaneous())
+        m_services.store.setSearch({});
 }
 
 void MenuPanel::takeFocus()

@@ -16,13 +16,13 @@ namespace quillnest
 
 class AppArea;
 class DropOverlay;
-class ElidedLabel;
 class GreetingHeader;
 class HeaderIconButton;
 class QuillDock;
 class SearchField;
 class SettingsPane;
 class StatusPill;
+class StatusText;
 
 /// The launcher: a greeting, the search, what Android is doing, and the library as grids of tiles. Takes dropped files
 /// and makes room for the settings. One type for the popup, the home panel and the diagnostic picture.
@@ -67,6 +67,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
@@ -79,6 +80,7 @@ private:
     void wire();
 
     // Following the store and the settings.
+    void paintGround(QPainter &painter);
     void showStatus();
     void settingChanged(const QString &key);
     void lookChanged();
@@ -105,7 +107,7 @@ private:
     QSpacerItem *m_fill = nullptr;
     QuillDock *m_dock = nullptr;
     AppArea *m_apps = nullptr;
-    ElidedLabel *m_status = nullptr;
+    StatusText *m_status = nullptr;
     StatusPill *m_pill = nullptr;
     DropOverlay *m_overlay = nullptr;
 };

@@ -3,6 +3,7 @@
 #include "look/PlainWords.h"
 
 #include <QMenu>
+#include <QPointer>
 
 #include <cmath>
 
@@ -38,7 +39,12 @@ QMenu *PanelMenus::forApp(const PanelServices &services, const MobileApp &app, Q
     add(menu, app.isFavorite ? QStringLiteral("Remove from favourites") : QStringLiteral("Add to favourites"),
         [&store, app] { store.toggleFavorite(app); });
     add(menu, QStringLiteral("Show APK in Files"),
-        [files = services.platform.fileManager, path = app.sourcePath] { files->reveal(path); });
+        [&store, files = services.platform.fileManager, path = app.sourcePath] {
+            files->reveal(path, [store = QPointer(&store), path](bool shown) {
+                if (store && !shown)
+                    store->say(QStringLiteral("There is no program that shows files. The APK is %1").arg(path));
+            });
+        });
     menu->addSeparator();
     add(menu, QStringLiteral("Remove from Quillnest"), [&store, app] { store.remove(app); });
     add(menu, QStringLiteral("Uninstall from Android…"), [&store, app] { store.confirmUninstall(app); });

@@ -31,14 +31,15 @@ struct StateRow {
     const char *detail;
 };
 
-StateRow rowOf(AppLibraryStore::AndroidState state)
+StateRow rowOf(AppLibraryStore::AndroidState state, bool isForApp)
 {
     using State = AppLibraryStore::AndroidState;
     switch (state) {
     case State::ready:
         return {"bolt.fill", "Android is ready", "Apps open instantly."};
     case State::starting:
-        return {"", "Starting Android", "Your app opens in a few seconds."};
+        return {
+            "", "Starting Android", isForApp ? "Your app opens in a few seconds." : "It is ready in a few seconds."};
     case State::sleeping:
         return {"moon.zzz.fill", "Android is sleeping", "Opening an app wakes it in about 10 seconds."};
     case State::notSetUp:
@@ -167,7 +168,7 @@ void QuillDock::refresh()
 void QuillDock::refreshState()
 {
     const auto state = m_services.store.androidState();
-    const auto row = rowOf(state);
+    const auto row = rowOf(state, m_services.store.launchingAppID().has_value());
     m_title->setText(QLatin1String(row.title));
     m_detail->setText(QLatin1String(row.detail));
     m_detail->show();
@@ -218,7 +219,7 @@ void QuillDock::paintEvent(QPaintEvent *)
     painter.setPen(Qt::NoPen);
     painter.setBrush(ground);
     painter.drawEllipse(icon);
-    const auto symbol = m_look.symbol(QLatin1String(rowOf(state).symbol), symbolSize, shade, painter);
+    const auto symbol = m_look.symbol(QLatin1String(rowOf(state, false).symbol), symbolSize, shade, painter);
     painter.drawPixmap(icon.topLeft() + QPointF(1, 1) * ((iconSize - symbolSize) / 2.0), symbol);
 }
 

@@ -25,7 +25,7 @@ QFont wordFont()
 }
 } // namespace
 
-StatusPill::StatusPill(QWidget *parent) : QWidget(parent)
+StatusPill::StatusPill(const PanelLook &look, QWidget *parent) : QWidget(parent), m_look(look)
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setState(State::sleeping);
@@ -103,7 +103,8 @@ void StatusPill::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(rect(), pillHeight / 2.0, pillHeight / 2.0);
     painter.setBrush(shade);
     painter.drawEllipse(QRectF(margin, (pillHeight - dot) / 2.0, dot, dot));
-    painter.setPen(shade);
+    // The colour alone would be too faint to read.
+    painter.setPen(m_look.colors.label);
     painter.setFont(wordFont());
     painter.drawText(rect().adjusted(margin + dot + gap, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, word(m_state));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AppLibraryStore.h"
+#include "launcher/PanelLook.h"
 
 #include <QWidget>
 
@@ -15,7 +16,7 @@ class StatusPill : public QWidget
 public:
     using State = AppLibraryStore::AndroidState;
 
-    explicit StatusPill(QWidget *parent = nullptr);
+    explicit StatusPill(const PanelLook &look, QWidget *parent = nullptr);
 
     void setState(State state);
     State state() const { return m_state; }
@@ -29,6 +30,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    const PanelLook &m_look;
     State m_state = State::sleeping;
 };
 

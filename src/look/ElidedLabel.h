@@ -21,8 +21,8 @@ protected:
         QPainter painter(this);
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(
-            rect(), QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft),
-            fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+            contentsRect(), QStyle::visualAlignment(layoutDirection(), Qt::AlignVCenter | Qt::AlignLeft),
+            fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()));
     }
 };
 

@@ -8,7 +8,11 @@ namespace quillnest
 QString plainToolTip(const QString &words)
 {
     // Without markup the toolkit shows the words as they are, escapes included; only what it would read is escaped.
-    return Qt::mightBeRichText(words) ? QStringLiteral("<span>%1</span>").arg(words.toHtmlEscaped()) : words;
+    // Without markup it doesn't break long lines either.
+    constexpr qsizetype longLine = 80;
+    if (words.size() <= longLine && !Qt::mightBeRichText(words))
+        return words;
+    return QStringLiteral("<span>%1</span>").arg(words.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")));
 }
 
 QString plainMenuTitle(QString words)

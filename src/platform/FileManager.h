@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace quillnest
 {
 
@@ -11,9 +13,9 @@ class FileManager
 public:
     virtual ~FileManager() = default;
 
-    /// Shows the folder that holds a file, with the file selected where the desktop can do that. Returns at once; a
-    /// desktop that refuses does nothing.
-    virtual void reveal(const QString &path) = 0;
+    /// Shows the folder that holds a file, with the file selected where the desktop can do that. Returns at once;
+    /// `done` learns whether the desktop has taken it on.
+    virtual void reveal(const QString &path, std::function<void(bool)> done) = 0;
 };
 
 } // namespace quillnest

@@ -167,7 +167,9 @@ TEST_F(AndroidLaunchTest, aFileThatHasVanishedFailsTheLaunchAndTheEntryStays)
     EXPECT_TRUE(status().contains(QStringLiteral("failed to stat"))) << status().toStdString();
     EXPECT_EQ(store->launchingAppID(), std::nullopt);
     EXPECT_EQ(store->apps().size(), 1U);
+    EXPECT_TRUE(status().startsWith(QStringLiteral("Android launch failed: The app's file is gone. ")));
     const auto description = status().mid(QStringLiteral("Android launch failed: ").size());
+    EXPECT_EQ(store->launchFailure(app.id), description);
     EXPECT_TRUE(hasLogged(QStringLiteral("open failed app=Moon error=%1").arg(description)));
     // With a complete runtime the failed start stays on show.
     fakes.settle();
@@ -176,6 +178,8 @@ TEST_F(AndroidLaunchTest, aFileThatHasVanishedFailsTheLaunchAndTheEntryStays)
     fakes.writeFile(QStringLiteral("Apps/Moon.apk"), "content");
     open(app);
     EXPECT_EQ(status(), QStringLiteral("Opened Moon"));
+    fakes.settle();
+    EXPECT_FALSE(store->launchFailure(app.id));
 }
 
 TEST_F(AndroidLaunchTest, aFailedLaunchWithAnIncompleteRuntimeShowsThatItIsNotSetUp)

@@ -138,9 +138,14 @@ public:
 class FakeFileManager : public FileManager
 {
 public:
-    void reveal(const QString &path) override { revealed.append(path); }
+    void reveal(const QString &path, std::function<void(bool)> done) override
+    {
+        revealed.append(path);
+        done(isThere);
+    }
 
     QStringList revealed;
+    bool isThere = true;
 };
 
 class FakeLoginItems : public LoginItems

@@ -143,3 +143,34 @@ TEST(AppIcon, aPictureIsAsSharpAsTheDisplay)
         EXPECT_EQ(differing, 0) << ratio;
     }
 }
+
+TEST(AppIcon, aPlateWithRoomAroundIsAsLargeAsTheOthersAndCutOnce)
+{
+    const QColor red(0xC01020);
+    QImage plate(192, 192, QImage::Format_ARGB32_Premultiplied);
+    plate.fill(Qt::transparent);
+    QPainter painter(&plate);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(red);
+    painter.drawRoundedRect(QRectF(8, 8, 176, 176), 44, 44);
+    painter.end();
+    for (const auto style : {ThemeStyle::oneui, ThemeStyle::pixel}) {
+        const auto own = painted({}, plate, style);
+        const auto full = painted({}, plain(red), style);
+        for (int y = 10; y < 64; ++y) {
+            for (int x = 10; x < 64; ++x)
+                EXPECT_NEAR(own.pixelColor(x, y).red(), full.pixelColor(x, y).red(), 12) << x << "," << y;
+        }
+    }
+    // A figure that stands free keeps its room.
+    QImage figure(192, 192, QImage::Format_ARGB32_Premultiplied);
+    figure.fill(Qt::transparent);
+    painter.begin(&figure);
+    painter.setPen(QPen(red, 20));
+    painter.drawLine(30, 30, 160, 160);
+    painter.drawLine(160, 30, 30, 160);
+    painter.end();
+    EXPECT_NE(painted({}, figure, ThemeStyle::classic).pixelColor(12, 12), red);
+    EXPECT_EQ(painted({}, figure, ThemeStyle::classic).pixelColor(20, 20), red);
+}

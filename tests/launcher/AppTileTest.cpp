@@ -3,6 +3,7 @@
 #include "PanelFixture.h"
 #include "look/Spinner.h"
 
+#include <QAccessible>
 #include <QHelpEvent>
 #include <QTextDocument>
 #include <QToolTip>
@@ -119,6 +120,73 @@ TEST_F(AppTileTest, unreadNotificationsAreADotOnTheIconsCorner)
     EXPECT_EQ(dots(), 0);
 }
 
+TEST_F(AppTileTest, aFailedStartIsMarkedAndToldUntilTheNextSuccess)
+{
+    deviceIsUp();
+    deviceCleaned.finish();
+    const auto moon = addApp(QStringLiteral("Moon"));
+    const auto reds = [this] {
+        const auto tile = look(QStringLiteral("Moon"));
+        int count = 0;
+        for (int y = 0; y < tile.height(); ++y) {
+            for (int x = 0; x < tile.width(); ++x)
+                count += tile.pixelColor(x, y) == QColor(0xC9271B);
+        }
+        return count;
+    };
+    EXPECT_EQ(reds(), 0);
+    QFile::remove(moon.sourcePath);
+    store->launch(moon);
+    fakes.runUntil([this] { return !store->launchingAppID(); });
+    EXPECT_NEAR(reds(), 110, 50);
+    EXPECT_TRUE(tip(QStringLiteral("Moon"))
+                    .startsWith(QStringLiteral("Open Moon\nDid not start last time: The app's file "
+                                               "is gone.")))
+        << tip(QStringLiteral("Moon")).toStdString();
+    auto *cell = QAccessible::queryAccessibleInterface(&grid())->child(0);
+    EXPECT_EQ(cell->text(QAccessible::Description), QStringLiteral("Did not start last time"));
+    fakes.writeFile(QStringLiteral("Apps/Moon.apk"), "content");
+    open(moon);
+    ASSERT_TRUE(waitFor([this] { return !store->launchingAppID(); }));
+    EXPECT_EQ(reds(), 0);
+    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Show Moon"));
+    registry->closeAll();
+    EXPECT_TRUE(waitFor([this] { return registry->sessions().empty(); }));
+}
+
+TEST_F(AppTileTest, aLockedAppWearsALockAndSaysWhatThatMeans)
+{
+    packageIcons["Moon"] = QImage(96, 96, QImage::Format_RGB32);
+    packageIcons["Moon"].fill(Qt::red);
+    const auto moon = addApp(QStringLiteral("Moon"));
+    look(QStringLiteral("Moon"));
+    const auto open = look(QStringLiteral("Moon"));
+    locks->locked.insert(moon.id);
+    Q_EMIT store->launchingAppChanged();
+    const auto locked = look(QStringLiteral("Moon"));
+    const auto icon = AppTile::iconArea(QRectF(open.rect()));
+    for (int y = 0; y < open.height(); ++y) {
+        for (int x = 0; x < open.width(); ++x) {
+            if (open.pixel(x, y) != locked.pixel(x, y)) {
+                EXPECT_TRUE(QRectF(icon.left() - 4, icon.bottom() - 18, 22, 22).contains(x, y)) << x << "," << y;
+            }
+        }
+    }
+    EXPECT_NE(open, locked);
+    EXPECT_EQ(tip(QStringLiteral("Moon")), QStringLiteral("Open Moon\nLocked: asks who you are before it opens"));
+}
+
+TEST_F(AppTileTest, aDesktopWithoutAFileManagerSaysWhereTheFileIs)
+{
+    const auto moon = addApp(QStringLiteral("Moon"));
+    fakes.fileManager->isThere = false;
+    openMenuOf(QStringLiteral("Moon"));
+    choose(openMenu(), QStringLiteral("Show APK in Files"));
+    EXPECT_EQ(
+        store->statusMessage(),
+        QStringLiteral("There is no program that shows files. The APK is %1").arg(moon.sourcePath));
+}
+
 TEST_F(AppTileTest, anAppForAnotherPlatformWearsABadge)
 {
     const auto iosPath = fakes.writeFile(QStringLiteral("Apps/Moon.ipa"), "x");
@@ -191,7 +259,7 @@ TEST_F(AppTileTest, namesOfAnyKindArePaintedWithinTheirTile)
         set("QuillnestTheme", QLatin1String(style));
         for (int i = 0; i < grid().count(); ++i) {
             const auto area = grid().tileRect(i);
-            const auto tile = grid().grab(area).toImage();
+            const auto tile = inPoints(grid().grab(area));
             for (int y = 66; y < tile.height(); ++y) {
                 EXPECT_GT(qGray(tile.pixel(1, y)), 200) << style << i;
                 EXPECT_GT(qGray(tile.pixel(tile.width() - 2, y)), 200) << style << i;

@@ -6,12 +6,14 @@
 #include "fakes/IconOfFile.h"
 #include "launcher/MenuPanel.h"
 #include "launcher/grid/AppGrid.h"
+#include "launcher/setup/RuntimeSetupView.h"
 #include "launcher/wallpaper/Wallpaper.h"
 #include "look/Fonts.h"
 #include "look/InterfaceStyle.h"
 #include "look/Palette.h"
 #include "platform/HostPlatform.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
 #include <QDragEnterEvent>
@@ -61,6 +63,8 @@ struct Setting {
     QVariant value;
 };
 
+enum class SetupStage { none, consent, licence, download, failure };
+
 struct Scene {
     const char *name;
     const char *caption;
@@ -78,7 +82,9 @@ struct Scene {
     bool settingsPage = false;
     bool dropping = false;
     bool ready = false;
-    bool setup = false;
+    SetupStage setup = SetupStage::none;
+    /// The third app has just failed to start.
+    bool failed = false;
     bool keyboard = false;
     bool mirrored = false;
 };
@@ -100,6 +106,13 @@ void writePhoto(const QString &path)
     painter.drawEllipse(QPointF(820, 840), 120, 120);
     painter.end();
     image.save(path, "PNG");
+}
+
+QByteArray package(const QByteArray &path, const QByteArray &name, const QByteArray &size)
+{
+    return "<remotePackage path='" + path + "'><revision><major>3</major></revision><display-name>" + name
+        + "</display-name><uses-license ref='android-sdk-license'/><archives><archive><complete><size>" + size
+        + "</size><checksum>00</checksum><url>a.zip</url></complete></archive></archives></remotePackage>";
 }
 
 /// A store and a panel of a scene.
@@ -126,7 +139,13 @@ public:
             const auto png = galleryIcon(name);
             return iconOfFile(*fakes.platform.drawing, {png.begin(), png.end()});
         });
-        const PanelServices services{.platform = fakes.platform, .store = *store, .icons = icons, .windows = *registry};
+        const PanelServices services{
+            .platform = fakes.platform,
+            .store = *store,
+            .icons = icons,
+            .windows = *registry,
+            .makeSetupView
+            = [this](QWidget *parent) { return new RuntimeSetupView(fakes.platform, *provisioner, parent); }};
         MenuPanel panel(services);
         if (scene.mirrored)
             panel.setLayoutDirection(Qt::RightToLeft);
@@ -136,6 +155,9 @@ public:
         fakes.settle();
         if (scene.settingsPage)
             panel.setShowSettings(true);
+        goOn(scene.setup, panel);
+        if (!scene.search.isEmpty())
+            store->setSearch(scene.search);
         if (scene.keyboard) {
             auto *grid = panel.findChild<AppGrid *>();
             panel.activateWindow();
@@ -193,14 +215,49 @@ private:
             apps.push_back(app);
         }
         fakes.settings->setValue(QStringLiteral("Quillnest.apps.v1"), LibraryFormat::encode(apps));
-        if (scene.setup)
-            QFile::remove(paths.systemImage());
-        if (scene.ready)
+        if (scene.setup != SetupStage::none) {
+            for (const auto &path : {paths.systemImage(), paths.adb(), paths.emulator()})
+                QFile::remove(path);
+        }
+        if (scene.setup != SetupStage::failure)
+            serve();
+        network->failure = QStringLiteral("Host dl.google.com not found");
+        if (scene.ready || scene.inUse || scene.failed)
             deviceIsUp();
         makeStore();
         store->refreshAndroidState();
         fakes.settle();
-        store->setSearch(scene.search);
+    }
+
+    /// What the setup downloads.
+    void serve()
+    {
+        const auto folder = QStringLiteral("https://dl.google.com/android/repository/");
+        const auto terms = "<license id='android-sdk-license'>"
+            + QByteArray("Here stand the terms, as Google's list has them. ").repeated(60) + "</license>";
+        network->answers[folder + QStringLiteral("repository2-3.xml")]
+            = {200,
+               "<r>" + terms + package("platform-tools", "Android SDK Platform-Tools", "6500000")
+                   + package("emulator", "Android Emulator", "300000000") + "</r>"};
+        network->answers[folder + QStringLiteral("sys-img/android/sys-img2-3.xml")]
+            = {200,
+               "<r>" + terms + package("system-images;android-35;default;x86_64", "Android system image", "1200000000")
+                   + "</r>"};
+    }
+
+    void goOn(SetupStage setup, QWidget &panel)
+    {
+        if (setup == SetupStage::licence) {
+            for (auto *button : panel.findChildren<QAbstractButton *>()) {
+                if (button->accessibleName() == QStringLiteral("Read licence…"))
+                    button->click();
+            }
+        }
+        if (setup == SetupStage::download) {
+            provisioner->acceptAndInstall();
+            fakes.settle();
+            network->downloads.at(0)->events.onWrite(4200000, 6500000);
+        }
     }
 
     void use(const Scene &scene)
@@ -211,6 +268,10 @@ private:
             registry->setNowPlaying(AndroidMedia{QStringLiteral("Nocturne No. 2"), {}, true}, apps[0].id);
             registry->setUnread(apps[3].id, true);
             registry->setUnread(apps[5].id, true);
+        }
+        if (scene.failed) {
+            store->launch(MobileApp(apps[2]));
+            fakes.runUntil([this] { return !store->launchingAppID(); });
         }
         if (scene.launching) {
             cleanDevice();
@@ -231,6 +292,16 @@ std::vector<Scene> scenes()
         {.name = "pixel-light", .caption = "Pixel style", .apps = 14, .settings = {theme("pixel")}},
         {.name = "pixel-dark", .caption = "Pixel style, dark", .apps = 14, .dark = true, .settings = {theme("pixel")}},
         {.name = "empty", .caption = "No apps", .apps = 0},
+        {.name = "setup", .caption = "Before Android is set up", .setup = SetupStage::consent},
+        {.name = "setup-licence", .caption = "What the user agrees to", .setup = SetupStage::licence},
+        {.name = "setup-licence-dark",
+         .caption = "What the user agrees to, dark",
+         .dark = true,
+         .scale = 1,
+         .setup = SetupStage::licence},
+        {.name = "setup-download", .caption = "Android is fetched", .dark = true, .setup = SetupStage::download},
+        {.name = "setup-failure", .caption = "A setup without a network", .scale = 1, .setup = SetupStage::failure},
+        {.name = "failed", .caption = "An app did not start", .failed = true},
         {.name = "one-app", .caption = "One app", .apps = 1, .scale = 1},
         {.name = "launching", .caption = "An app is being opened", .apps = 9, .dark = true, .launching = true},
         {.name = "in-use", .caption = "An app is open and plays; others have news", .apps = 12, .inUse = true},

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using namespace quillnest;
 
 namespace
@@ -79,4 +81,18 @@ TEST(Glyph, anIconHasTheSizesOfStatusBars)
     const auto icon = glyphIcon(Qt::white);
     for (const int size : {18, 22, 24, 36, 48, 64})
         EXPECT_TRUE(icon.availableSizes().contains(QSize(size, size))) << size;
+}
+
+TEST(Glyph, theStatusIconStandsOutFromLightAndFromDarkBars)
+{
+    const auto luminance = [](const QColor &color) {
+        const auto linear
+            = [](float part) { return part <= 0.03928F ? part / 12.92F : std::pow((part + 0.055F) / 1.055F, 2.4F); };
+        return 0.2126F * linear(color.redF()) + 0.7152F * linear(color.greenF()) + 0.0722F * linear(color.blueF());
+    };
+    for (const QColor bar : {QColor(Qt::black), QColor(0x2B2B2B), QColor(0xF0F0F0), QColor(Qt::white)}) {
+        const float a = luminance(glyphBlue);
+        const float b = luminance(bar);
+        EXPECT_GE((std::max(a, b) + 0.05F) / (std::min(a, b) + 0.05F), 3) << bar.name().toStdString();
+    }
 }

@@ -40,6 +40,36 @@ TEST(GreetingHeader, eachStyleHasItsTwoLines)
     expect(ThemeStyle::pixel, "Thu, 5 Mar", 13, QFont::Normal, "Good evening", 22, QFont::Normal);
 }
 
+TEST(GreetingHeader, datesAreWrittenAsTheLanguageWritesThem)
+{
+    const QDateTime time(QDate(2026, 11, 21), QTime(18, 7, 5));
+    const auto expect = [&](const QLocale &locale, const char *wide, const char *day, const char *brief) {
+        const auto text = [&](ThemeStyle style) { return GreetingHeader::lines(style, time, locale); };
+        EXPECT_EQ(text(ThemeStyle::classic).second.text, QString::fromUtf8(wide));
+        EXPECT_EQ(text(ThemeStyle::oneui).second.text, QString::fromUtf8(wide));
+        EXPECT_EQ(text(ThemeStyle::ios).second.text, QString::fromUtf8(day));
+        EXPECT_EQ(text(ThemeStyle::pixel).first.text, QString::fromUtf8(brief));
+    };
+    expect(QLocale(u"de_DE"), "Samstag, 21. November", "21. November", "Sa., 21. Nov.");
+    expect(QLocale(u"en_US"), "Saturday, November 21", "November 21", "Sat, Nov 21");
+    expect(QLocale(u"es_ES"), "sábado, 21 de noviembre", "21 de noviembre", "sáb, 21 de nov");
+    expect(QLocale(u"ru_RU"), "суббота, 21 ноября", "21 ноября", "сб, 21 нояб.");
+    expect(QLocale(u"ja_JP"), "11月21日土曜日", "11月21日", "11月21日土");
+    expect(QLocale(u"hu_HU"), "november 21., szombat", "november 21.", "nov. 21., Szo");
+    expect(QLocale::c(), "Saturday, 21 November", "21 November", "Sat, 21 Nov");
+}
+
+TEST(GreetingHeader, theClockHasNoSecondsInAnyLanguage)
+{
+    const QDateTime time(QDate(2026, 11, 21), QTime(18, 7, 5));
+    const auto clock
+        = [&](const QLocale &locale) { return GreetingHeader::lines(ThemeStyle::oneui, time, locale).first.text; };
+    EXPECT_EQ(clock(QLocale::c()), QStringLiteral("18:07"));
+    EXPECT_EQ(clock(QLocale(u"de_DE")), QStringLiteral("18:07"));
+    EXPECT_EQ(clock(QLocale(u"fi_FI")), QStringLiteral("18.07"));
+    EXPECT_TRUE(clock(QLocale(u"en_US")).startsWith(QStringLiteral("6:07")));
+}
+
 namespace
 {
 class GreetingHeaderTest : public PanelFixture

@@ -14,9 +14,12 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPaintEvent>
+#include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 using namespace quillnest;
@@ -94,6 +97,9 @@ TEST_F(MenuPanelTest, aSearchHidesTheFavouritesAndShowsWhatMatches)
     store->setSearch(QStringLiteral("x"));
     EXPECT_TRUE(shown().isEmpty());
     EXPECT_TRUE(shows(QStringLiteral("Nothing matches “x”")));
+    ASSERT_EQ(grid().headings().size(), 1U);
+    EXPECT_EQ(grid().headings()[0].text, QStringLiteral("Results"));
+    EXPECT_TRUE(grid().isVisible());
     store->setSearch({});
     EXPECT_EQ(shown().join(u' '), QStringLiteral("[Favourites] Moon [All apps] Moon Star"));
     EXPECT_FALSE(shows(QStringLiteral("Nothing matches “”")));
@@ -294,6 +300,9 @@ TEST_F(MenuPanelTest, theSetupStandsInPlaceOfDockAndAppsAndTheSearchStays)
     EXPECT_TRUE(part<SearchField>()->isVisible());
     EXPECT_TRUE(part<StatusPill>()->isVisible());
     EXPECT_LT(setup->mapTo(panel.get(), QPoint()).y(), 250) << "it keeps to the top";
+    fakes.settle();
+    EXPECT_EQ(setup->mapTo(panel.get(), QPoint()).x(), 2) << "nearer to the edges than the rest";
+    EXPECT_EQ(setup->width(), panel->width() - 4);
     install(35);
     store->refreshAndroidState();
     fakes.settle();
@@ -362,7 +371,7 @@ TEST_F(MenuPanelTest, picturesThatComeTogetherArePaintedAFewAtATime)
     const auto isGreen = [&](const QImage &picture, int index) {
         return picture.pixelColor(tiles.tileRect(index).center() - QPoint(0, 12)) == QColor(Qt::green);
     };
-    const auto painted = tiles.grab().toImage();
+    const auto painted = inPoints(tiles.grab());
     ASSERT_TRUE(isGreen(painted, count - 1));
 
     PaintedArea area(tiles);
@@ -388,7 +397,7 @@ TEST_F(MenuPanelTest, picturesThatComeTogetherArePaintedAFewAtATime)
 
 TEST_F(MenuPanelTest, itTakesTheColoursOfTheAppearance)
 {
-    const auto background = [this] { return panel->grab().toImage().pixelColor(5, 400); };
+    const auto background = [this] { return inPoints(panel->grab()).pixelColor(5, 400); };
     EXPECT_EQ(background(), Palette::light().windowBackground);
     fakes.appearance->setDark(true);
     EXPECT_EQ(background(), Palette::dark().windowBackground);
@@ -411,4 +420,106 @@ TEST_F(MenuPanelTest, nothingRunsWhileNothingMovesButTheMinute)
     EXPECT_EQ(fakes.clock->pending(), hidden + 1) << "the header's next minute";
     panel->hide();
     EXPECT_EQ(fakes.clock->pending(), hidden);
+}
+
+TEST_F(MenuPanelTest, theSearchOfLastTimeDoesNotHideTheLibrary)
+{
+    addApp(QStringLiteral("Moon"));
+    addApp(QStringLiteral("Star"));
+    store->setSearch(QStringLiteral("moon"));
+    panel->hide();
+    panel->show();
+    EXPECT_EQ(store->search(), QString());
+    EXPECT_EQ(part<SearchField>()->text(), QString());
+    EXPECT_EQ(shown().join(u' '), QStringLiteral("[All apps] Moon Star"));
+}
+
+TEST_F(MenuPanelTest, afterTheSetupTheDockStandsWhereItAlwaysDoesAndTheTilesHaveTheKeyboard)
+{
+    addApp(QStringLiteral("Moon"));
+    fakes.settle();
+    const auto place = part<QuillDock>()->geometry();
+    QPointer<QPushButton> inSetup;
+    makeSetupView = [&inSetup](QWidget *parent) {
+        auto *setup = new QWidget(parent);
+        setup->setMinimumHeight(80);
+        inSetup = new QPushButton(setup);
+        return setup;
+    };
+    QFile::remove(paths.systemImage());
+    store->refreshAndroidState();
+    makePanel();
+    fakes.settle();
+    ASSERT_TRUE(inSetup);
+    inSetup->setFocus();
+    ASSERT_TRUE(inSetup->hasFocus());
+    install(35);
+    store->refreshAndroidState();
+    fakes.settle();
+    EXPECT_EQ(part<QuillDock>()->geometry(), place);
+    EXPECT_TRUE(grid().hasFocus());
+}
+
+TEST_F(MenuPanelTest, whatReachesBelowFadesAtTheFooterUntilTheEndIsSeen)
+{
+    QImage red(96, 96, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    for (int i = 0; i < 60; ++i) {
+        const auto name = QStringLiteral("App%1").arg(i, 2, 10, QLatin1Char('0'));
+        packageIcons[name.toStdString()] = red;
+        addApp(name);
+    }
+    grid().grab();
+    fakes.settle();
+    auto *area = part<QScrollArea>();
+    auto *bar = area->verticalScrollBar();
+    // An icon's middle comes to the lower edge.
+    const auto icon = AppTile::iconArea(grid().tileRect(24)).center().toPoint();
+    bar->setValue(icon.y() - area->viewport()->height());
+    const auto at = [&](int above) {
+        const auto point = area->viewport()->mapTo(panel.get(), QPoint(icon.x(), area->viewport()->height() - above));
+        return inPoints(panel->grab()).pixelColor(point);
+    };
+    EXPECT_GT(at(2).green(), 200) << "nearly the ground";
+    EXPECT_LT(at(12).green(), 180);
+    EXPECT_LT(at(25).green(), 60) << "nearly the icon";
+    bar->setValue(bar->maximum());
+    const auto lower = grid().mapFrom(area->viewport(), QPoint(0, area->viewport()->height() - 4)).y();
+    const auto seen = inPoints(area->viewport()->grab());
+    const auto all = inPoints(grid().grab());
+    for (int x = 0; x < grid().width(); x += 7)
+        EXPECT_EQ(seen.pixelColor(x, area->viewport()->height() - 4), all.pixelColor(x, lower)) << x;
+}
+
+TEST_F(MenuPanelTest, theWordInThePillCanBeReadWhateverAndroidDoes)
+{
+    const auto luminance = [](const QColor &color) {
+        const auto linear
+            = [](float part) { return part <= 0.03928F ? part / 12.92F : std::pow((part + 0.055F) / 1.055F, 2.4F); };
+        return 0.2126F * linear(color.redF()) + 0.7152F * linear(color.greenF()) + 0.0722F * linear(color.blueF());
+    };
+    auto &pill = *part<StatusPill>();
+    pill.show();
+    for (const bool dark : {false, true}) {
+        fakes.appearance->setDark(dark);
+        for (const auto state :
+             {StatusPill::State::ready, StatusPill::State::starting, StatusPill::State::sleeping,
+              StatusPill::State::notSetUp}) {
+            pill.setState(state);
+            pill.show();
+            fakes.settle();
+            // On the panel's ground, behind the dot.
+            const QRect words(pill.mapTo(panel.get(), QPoint(20, 0)), pill.size() - QSize(26, 0));
+            const auto image = inPoints(panel->grab(words)).convertToFormat(QImage::Format_RGB32);
+            const float ground = luminance(image.pixelColor(image.width() / 2, 1));
+            float best = 1;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const float here = luminance(image.pixelColor(x, y));
+                    best = std::max(best, (std::max(here, ground) + 0.05F) / (std::min(here, ground) + 0.05F));
+                }
+            }
+            EXPECT_GE(best, 4.5F) << dark << StatusPill::word(state).toStdString();
+        }
+    }
 }

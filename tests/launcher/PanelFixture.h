@@ -3,6 +3,7 @@
 #include "CoreFixture.h"
 #include "LaunchFixture.h"
 #include "fakes/IconOfFile.h"
+#include "fakes/InPoints.h"
 #include "launcher/MenuPanel.h"
 #include "launcher/grid/AppGrid.h"
 
@@ -113,7 +114,7 @@ protected:
         return false;
     }
     /// How the tile of an app looks.
-    QImage look(const QString &name) { return grid().grab(grid().tileRect(indexOf(name))).toImage(); }
+    QImage look(const QString &name) { return inPoints(grid().grab(grid().tileRect(indexOf(name)))); }
 
     /// The entries of the menu that is open, separators left out.
     static QMenu *openMenu() { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }

@@ -1,6 +1,9 @@
 #include "PanelFixture.h"
 #include "launcher/SearchField.h"
+#include "look/Palette.h"
 
+#include <QAccessible>
+#include <QContextMenuEvent>
 #include <QLineEdit>
 
 using namespace quillnest;
@@ -100,11 +103,9 @@ TEST_F(PanelKeyboardTest, whatIsTypedAnywhereGoesIntoTheSearchAndReturnOpensTheF
     EXPECT_EQ(store->launchingAppID(), store->firstMatch(QStringLiteral("Appc"))->id);
 }
 
-TEST_F(PanelKeyboardTest, escapeClearsTheSearchFirstAndThenClosesAndTheSearchSurvivesClosing)
+TEST_F(PanelKeyboardTest, escapeClearsTheSearchFirstAndThenCloses)
 {
     QTest::keyClicks(focus(), QStringLiteral("appc"));
-    panel->hide();
-    makePanel();
     EXPECT_EQ(edit().text(), QStringLiteral("appc"));
     EXPECT_EQ(names(), QStringList{QStringLiteral("Appc")});
     press(Qt::Key_Escape);
@@ -151,15 +152,15 @@ TEST_F(PanelKeyboardTest, theTileWithTheKeyboardIsInViewAndLooksIt)
     EXPECT_TRUE(grid().visibleRegion().boundingRect().contains(grid().tileRect(0)));
 }
 
-TEST_F(PanelKeyboardTest, tabGoesThroughTheTitleTheSearchAndTheTiles)
+TEST_F(PanelKeyboardTest, tabGoesThroughTheTitleTheSearchTheTilesAndTheStatus)
 {
     button(QStringLiteral("Add an APK"))->setFocus();
     QStringList order;
-    for (int i = 0; i < 4; ++i) {
-        order.append(focus()->accessibleName());
+    for (int i = 0; i < 5; ++i) {
+        order.append(QAccessible::queryAccessibleInterface(focus())->text(QAccessible::Name));
         press(Qt::Key_Tab);
     }
-    EXPECT_EQ(order.join(u'|'), QStringLiteral("Add an APK|More|Search apps|Apps"));
+    EXPECT_EQ(order.join(u'|'), QStringLiteral("Add an APK|More|Search apps|Apps|") + store->statusMessage());
 }
 
 TEST_F(PanelKeyboardTest, aPageUpInTheFirstRowStaysThereWhereAnArrowWouldLeave)
@@ -196,4 +197,46 @@ TEST_F(PanelKeyboardTest, inASearchThatHoldsTextTheSidewaysArrowsMoveTheCursor)
     store->setSearch({});
     press(Qt::Key_Right);
     EXPECT_TRUE(grid().hasFocus()) << "an empty one has nothing to move in";
+}
+
+TEST_F(PanelKeyboardTest, theRingStaysWhereItWasWhenATileBecomesAFavouriteAndCeasesToBe)
+{
+    const auto ring = [this] {
+        fakes.settle();
+        const auto current = *grid().current();
+        return inPoints(grid().grab(grid().tileRect(current))).pixelColor(grid().tileRect(current).width() / 2, 0)
+            == Palette::light().controlAccent;
+    };
+    press(Qt::Key_Right);
+    press(Qt::Key_Right);
+    ASSERT_TRUE(ring());
+    const auto toggle = [this](const char *entry) {
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+        QApplication::sendEvent(&grid(), &event);
+        choose(openMenu(), QLatin1String(entry));
+        fakes.settle();
+    };
+    toggle("Add to favourites");
+    EXPECT_TRUE(grid().hasFocus());
+    EXPECT_EQ(current(), QStringLiteral("Appb"));
+    EXPECT_EQ(grid().current(), 2) << "among all the apps, where it was";
+    EXPECT_TRUE(ring());
+    press(Qt::Key_Home);
+    ASSERT_EQ(grid().current(), 0) << "the favourite above";
+    addApp(QStringLiteral("Another"));
+    EXPECT_EQ(grid().current(), 0) << "of two tiles the one that it was on";
+    toggle("Remove from favourites");
+    EXPECT_EQ(current(), QStringLiteral("Appb"));
+    EXPECT_TRUE(ring());
+}
+
+TEST_F(PanelKeyboardTest, aPanelThatOpensAnewShowsNoRing)
+{
+    press(Qt::Key_Right);
+    panel->hide();
+    panel->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(panel.get()));
+    fakes.settle();
+    const auto tile = grid().tileRect(*grid().current());
+    EXPECT_NE(inPoints(grid().grab(tile)).pixelColor(tile.width() / 2, 0), Palette::light().controlAccent);
 }

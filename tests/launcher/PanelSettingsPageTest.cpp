@@ -1,8 +1,12 @@
 #include "launcher/settings/PanelSettingsPage.h"
 
 #include "PanelFixture.h"
+#include "launcher/wallpaper/Wallpaper.h"
 #include "look/Footnote.h"
+#include "look/Palette.h"
 #include "look/SettingRow.h"
+
+#include <QDir>
 
 using namespace quillnest;
 
@@ -119,7 +123,58 @@ TEST_F(PanelSettingsPageTest, wordsStandInOneLineWithTheHeadingsAndTheRingTouche
     EXPECT_EQ(heading->mapTo(panel.get(), QPoint()).x(), 16);
     const auto inside = one.rect().adjusted(SettingRow::inset - 2, 3, 2 - SettingRow::inset, -3);
     one.clearFocus();
-    const auto calm = one.grab(inside).toImage();
+    const auto calm = inPoints(one.grab(inside));
     one.setFocus(Qt::TabFocusReason);
-    EXPECT_EQ(one.grab(inside).toImage(), calm);
+    EXPECT_EQ(inPoints(one.grab(inside)), calm);
+}
+
+TEST_F(PanelSettingsPageTest, aSampleShowsTheWallpaperAsThePanelWillHaveIt)
+{
+    for (const bool dark : {false, true}) {
+        fakes.appearance->setDark(dark);
+        set("QuillnestWallpaper", QStringLiteral("midnight"));
+        auto &midnight = row("Midnight");
+        const auto sample = inPoints(midnight.grab()).pixelColor(midnight.width() / 2, (midnight.height() - 18) / 2);
+        const auto shown = inPoints(panel->grab()).pixelColor(2, panel->height() / 2);
+        EXPECT_NEAR(sample.lightness(), shown.lightness(), 25) << dark;
+    }
+}
+
+TEST_F(PanelSettingsPageTest, theSampleOfNoWallpaperCanBeSeenOnItsOwnGround)
+{
+    for (const bool dark : {false, true}) {
+        fakes.appearance->setDark(dark);
+        set("QuillnestWallpaper", QStringLiteral("ocean"));
+        set("QuillnestWallpaper", QStringLiteral("none"));
+        row("Ocean").setChecked(true);
+        auto &none = row("None");
+        const auto image = inPoints(none.grab());
+        const auto ground = Palette::current(fakes.platform).windowBackground;
+        int most = 0;
+        for (int y = 0; y < image.height() - 24; ++y)
+            most = std::max(most, std::abs(image.pixelColor(none.width() / 2, y).lightness() - ground.lightness()));
+        EXPECT_GT(most, 60) << dark;
+    }
+}
+
+TEST_F(PanelSettingsPageTest, thePhotosSampleIsReadOnceAndInTheBackground)
+{
+    const auto file = Wallpaper::customFile(fakes.platform.folders);
+    QDir().mkpath(QFileInfo(file).path());
+    QImage red(64, 48, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    ASSERT_TRUE(red.save(file, "JPEG"));
+    set("QuillnestWallpaper", QStringLiteral("custom"));
+    auto &photo = row("My photo");
+    const auto middle
+        = [&photo] { return inPoints(photo.grab()).pixelColor(photo.width() / 2, (photo.height() - 18) / 2); };
+    middle();
+    fakes.settle();
+    const auto seen = middle();
+    EXPECT_GT(seen.red(), seen.blue() + 40);
+    // What has been read is shown, whatever happens to the file, until another photo is chosen.
+    QFile::remove(file);
+    EXPECT_EQ(middle(), seen);
+    fakes.settle();
+    EXPECT_EQ(middle(), seen);
 }

@@ -55,6 +55,16 @@ TEST_F(QuillDockTest, whileAndroidStartsASpinnerTurns)
     EXPECT_TRUE(spins());
 }
 
+TEST_F(QuillDockTest, aStartThatNobodyAskedForPromisesNoApp)
+{
+    fakes.settings->setValue(QStringLiteral("QuillnestPrewarm"), true);
+    store->prewarmAndroid();
+    fakes.runUntil([this] { return store->androidState() == State::starting; });
+    EXPECT_TRUE(shows(QStringLiteral("Starting Android")));
+    EXPECT_TRUE(shows(QStringLiteral("It is ready in a few seconds.")));
+    EXPECT_FALSE(shows(QStringLiteral("Your app opens in a few seconds.")));
+}
+
 TEST_F(QuillDockTest, theOpenAppComesForwardAndCloses)
 {
     openMoon();
@@ -97,11 +107,12 @@ TEST(StatusPill, saysTheStateInAWordWithAColourAndASentence)
     const auto expect = [](State state, const char *word, const char *help) {
         EXPECT_EQ(StatusPill::word(state), QLatin1String(word));
         EXPECT_EQ(StatusPill::help(state), QLatin1String(help));
-        StatusPill pill;
+        const PanelLook look;
+        StatusPill pill(look);
         pill.setState(state);
         EXPECT_EQ(pill.toolTip(), QLatin1String(help));
         pill.resize(pill.sizeHint());
-        const auto image = pill.grab().toImage();
+        const auto image = inPoints(pill.grab());
         EXPECT_EQ(image.pixel(11, 10), StatusPill::color(state).rgb());
     };
     expect(State::ready, "Ready", "Android is running. Apps open instantly.");

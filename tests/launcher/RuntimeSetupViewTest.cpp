@@ -2,7 +2,9 @@
 
 #include "fakes/FakeNetwork.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/InPoints.h"
 #include "launcher/setup/LicenceSheet.h"
+#include "look/Palette.h"
 #include "look/ProgressBar.h"
 #include "look/PushButton.h"
 #include "look/Spinner.h"
@@ -244,7 +246,9 @@ TEST_F(RuntimeSetupViewTest, aFailureIsToldAndTriedAgainWithANewConsent)
     settle();
     network->downloads.at(0)->events.onCompleted(QStringLiteral("Connection closed"));
     settle();
-    EXPECT_TRUE(shows(QStringLiteral("Download failed: Connection closed")));
+    EXPECT_TRUE(shows(QStringLiteral(
+        "Google's servers can't be reached. Check the connection to the internet, and try again. (Download failed: "
+        "Connection closed)")));
     ASSERT_TRUE(button("Try again"));
     QTest::mouseClick(button("Try again"), Qt::LeftButton);
     EXPECT_TRUE(is<Provisioner::Checking>());
@@ -302,4 +306,84 @@ TEST_F(RuntimeSetupViewTest, nothingTurnsWhileNothingIsSeen)
     EXPECT_GT(fakes.clock->pending(), 0U);
     panel.hide();
     EXPECT_EQ(fakes.clock->pending(), 0U);
+}
+
+TEST_F(RuntimeSetupViewTest, afterTheConsentTheKeyboardStaysWithTheSetup)
+{
+    auto *before = new QLineEdit(&panel);
+    offer();
+    panel.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&panel));
+    button("Accept & Download")->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(button("Accept & Download"), Qt::Key_Return);
+    ASSERT_TRUE(sheet());
+    sheetButton("Accept & Download")->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(sheetButton("Accept & Download"), Qt::Key_Return);
+    settle();
+    ASSERT_TRUE(is<Provisioner::Downloading>());
+    EXPECT_FALSE(before->hasFocus());
+    EXPECT_EQ(QApplication::focusWidget(), view);
+}
+
+TEST_F(RuntimeSetupViewTest, whoDeclinesFindsTheKeyboardWhereItWas)
+{
+    offer();
+    panel.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&panel));
+    button("Read licence…")->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(button("Read licence…"), Qt::Key_Return);
+    QTest::keyClick(sheet()->findChild<QTextBrowser *>(), Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(QApplication::focusWidget(), button("Read licence…"));
+}
+
+TEST_F(RuntimeSetupViewTest, theSheetGoesWithThePlanThatItShows)
+{
+    offer();
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    auto *const accept = sheetButton("Accept & Download");
+    network->answers[tools].body.replace("as written", "otherwise");
+    provisioner->reset();
+    EXPECT_FALSE(sheet()->isVisible());
+    QTest::keyClick(accept, Qt::Key_Return);
+    settle();
+    EXPECT_FALSE(sheet());
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>()) << "the new plan waits for a consent of its own";
+    EXPECT_TRUE(network->downloads.empty());
+}
+
+TEST_F(RuntimeSetupViewTest, theSheetClosesWithThePanel)
+{
+    offer();
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    ASSERT_TRUE(sheet());
+    panel.hide();
+    settle();
+    EXPECT_FALSE(sheet());
+    panel.show();
+    settle();
+    EXPECT_FALSE(sheet());
+    EXPECT_TRUE(is<Provisioner::NeedsAcceptance>());
+}
+
+TEST_F(RuntimeSetupViewTest, theSheetFollowsTheAppearance)
+{
+    offer();
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    const auto *text = sheet()->findChild<QTextBrowser *>();
+    EXPECT_EQ(text->palette().color(QPalette::Text), Palette::light().label);
+    fakes.appearance->setDark(true);
+    EXPECT_EQ(text->palette().color(QPalette::Text), Palette::dark().label);
+    for (const auto *label : sheet()->findChildren<QLabel *>())
+        EXPECT_GT(label->palette().color(QPalette::WindowText).lightness(), 150) << label->text().toStdString();
+}
+
+TEST_F(RuntimeSetupViewTest, withoutACompositorTheShadeReachesIntoTheCorners)
+{
+    offer();
+    QTest::mouseClick(button("Read licence…"), Qt::LeftButton);
+    const auto lightness = [this](int x, int y) { return inPoints(panel.grab()).pixelColor(x, y).lightness(); };
+    EXPECT_EQ(lightness(0, 0), lightness(40, 2));
+    EXPECT_EQ(lightness(panel.width() - 2, panel.height() - 2), lightness(40, 2));
 }

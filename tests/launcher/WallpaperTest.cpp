@@ -31,7 +31,7 @@ protected:
         fakes.settle();
         return answer.value();
     }
-    QColor background() const { return panel->grab().toImage().pixelColor(5, 400); }
+    QColor background() const { return inPoints(panel->grab()).pixelColor(5, 400); }
 };
 
 bool near(const QColor &a, const QColor &b, int distance)
@@ -55,7 +55,16 @@ TEST_F(WallpaperTest, thePresetsAreTheseFive)
         all.append(preset.id + QLatin1Char(' ') + preset.name);
     EXPECT_EQ(
         all.join(u'|'), QStringLiteral("aurora Aurora|sunset Sunset|ocean Ocean|forest Forest|midnight Midnight"));
-    EXPECT_EQ(Wallpaper::preset(QStringLiteral("ocean"))->colors[2], QColor::fromRgbF(0.55F, 0.85F, 0.9F));
+    constexpr float table[5][9]{
+        {0.05F, 0.1F, 0.25F, 0.1F, 0.55F, 0.55F, 0.45F, 0.2F, 0.6F},
+        {0.98F, 0.45F, 0.3F, 0.85F, 0.25F, 0.5F, 0.3F, 0.15F, 0.45F},
+        {0.05F, 0.3F, 0.6F, 0.1F, 0.6F, 0.8F, 0.55F, 0.85F, 0.9F},
+        {0.05F, 0.2F, 0.12F, 0.09F, 0.5F, 0.4F, 0.6F, 0.8F, 0.45F},
+        {0.02F, 0.02F, 0.06F, 0.1F, 0.08F, 0.25F, 0.25F, 0.1F, 0.35F}};
+    for (std::size_t i = 0; i < 15; ++i) {
+        const auto *color = table[i / 3] + i % 3 * 3;
+        EXPECT_EQ(Wallpaper::presets()[i / 3].colors[i % 3], QColor::fromRgbF(color[0], color[1], color[2])) << i;
+    }
     EXPECT_EQ(Wallpaper::preset(QStringLiteral("none")), nullptr);
 }
 
@@ -90,6 +99,8 @@ TEST_F(WallpaperTest, anUnknownOneIsTheVeilAlone)
     EXPECT_NEAR(image.pixelColor(5, 50).alphaF(), 0.15, 0.02);
     EXPECT_NEAR(image.pixelColor(5, 99).alphaF(), 0.45, 0.02);
     EXPECT_EQ(image.pixelColor(5, 50).lightness(), 0);
+    const WallpaperView::Material glass{Qt::white, 0.5F};
+    EXPECT_TRUE(WallpaperView::render(fakes.platform, QStringLiteral("nonsense"), QSize(10, 100), glass).isNull());
     set("QuillnestWallpaper", QStringLiteral("nonsense"));
     EXPECT_EQ(background(), Palette::light().windowBackground) << "the panel never shows it";
 }
@@ -165,6 +176,42 @@ TEST_F(WallpaperTest, aPhotoThatIsGoneLeavesThePlainBackground)
     EXPECT_EQ(background(), Palette::light().windowBackground);
 }
 
+TEST_F(WallpaperTest, aPhotoThatCannotBeReadLeavesThePlainBackgroundWhateverIsWrongWithIt)
+{
+    QDir().mkpath(QFileInfo(file()).path());
+    const auto put = [this](const QByteArray &bytes) {
+        QFile photo(file());
+        ASSERT_TRUE(photo.open(QIODevice::WriteOnly));
+        photo.write(bytes);
+        photo.close();
+    };
+    set("QuillnestWallpaper", QStringLiteral("custom"));
+    put("no picture");
+    set("QuillnestWallpaperRevision", 1);
+    EXPECT_FALSE(Wallpaper::isSet(fakes.platform));
+    EXPECT_EQ(background(), Palette::light().windowBackground);
+    // A good beginning, and nothing after it.
+    ASSERT_TRUE(choose(putPicture(Qt::red)));
+    put(fakes.readFile(fakes.path(QStringLiteral("picture.png")))->first(40));
+    set("QuillnestWallpaperRevision", 2);
+    EXPECT_TRUE(Wallpaper::isSet(fakes.platform));
+    EXPECT_EQ(background(), Palette::light().windowBackground);
+}
+
+TEST_F(WallpaperTest, aPhotoThatIsDeletedWhileItIsShownGoesWithoutATrace)
+{
+    ASSERT_TRUE(choose(putPicture(Qt::red)));
+    set("QuillnestWallpaper", QStringLiteral("custom"));
+    ASSERT_NE(background(), Palette::light().windowBackground);
+    QFile::remove(file());
+    panel->resize(400, 700);
+    EXPECT_EQ(background(), Palette::light().windowBackground);
+    panel->hide();
+    panel->show();
+    EXPECT_EQ(part<QLabel>()->palette().color(QPalette::WindowText), Palette::light().label);
+    EXPECT_EQ(background(), Palette::light().windowBackground);
+}
+
 TEST_F(WallpaperTest, thePanelShowsAPresetAsSoonAsItIsChosenAndTextStaysReadable)
 {
     for (const bool dark : {false, true}) {
@@ -172,7 +219,7 @@ TEST_F(WallpaperTest, thePanelShowsAPresetAsSoonAsItIsChosenAndTextStaysReadable
         for (const auto &preset : Wallpaper::presets()) {
             set("QuillnestWallpaper", preset.id);
             EXPECT_NE(background(), Palette::current(fakes.platform).windowBackground);
-            const auto image = panel->grab().toImage();
+            const auto image = inPoints(panel->grab());
             const auto text = Palette::current(fakes.platform).label;
             for (int y = 10; y < 760; y += 50) {
                 const auto luminance = [](const QColor &color) {

@@ -45,7 +45,7 @@ AppArea::AppArea(const PanelServices &services, const PanelLook &look, QWidget *
     m_nothing->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     m_nothing->setWordWrap(true);
     m_nothing->setFont(interfaceFont(13));
-    m_nothing->setContentsMargins(margin, 40, margin, 0);
+    m_nothing->setContentsMargins(margin, 24, margin, 0);
     area->addWidget(m_nothing, 1);
 
     connect(m_empty, &EmptyState::chooseRequested, this, &AppArea::chooseRequested);
@@ -91,14 +91,17 @@ void AppArea::showSections()
     }
     m_nothing->setText(QStringLiteral("Nothing matches “%1”").arg(search));
     m_empty->setVisible(m_sortedApps.empty());
-    m_scroll->setVisible(!all.apps.empty());
-    m_nothing->setVisible(!m_sortedApps.empty() && all.apps.empty());
+    const bool inVain = all.apps.empty();
+    m_scroll->setVisible(!m_sortedApps.empty());
+    m_nothing->setVisible(!m_sortedApps.empty() && inVain);
     std::vector<AppGrid::Section> sections;
     if (!favourites.apps.empty())
         sections.push_back(std::move(favourites));
-    if (!all.apps.empty())
+    if (!m_sortedApps.empty())
         sections.push_back(std::move(all));
     m_grid->setSections(std::move(sections));
+    // A heading without tiles leaves the rest to the words.
+    m_scroll->setMaximumHeight(inVain ? m_grid->minimumHeight() : QWIDGETSIZE_MAX);
 }
 
 void AppArea::setColors()

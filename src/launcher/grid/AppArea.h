@@ -22,6 +22,7 @@ public:
     /// Both references outlive the area.
     AppArea(const PanelServices &services, const PanelLook &look, QWidget *parent);
 
+    QScrollArea &scrollArea() const { return *m_scroll; }
     AppGrid &grid() const { return *m_grid; }
     /// Whether there are tiles to be seen, which can have the keyboard.
     bool showsTiles() const;

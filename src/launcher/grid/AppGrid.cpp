@@ -58,6 +58,9 @@ void AppGrid::setSections(std::vector<Section> sections)
 {
     const auto idOf = [this](std::optional<int> index) { return index ? tile(*index).app().id : QUuid(); };
     const auto current = idOf(m_current);
+    // A favourite has two tiles, of which the keyboard is on one.
+    const auto isCurrent = [&current](const Cell &cell) { return cell.tile.app().id == current; };
+    const bool onLast = m_current && std::none_of(m_cells.begin() + *m_current + 1, m_cells.end(), isCurrent);
     m_sections = std::move(sections);
     m_cells.clear();
     for (const auto &section : m_sections) {
@@ -67,8 +70,8 @@ void AppGrid::setSections(std::vector<Section> sections)
     m_hovered.reset();
     m_pressed.reset();
     m_current.reset();
-    for (int i = 0; i < count() && !current.isNull() && !m_current; ++i) {
-        if (tile(i).app().id == current)
+    for (int i = 0; i < count() && !current.isNull(); ++i) {
+        if (tile(i).app().id == current && (onLast || !m_current))
             m_current = i;
     }
     layOut();
@@ -262,6 +265,9 @@ void AppGrid::mouseMoveEvent(QMouseEvent *event)
 {
     setHovered(tileAt(event->position().toPoint()));
     setCursor(m_hovered ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    // A drag that began between the tiles is the window's.
+    if (event->buttons() && !m_pressed)
+        event->ignore();
 }
 
 void AppGrid::mousePressEvent(QMouseEvent *event)
@@ -381,12 +387,21 @@ void AppGrid::keyPressEvent(QKeyEvent *event)
 void AppGrid::focusInEvent(QFocusEvent *event)
 {
     const auto reason = event->reason();
-    m_showsCurrent = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+    // After a menu, or another window, the keyboard is where it was, and its ring with it.
+    if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason)
+        m_showsCurrent = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
     if (m_showsCurrent && !m_current && count() > 0)
         m_current = 0;
     if (m_showsCurrent && m_current)
         setCurrent(m_current);
     QWidget::focusInEvent(event);
+}
+
+void AppGrid::hideEvent(QHideEvent *event)
+{
+    // A panel that opens anew shows no ring until the keyboard is used.
+    m_showsCurrent = m_showsCurrent && event->spontaneous();
+    QWidget::hideEvent(event);
 }
 
 void AppGrid::focusOutEvent(QFocusEvent *event)

@@ -115,10 +115,43 @@ QImage shadowOfShape(const QImage &picture, int side, ThemeStyle style)
     return pixmap.toImage();
 }
 
+/// The part of a picture that is to fill the shape. A picture that is a plate of its own, with some room around, would
+/// be smaller than the others and cut twice, by its own corners and by the style's.
+QImage plateOf(const QImage &image)
+{
+    constexpr int solid = 128;
+    constexpr double leastSolid = 0.75; // A full circle has more, a figure that stands free has less.
+    constexpr double widestMargin = 0.15;
+    const auto pixels = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QRect bounds;
+    qint64 count = 0;
+    for (int y = 0; y < pixels.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(pixels.constScanLine(y));
+        int first = -1;
+        int last = -1;
+        for (int x = 0; x < pixels.width(); ++x) {
+            if (qAlpha(line[x]) < solid)
+                continue;
+            first = first < 0 ? x : first;
+            last = x;
+            ++count;
+        }
+        if (first >= 0)
+            bounds |= QRect(first, y, last - first + 1, 1);
+    }
+    const auto area = static_cast<double>(bounds.width()) * bounds.height();
+    const int most = static_cast<int>(std::max(pixels.width(), pixels.height()) * widestMargin);
+    const auto within = pixels.rect().adjusted(most, most, -most, -most);
+    const bool isSquare = std::abs(bounds.width() - bounds.height()) <= bounds.width() / 16;
+    const bool isPlate = isSquare && bounds.contains(within) && static_cast<double>(count) >= leastSolid * area;
+    return isPlate ? pixels.copy(bounds) : image;
+}
+
 /// A picture in its shape above its shadow, `side` pixels wide with room on all sides.
 QImage composed(const QImage &image, int side, int room, ThemeStyle style)
 {
-    const auto scaled = image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+    const auto scaled = plateOf(image)
+                            .scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                             .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     const QPoint offset(room + (side - scaled.width()) / 2, room + (side - scaled.height()) / 2);
     const QSize whole(side + 2 * room, side + 2 * room);

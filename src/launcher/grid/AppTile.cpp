@@ -22,6 +22,8 @@ constexpr double labelHeight = 16;
 constexpr double dotSize = 4;
 constexpr double unreadSize = 10;
 constexpr double unreadStroke = 2;
+constexpr double failedSize = 15;
+constexpr QColor failedColor(0xC9, 0x27, 0x1B);
 constexpr double widestGround = 104;
 
 int labelLines(ThemeStyle style)
@@ -68,13 +70,19 @@ AppTile::Marks AppTile::marks(const PanelServices &services, QUuid id)
         .launching = services.store.launchingAppID() == id,
         .running = services.store.runningAppIDs().contains(id),
         .unread = services.store.unreadAppIDs().contains(id),
-        .locked = services.locks->isLocked(id)};
+        .locked = services.locks->isLocked(id),
+        .failed = services.store.launchFailure(id).has_value()};
 }
 
 QString AppTile::toolTip(const PanelServices &services) const
 {
     const bool running = services.store.runningAppIDs().contains(m_app.id);
-    return QStringLiteral("%1 %2").arg(running ? QStringLiteral("Show") : QStringLiteral("Open"), m_name);
+    QStringList lines{QStringLiteral("%1 %2").arg(running ? QStringLiteral("Show") : QStringLiteral("Open"), m_name)};
+    if (services.locks->isLocked(m_app.id))
+        lines.append(QStringLiteral("Locked: asks who you are before it opens"));
+    if (const auto failure = services.store.launchFailure(m_app.id))
+        lines.append(QStringLiteral("Did not start last time: %1").arg(*failure));
+    return lines.join(u'\n');
 }
 
 QString AppTile::spoken(const Marks &marks)
@@ -88,6 +96,8 @@ QString AppTile::spoken(const Marks &marks)
         words.append(QStringLiteral("Unread notifications"));
     if (marks.locked)
         words.append(QStringLiteral("Locked"));
+    if (marks.failed)
+        words.append(QStringLiteral("Did not start last time"));
     return words.join(QStringLiteral(", "));
 }
 
@@ -122,8 +132,9 @@ void AppTile::paintMarks(
         painter.fillPath(
             continuousRectangle(icon, AppIcon::radius(icon.width(), look.style)), QColor::fromRgbF(0, 0, 0, 0.35F));
     const double inset = cornerInset(icon.width(), look.style);
+    const auto ground = look.hasWallpaper ? QColor(Qt::white) : look.colors.windowBackground;
     if (marks.unread) {
-        painter.setPen(QPen(look.hasWallpaper ? QColor(Qt::white) : look.colors.windowBackground, unreadStroke));
+        painter.setPen(QPen(ground, unreadStroke));
         painter.setBrush(QuillnestTheme::ember());
         const double radius = unreadSize / 2;
         painter.drawEllipse(QPointF(icon.right() - inset, icon.top() + inset), radius, radius);
@@ -136,6 +147,16 @@ void AppTile::paintMarks(
         painter.drawRoundedRect(area, height / 2, height / 2);
         return area;
     };
+    if (marks.failed) {
+        // Where it hides none of the others.
+        const QPointF center(icon.left() + inset, icon.top() + inset);
+        painter.setPen(QPen(ground, unreadStroke));
+        painter.setBrush(failedColor);
+        painter.drawEllipse(center, failedSize / 2, failedSize / 2);
+        painter.setPen(QPen(Qt::white, 1.8, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(center - QPointF(0, 3.2), center + QPointF(0, 0.4));
+        painter.drawPoint(center + QPointF(0, 3.4));
+    }
     if (m_app.platform == MobilePlatform::ios) {
         const auto area = badge(QPointF(icon.right() - inset - 4, icon.bottom() - inset), 24);
         painter.setPen(Qt::white);

@@ -20,6 +20,8 @@ public:
         bool running = false;
         bool unread = false;
         bool locked = false;
+        /// Its last launch came to nothing.
+        bool failed = false;
 
         bool operator==(const Marks &) const = default;
     };
@@ -43,7 +45,7 @@ public:
 
     static Marks marks(const PanelServices &services, QUuid id);
 
-    /// "Open" or "Show", and the name.
+    /// "Open" or "Show", and the name; below that what its marks mean.
     QString toolTip(const PanelServices &services) const;
     /// The marks in words, for those who don't see them.
     static QString spoken(const Marks &marks);

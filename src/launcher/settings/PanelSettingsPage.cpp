@@ -4,7 +4,8 @@
 #include "features/adblock/AdBlockSettings.h"
 #include "launcher/LauncherSettings.h"
 #include "launcher/grid/AppIcon.h"
-#include "launcher/wallpaper/WallpaperView.h"
+#include "launcher/wallpaper/PanelBackground.h"
+#include "launcher/wallpaper/Wallpaper.h"
 #include "look/ChoiceButton.h"
 #include "look/ContinuousCorners.h"
 #include "look/Fonts.h"
@@ -15,6 +16,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPointer>
 #include <QVBoxLayout>
 
 namespace quillnest
@@ -59,6 +61,14 @@ ChoiceButton::Sample sampleOf(const PanelLook &look, ThemeStyle style)
             painter.fillPath(continuousRectangle(icon, AppIcon::radius(side, style)), fill);
         }
     };
+}
+
+void paintSample(QPainter &painter, const QRectF &area, const QImage &image)
+{
+    const double scale = painter.deviceTransform().m11();
+    QBrush brush(image);
+    brush.setTransform(QTransform::fromScale(1 / scale, 1 / scale) * QTransform::fromTranslate(area.x(), area.y()));
+    painter.fillPath(continuousRectangle(area, sampleRadius), brush);
 }
 
 } // namespace
@@ -167,42 +177,71 @@ void PanelSettingsPage::addWallpapers(QVBoxLayout *column)
         return button;
     };
     add(QStringLiteral("none"), QStringLiteral("None"), [this](QPainter &painter, const QRectF &area) {
-        painter.setPen(QPen(m_look.colors.separator, 1));
-        painter.setBrush(m_look.colors.windowBackground);
+        // A line that can be seen on the very ground that is chosen here.
+        auto line = m_look.colors.label;
+        line.setAlphaF(0.35F);
+        painter.setPen(QPen(line, 1));
+        painter.setBrush(Look::current(m_services.platform).colors.windowBackground);
         painter.drawPath(continuousRectangle(area.adjusted(0.5, 0.5, -0.5, -0.5), sampleRadius));
     });
-    const auto picture = [this](const QString &id) {
-        return [this, id](QPainter &painter, const QRectF &area) {
-            const double scale = painter.deviceTransform().m11();
-            const auto pixels = (area.size() * scale).toSize();
-            QBrush brush(WallpaperView::render(m_services.platform, id, pixels));
-            brush.setTransform(
-                QTransform::fromScale(1 / scale, 1 / scale) * QTransform::fromTranslate(area.x(), area.y()));
-            painter.fillPath(continuousRectangle(area, sampleRadius), brush);
-        };
-    };
     for (const auto &preset : Wallpaper::presets())
-        add(preset.id, preset.name, picture(preset.id));
-    auto *photo = add(
-        Wallpaper::customId(), QStringLiteral("Choose a photo…"),
-        [this, picture = picture(Wallpaper::customId())](QPainter &painter, const QRectF &area) {
-            if (Wallpaper::selected(m_services.platform) == Wallpaper::customId() && m_look.hasWallpaper) {
-                picture(painter, area);
-                return;
-            }
-            auto ground = m_look.colors.label;
-            ground.setAlphaF(0.07F);
-            painter.fillPath(continuousRectangle(area, sampleRadius), ground);
-            constexpr int side = 20;
-            painter.drawPixmap(
-                area.center() - QPointF(side / 2.0, side / 2.0),
-                m_look.symbol(QStringLiteral("photo"), side, m_look.colors.secondaryLabel, painter));
+        add(preset.id, preset.name, [this, id = preset.id](QPainter &painter, const QRectF &area) {
+            const auto pixels = (area.size() * painter.deviceTransform().m11()).toSize();
+            // As the panel would have it, glass and all.
+            paintSample(
+                painter, area,
+                WallpaperView::render(m_services.platform, id, pixels, PanelBackground::material(m_look)));
         });
-    photo->setToolTip(QStringLiteral("Change photo…"));
+    m_photoButton
+        = add(Wallpaper::customId(), QStringLiteral("Choose a photo…"), [this](QPainter &painter, const QRectF &area) {
+              const bool isChosen
+                  = Wallpaper::selected(m_services.platform) == Wallpaper::customId() && m_look.hasWallpaper;
+              if (isChosen)
+                  readPhotoSample((area.size() * painter.deviceTransform().m11()).toSize());
+              if (isChosen && !m_photoSample.isNull()) {
+                  paintSample(painter, area, m_photoSample);
+                  return;
+              }
+              auto ground = m_look.colors.label;
+              ground.setAlphaF(0.07F);
+              painter.fillPath(continuousRectangle(area, sampleRadius), ground);
+              constexpr int side = 20;
+              painter.drawPixmap(
+                  area.center() - QPointF(side / 2.0, side / 2.0),
+                  m_look.symbol(QStringLiteral("photo"), side, m_look.colors.secondaryLabel, painter));
+          });
+    m_photoButton->setToolTip(QStringLiteral("Change photo…"));
+    // Its name is the longest.
+    grid->addWidget(m_photoButton, 1, 2, 1, 2);
     for (int i = 0; i < 4; ++i)
         grid->setColumnStretch(i, 1);
     // The samples have a little room around them, for their rings.
     column->addLayout(inset(group, SettingRow::inset - 4));
+}
+
+void PanelSettingsPage::readPhotoSample(QSize pixels)
+{
+    const auto &platform = m_services.platform;
+    const auto key = QStringLiteral("%1 %2x%3 %4")
+                         .arg(LauncherSettings::wallpaperRevision.value(*platform.settings))
+                         .arg(pixels.width())
+                         .arg(pixels.height())
+                         .arg(m_look.isDark);
+    if (m_photoKey == key)
+        return;
+    m_photoKey = key;
+    m_photoSample = {};
+    // A photo has millions of pixels; the interface goes on meanwhile.
+    platform.executor->inBackground(
+        [self = QPointer(this), platform, pixels, key, material = PanelBackground::material(m_look)] {
+            const auto sample = WallpaperView::render(platform, Wallpaper::customId(), pixels, material);
+            platform.executor->onMain([self, key, sample] {
+                if (!self || self->m_photoKey != key)
+                    return;
+                self->m_photoSample = sample;
+                self->m_photoButton->update();
+            });
+        });
 }
 
 void PanelSettingsPage::chooseWallpaper(const QString &id)

@@ -3,6 +3,7 @@
 #include "launcher/PanelLook.h"
 #include "launcher/PanelServices.h"
 
+#include <QImage>
 #include <QWidget>
 
 class QButtonGroup;
@@ -12,6 +13,7 @@ class QVBoxLayout;
 namespace quillnest
 {
 
+class ChoiceButton;
 class Footnote;
 class SettingRow;
 
@@ -36,11 +38,16 @@ private:
     void addWallpapers(QVBoxLayout *column);
     void chooseWallpaper(const QString &id);
     void choosePhoto();
+    /// Begins to read the user's photo for its sample, once for each photo and size.
+    void readPhotoSample(QSize pixels);
 
     const PanelServices &m_services;
     const PanelLook &m_look;
     SettingRow *m_openAtLogin = nullptr;
     Footnote *m_loginError = nullptr;
+    ChoiceButton *m_photoButton = nullptr;
+    QImage m_photoSample;
+    QString m_photoKey;
     std::vector<QLabel *> m_headings;
     std::vector<std::function<void()>> m_readers;
 };

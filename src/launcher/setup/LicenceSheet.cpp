@@ -23,14 +23,14 @@ namespace
 constexpr int margin = 12;
 constexpr int textHeight = 380;
 
-void setColor(QWidget *widget, QPalette::ColorRole role, const QColor &color)
+void setColor(QWidget *widget, const QColor &color)
 {
     auto palette = widget->palette();
-    palette.setColor(role, color);
+    palette.setColor(QPalette::WindowText, color);
     widget->setPalette(palette);
 }
 
-QTextBrowser *licenceArea(const Palette &colors, const std::vector<RuntimeLicense> &licenses, QWidget *parent)
+QTextBrowser *licenceArea(const std::vector<RuntimeLicense> &licenses, QWidget *parent)
 {
     auto *area = new QTextBrowser(parent);
     area->setAccessibleName(QStringLiteral("Licence text"));
@@ -38,8 +38,6 @@ QTextBrowser *licenceArea(const Palette &colors, const std::vector<RuntimeLicens
     area->setOpenLinks(false);
     area->setFont(interfaceFont(11));
     area->document()->setDocumentMargin(10);
-    setColor(area, QPalette::Base, Qt::transparent);
-    setColor(area, QPalette::Text, colors.label);
     // Plain text: what a server sent is not to be read as markup.
     QTextCursor cursor(area->document());
     QTextCharFormat heading;
@@ -61,33 +59,27 @@ LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLi
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setAccessibleName(QStringLiteral("Google Android SDK licence"));
-    const auto &colors = m_look.colors;
-
     auto *content = new QVBoxLayout(m_card);
     content->setContentsMargins(16, 16, 16, 14);
     content->setSpacing(8);
-    auto *title = new QLabel(QStringLiteral("Google Android SDK licence"), m_card);
-    title->setFont(interfaceFont(15, QFont::Bold));
-    setColor(title, QPalette::WindowText, colors.label);
-    content->addWidget(title);
-    auto *note = new QLabel(
+    m_title = new QLabel(QStringLiteral("Google Android SDK licence"), m_card);
+    m_title->setFont(interfaceFont(15, QFont::Bold));
+    content->addWidget(m_title);
+    m_note = new QLabel(
         QStringLiteral("You are accepting this licence with Google. Quillnest only downloads the packages for you."),
         m_card);
-    note->setWordWrap(true);
-    note->setFont(interfaceFont(11));
-    setColor(note, QPalette::WindowText, colors.secondaryLabel);
-    content->addWidget(note);
+    m_note->setWordWrap(true);
+    m_note->setFont(interfaceFont(11));
+    content->addWidget(m_note);
 
-    auto *ground = new QFrame(m_card);
-    ground->setObjectName(QStringLiteral("licences"));
-    ground->setStyleSheet(
-        QStringLiteral("#licences { background: %1; border-radius: 8px; }").arg(colors.field.name(QColor::HexArgb)));
-    ground->setMaximumHeight(textHeight);
-    auto *inside = new QVBoxLayout(ground);
+    m_ground = new QFrame(m_card);
+    m_ground->setObjectName(QStringLiteral("licences"));
+    m_ground->setMaximumHeight(textHeight);
+    auto *inside = new QVBoxLayout(m_ground);
     inside->setContentsMargins(2, 2, 2, 2);
-    auto *area = licenceArea(colors, licenses, ground);
-    inside->addWidget(area);
-    content->addWidget(ground, 1);
+    m_text = licenceArea(licenses, m_ground);
+    inside->addWidget(m_text);
+    content->addWidget(m_ground, 1);
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch(1);
@@ -112,19 +104,33 @@ LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLi
     whole->addStretch(1);
     m_card->setMaximumHeight(textHeight + 150);
 
+    connect(&m_look, &LiveLook::changed, this, &LicenceSheet::takeColors);
+    takeColors();
     panel->installEventFilter(this);
     setGeometry(panel->rect());
     show();
     raise();
     // Read first, decide then: the text has the keyboard, so that it can be scrolled at once.
-    area->setFocus();
+    m_text->setFocus();
 }
 
 void LicenceSheet::end()
 {
-    if (m_previousFocus)
+    // What had it may have gone from the screen, and whoever took the consent may have found it another place.
+    if (m_previousFocus && m_previousFocus->isVisible() && isAncestorOf(QApplication::focusWidget()))
         m_previousFocus->setFocus();
     close();
+}
+
+void LicenceSheet::takeColors()
+{
+    const auto &colors = m_look.colors;
+    setColor(m_title, colors.label);
+    setColor(m_note, colors.secondaryLabel);
+    m_ground->setStyleSheet(QStringLiteral("#licences { background: %1; border-radius: 8px; }"
+                                           "QTextBrowser { background: transparent; color: %2; }")
+                                .arg(colors.field.name(QColor::HexArgb), colors.label.name(QColor::HexArgb)));
+    update();
 }
 
 bool LicenceSheet::eventFilter(QObject *watched, QEvent *event)
@@ -170,7 +176,9 @@ void LicenceSheet::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0, 0, 0, 110));
-    painter.drawRoundedRect(rect(), windowCornerRadius, windowCornerRadius);
+    // As round as the panel below.
+    const int radius = window()->testAttribute(Qt::WA_TranslucentBackground) ? windowCornerRadius : 0;
+    painter.drawRoundedRect(rect(), radius, radius);
     const auto card = QRectF(m_card->geometry());
     for (int i = 6; i > 0; --i) {
         painter.setBrush(QColor(0, 0, 0, 9));

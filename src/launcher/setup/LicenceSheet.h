@@ -6,6 +6,10 @@
 #include <QPointer>
 #include <QWidget>
 
+class QFrame;
+class QLabel;
+class QTextBrowser;
+
 namespace quillnest
 {
 
@@ -31,9 +35,14 @@ protected:
 
 private:
     void end();
+    void takeColors();
 
     LiveLook m_look;
     QWidget *const m_card;
+    QLabel *m_title = nullptr;
+    QLabel *m_note = nullptr;
+    QFrame *m_ground = nullptr;
+    QTextBrowser *m_text = nullptr;
     /// May go while the sheet is open.
     QPointer<QWidget> m_previousFocus;
 };

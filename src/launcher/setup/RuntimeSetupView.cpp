@@ -7,6 +7,8 @@
 #include "look/Spinner.h"
 #include "runtime/AndroidVersions.h"
 
+#include <QApplication>
+#include <QHideEvent>
 #include <QLabel>
 #include <QLocale>
 #include <QPainter>
@@ -19,6 +21,8 @@ namespace
 {
 
 constexpr int symbolSize = 26;
+/// Of the ground beside the card.
+constexpr int beside = 8;
 
 /// Calls the one of these functions that takes what the variant holds.
 template <typename... Functions> struct Overloaded : Functions... {
@@ -33,7 +37,7 @@ RuntimeSetupView::RuntimeSetupView(const Platform &platform, AndroidRuntimeProvi
 {
     setAccessibleName(QStringLiteral("Set up Android"));
     auto *whole = new QVBoxLayout(this);
-    whole->setContentsMargins(16, 14, 16, 16);
+    whole->setContentsMargins(beside + 16, 14, beside + 16, 16);
     whole->setSpacing(12);
     auto *header = new QVBoxLayout;
     header->setContentsMargins(symbolSize + 12, 0, 0, 0);
@@ -83,6 +87,13 @@ void RuntimeSetupView::showEvent(QShowEvent *event)
     m_provisioner.prepare();
 }
 
+void RuntimeSetupView::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        closeLicences();
+}
+
 void RuntimeSetupView::paintEvent(QPaintEvent *)
 {
     const auto &colors = m_look.colors;
@@ -90,15 +101,19 @@ void RuntimeSetupView::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colors.separator, 1));
     painter.setBrush(colors.tile);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 12, 12);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(beside + 0.5, 0.5, -beside - 0.5, -0.5), 12, 12);
     painter.drawPixmap(
-        16, 18,
+        beside + 16, 18,
         m_look.symbol(QStringLiteral("shippingbox.and.arrow.backward"), symbolSize, colors.controlAccent, painter));
 }
 
 void RuntimeSetupView::refresh()
 {
     using Provisioner = AndroidRuntimeProvisioner;
+    // Nobody consents to what they have not been shown.
+    if (m_provisioner.plan() != m_shownPlan
+        || !std::holds_alternative<Provisioner::NeedsAcceptance>(m_provisioner.phase()))
+        closeLicences();
     std::visit(
         Overloaded{
             [this](const Provisioner::Idle &) { showBusy(QStringLiteral("Checking Google's Android packages…")); },
@@ -116,6 +131,9 @@ void RuntimeSetupView::refresh()
 QVBoxLayout *RuntimeSetupView::clear()
 {
     m_component.clear();
+    // The keyboard stays here, and doesn't jump to the panel's first button.
+    if (m_content->isAncestorOf(QApplication::focusWidget()))
+        setFocus();
     const auto children = m_content->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
     for (auto *child : children) {
         // It may be the button whose click brought us here.
@@ -228,8 +246,18 @@ void RuntimeSetupView::openLicences()
     const auto &plan = m_provisioner.plan();
     if (m_sheet || !plan)
         return;
+    m_shownPlan = plan;
     m_sheet = new LicenceSheet(m_platform, plan->licenses, window());
-    connect(m_sheet, &LicenceSheet::accepted, this, [this] { m_provisioner.acceptAndInstall(); });
+    connect(m_sheet, &LicenceSheet::accepted, this, [this] {
+        setFocus();
+        m_provisioner.acceptAndInstall();
+    });
+}
+
+void RuntimeSetupView::closeLicences()
+{
+    if (m_sheet)
+        m_sheet->close();
 }
 
 } // namespace quillnest

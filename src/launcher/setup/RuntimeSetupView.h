@@ -30,6 +30,7 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -44,6 +45,7 @@ private:
     QLabel *text(const QString &words, int points);
     void setColor(QLabel *label, bool isPrimary);
     void openLicences();
+    void closeLicences();
 
     const Platform &m_platform;
     LiveLook m_look;
@@ -56,6 +58,8 @@ private:
     QPointer<QLabel> m_percentage;
     QString m_component;
     QPointer<LicenceSheet> m_sheet;
+    /// What the sheet asks consent to.
+    std::optional<RuntimePlan> m_shownPlan;
 };
 
 } // namespace quillnest

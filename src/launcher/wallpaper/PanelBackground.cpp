@@ -1,7 +1,6 @@
 #include "launcher/wallpaper/PanelBackground.h"
 
 #include "launcher/LauncherSettings.h"
-#include "launcher/wallpaper/WallpaperView.h"
 
 #include <cmath>
 
@@ -27,10 +26,9 @@ QImage rounded(const QImage &image, double radius)
 
 void PanelBackground::paint(QPainter &painter, const QRect &area, const PanelLook &look, double radius)
 {
-    if (look.hasWallpaper) {
-        paintWallpaper(painter, area, look, radius);
+    // A photo may be gone, or end in the middle, when it is to be shown.
+    if (look.hasWallpaper && paintWallpaper(painter, area, look, radius))
         return;
-    }
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(look.colors.windowBackground);
@@ -40,7 +38,13 @@ void PanelBackground::paint(QPainter &painter, const QRect &area, const PanelLoo
         painter.drawRect(area);
 }
 
-void PanelBackground::paintWallpaper(QPainter &painter, const QRect &area, const PanelLook &look, double radius)
+WallpaperView::Material PanelBackground::material(const PanelLook &look)
+{
+    return look.isDark ? WallpaperView::Material{QColor(0x1C1C20), 0.42F}
+                       : WallpaperView::Material{QColor(0xFAFAFC), 0.66F};
+}
+
+bool PanelBackground::paintWallpaper(QPainter &painter, const QRect &area, const PanelLook &look, double radius)
 {
     const auto id = Wallpaper::selected(m_platform);
     const double scale = painter.deviceTransform().m11();
@@ -52,18 +56,19 @@ void PanelBackground::paintWallpaper(QPainter &painter, const QRect &area, const
                          .arg(pixels.height())
                          .arg(look.isDark)
                          .arg(radius);
-    if (m_picture.isNull() || m_key != key) {
-        const auto material = look.isDark ? WallpaperView::Material{QColor(0x1C1C20), 0.42F}
-                                          : WallpaperView::Material{QColor(0xFAFAFC), 0.66F};
-        auto image = WallpaperView::render(m_platform, id, pixels, material);
+    if (m_key != key) {
+        auto image = WallpaperView::render(m_platform, id, pixels, material(look));
         // The corners are cut once, so that a frame is no more than a copy.
-        if (radius > 0)
+        if (radius > 0 && !image.isNull())
             image = rounded(image, radius * scale);
         m_picture = QPixmap::fromImage(std::move(image));
         m_picture.setDevicePixelRatio(scale);
         m_key = key;
     }
+    if (m_picture.isNull())
+        return false;
     painter.drawPixmap(area.topLeft(), m_picture);
+    return true;
 }
 
 } // namespace quillnest

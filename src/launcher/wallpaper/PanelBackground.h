@@ -1,6 +1,7 @@
 #pragma once
 
 #include "launcher/PanelLook.h"
+#include "launcher/wallpaper/WallpaperView.h"
 
 #include <QPainter>
 #include <QPixmap>
@@ -15,13 +16,17 @@ class PanelBackground
 public:
     explicit PanelBackground(const Platform &platform) : m_platform(platform) { }
 
+    /// The frosted glass that lies on a panel's wallpaper.
+    static WallpaperView::Material material(const PanelLook &look);
+
     /// Fills the part of `area` that the painter's clip leaves, with round corners if `radius` is more than nothing.
     void paint(QPainter &painter, const QRect &area, const PanelLook &look, double radius);
     /// The photo may be another one under the same name.
-    void forget() { m_picture = {}; }
+    void forget() { m_key.clear(); }
 
 private:
-    void paintWallpaper(QPainter &painter, const QRect &area, const PanelLook &look, double radius);
+    /// False if there is none.
+    bool paintWallpaper(QPainter &painter, const QRect &area, const PanelLook &look, double radius);
 
     const Platform &m_platform;
     QPixmap m_picture;

@@ -59,7 +59,7 @@ QString Wallpaper::selected(const Platform &platform)
 bool Wallpaper::isSet(const Platform &platform)
 {
     const auto id = selected(platform);
-    return preset(id) || (id == customId() && QFileInfo::exists(customFile(platform.folders)));
+    return preset(id) || (id == customId() && QImageReader(customFile(platform.folders)).canRead());
 }
 
 QString Wallpaper::customFile(const Folders &folders)

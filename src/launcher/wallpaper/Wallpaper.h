@@ -26,7 +26,7 @@ struct Wallpaper {
 
     /// The id in the settings; "none" unless there is one.
     static QString selected(const Platform &platform);
-    /// Whether the settings ask for a wallpaper that is there.
+    /// Whether the settings ask for a wallpaper that is there. Of a photo the beginning is read.
     static bool isSet(const Platform &platform);
 
     /// Where the user's photo is kept, as JPEG data.

@@ -232,7 +232,7 @@ QImage WallpaperView::render(
     const auto photo = Wallpaper::image(platform, id);
     if (!photo.isNull())
         return material ? renderFrosted(photo, pixels, *material) : renderPhoto(photo, pixels);
-    return renderVeil(pixels);
+    return material ? QImage() : renderVeil(pixels);
 }
 
 } // namespace quillnest

@@ -21,7 +21,8 @@ struct Material {
 };
 
 /// The picture, `pixels` large and without visible steps. An id that names neither a preset nor a photo that is there
-/// gives the darkening alone, on nothing; with a material it is worked into that.
+/// gives the darkening alone, on nothing; with a material, which needs something to lie on, a null picture. Any
+/// thread.
 QImage render(
     const Platform &platform, const QString &id, QSize pixels, const std::optional<Material> &material = std::nullopt);
 } // namespace WallpaperView

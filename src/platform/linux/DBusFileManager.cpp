@@ -11,17 +11,16 @@
 namespace quillnest
 {
 
-void DBusFileManager::reveal(const QString &path)
+void DBusFileManager::reveal(const QString &path, std::function<void(bool)> done)
 {
     auto message = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     message << QStringList{QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)} << QString();
     auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message));
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, path] {
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, path, done = std::move(done)] {
         const QDBusPendingReply<> reply = *watcher;
-        if (reply.isError())
-            QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+        done(!reply.isError() || QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath())));
         watcher->deleteLater();
     });
 }

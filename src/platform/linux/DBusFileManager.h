@@ -10,7 +10,7 @@ namespace quillnest
 class DBusFileManager : public FileManager
 {
 public:
-    void reveal(const QString &path) override;
+    void reveal(const QString &path, std::function<void(bool)> done) override;
 };
 
 } // namespace quillnest
