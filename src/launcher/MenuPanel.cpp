@@ -140,14 +140,14 @@ QWidget *MenuPanel::makeFooter()
     auto *footer = new QWidget(m_launcher);
     footer->setFixedHeight(footerHeight);
     auto *row = new QHBoxLayout(footer);
-    const bool mirrored = layoutDirection() == Qt::RightToLeft;
     constexpr int inset = StatusText::inset;
-    row->setContentsMargins(margin - (mirrored ? 0 : inset), 0, margin - (mirrored ? inset : 0), 4);
+    row->setContentsMargins(margin - inset, 0, margin - inset, 4);
     row->setSpacing(8);
     m_status = new StatusText(m_look, *m_services.platform.pasteboard, footer);
     row->addWidget(m_status, 1);
     m_pill = new StatusPill(m_look, footer);
     row->addWidget(m_pill);
+    row->addSpacing(inset);
     return footer;
 }
 

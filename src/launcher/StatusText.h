@@ -7,8 +7,8 @@
 namespace quillnest
 {
 
-/// The line in the panel's footer that tells how the last thing went. What doesn't fit is in its tool tip, and all of it
-/// can be copied, with the keyboard as well.
+/// The line in the panel's footer that tells how the last thing went. What doesn't fit is in its tool tip, and all of
+/// it can be copied, with the keyboard as well.
 class StatusText : public ElidedLabel
 {
     Q_OBJECT

@@ -2,7 +2,9 @@
 
 #include "platform/Conditions.h"
 
+#include <QGuiApplication>
 #include <QProcess>
+#include <QScreen>
 
 #include <gtest/gtest.h>
 
@@ -133,7 +135,9 @@ TEST_F(EwmhWindowsTest, aMaximisedWindowIsMadeSmall)
         QStringLiteral("wmctrl"),
         {QStringLiteral("-i"), QStringLiteral("-r"), QString::number(window), QStringLiteral("-b"),
          QStringLiteral("add,maximized_vert,maximized_horz")});
-    ASSERT_TRUE(comesTrue([this] { return frame().width() == 1600; }));
+    const auto *screen = QGuiApplication::primaryScreen();
+    const int whole = static_cast<int>(screen->size().width() * screen->devicePixelRatio());
+    ASSERT_TRUE(comesTrue([this, whole] { return frame().width() == whole; }));
     // The window manager says so after it has done it.
     ASSERT_TRUE(comesTrue([this] {
         return tool(

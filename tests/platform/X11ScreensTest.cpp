@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using namespace quillnest;
 
 TEST(X11ScreensTest, screenOfTheDisplay)
@@ -21,7 +23,7 @@ TEST(X11ScreensTest, screenOfTheDisplay)
     EXPECT_EQ(main.frame, QGuiApplication::primaryScreen()->geometry());
     EXPECT_EQ(main.backingScaleFactor, QGuiApplication::primaryScreen()->devicePixelRatio());
     EXPECT_TRUE(main.frame.contains(main.visibleFrame));
-    EXPECT_EQ(main.frame.size() * main.backingScaleFactor, QSize(1600, 1200));
+    EXPECT_EQ(main.frame.size(), QSize(1600, 1200)) << "in points, at every scale";
 }
 
 TEST(X11ScreensTest, screenThatContainsAPoint)
@@ -71,11 +73,14 @@ TEST(X11ScreensTest, shadowCountsForNoPlacementAndLetsTheMouseThrough)
         return process.readAllStandardOutput();
     };
     const auto id = QString::number(window.winId());
+    const auto pixels
+        = [scale = window.devicePixelRatioF()](int points) { return QString::number(std::lround(points * scale)); };
+    const QStringList extents{pixels(20), pixels(20), pixels(10), pixels(30)};
     EXPECT_TRUE(tool(QStringLiteral("xprop"), {QStringLiteral("-id"), id, QStringLiteral("_GTK_FRAME_EXTENTS")})
-                    .contains("= 20, 20, 10, 30"));
+                    .contains("= " + extents.join(QStringLiteral(", ")).toUtf8()));
     // The window manager's frame around it, or the desktop.
     const auto under = [&](int x, int y) {
-        tool(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
+        tool(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), pixels(x), pixels(y)});
         return tool(QStringLiteral("xdotool"), {QStringLiteral("getmouselocation"), QStringLiteral("--shell")})
             .split('\n')
             .value(3);

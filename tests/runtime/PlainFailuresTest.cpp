@@ -31,8 +31,10 @@ TEST(PlainFailures, theCommonestInstallFailuresAreSentencesBeforeTheToolsWords)
 
 TEST(PlainFailures, whatIsNotKnownStaysAsItIs)
 {
-    EXPECT_EQ(PlainFailures::ofInstall(QStringLiteral("a new kind\nof trouble")), QStringLiteral("a new kind\nof trouble"));
-    EXPECT_EQ(PlainFailures::ofSetup(QStringLiteral("Could not unpack Image")), QStringLiteral("Could not unpack Image"));
+    EXPECT_EQ(
+        PlainFailures::ofInstall(QStringLiteral("a new kind\nof trouble")), QStringLiteral("a new kind\nof trouble"));
+    EXPECT_EQ(
+        PlainFailures::ofSetup(QStringLiteral("Could not unpack Image")), QStringLiteral("Could not unpack Image"));
 }
 
 TEST(PlainFailures, aMissingNetworkAndAFullDiskAreSentences)
@@ -42,7 +44,8 @@ TEST(PlainFailures, aMissingNetworkAndAFullDiskAreSentences)
           "Download failed: Connection closed after 3 of 9 bytes", "Temporary failure in name resolution"})
         EXPECT_EQ(
             PlainFailures::ofSetup(QLatin1String(words)),
-            QStringLiteral("Google's servers can't be reached. Check the connection to the internet, and try again. (%1)")
+            QStringLiteral(
+                "Google's servers can't be reached. Check the connection to the internet, and try again. (%1)")
                 .arg(QLatin1String(words)));
     EXPECT_EQ(
         PlainFailures::ofSetup(QStringLiteral("/home/x: No space left on device")),

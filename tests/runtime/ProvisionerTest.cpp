@@ -12,6 +12,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 using namespace quillnest;
 
 namespace
@@ -427,7 +429,7 @@ TEST_F(ProvisionerTest, prepareWhileCheckingDoesNothing)
     EXPECT_EQ(network->fetched.size(), 2);
 }
 
-TEST_F(ProvisionerTest, aPackageWithoutANameIsCalledByItsPath)
+TEST_F(ProvisionerTest, aPackageWithoutANameIsCalledByItsPathInAllTheTexts)
 {
     emulatorName.clear();
     serve();

@@ -104,8 +104,8 @@ protected:
     /// The display that Android is asked for: as many pixels as the picture has, cut to eight.
     static QSize displayFor(const AndroidWindowSession &session)
     {
-        const auto pixels = (QSizeF(videoView(session).size()) * session.panel().devicePixelRatioF()).toSize();
-        return {pixels.width() / 8 * 8, pixels.height() / 8 * 8};
+        const auto pixels = QSizeF(videoView(session).size()) * session.panel().devicePixelRatioF();
+        return {static_cast<int>(pixels.width()) / 8 * 8, static_cast<int>(pixels.height()) / 8 * 8};
     }
 
     /// Another window of the desktop takes the keyboard.

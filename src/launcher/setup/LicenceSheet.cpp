@@ -3,6 +3,7 @@
 #include "look/Fonts.h"
 #include "look/Palette.h"
 #include "look/PushButton.h"
+#include "look/SlimScrollBar.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -36,6 +37,8 @@ QTextBrowser *licenceArea(const std::vector<RuntimeLicense> &licenses, QWidget *
     area->setAccessibleName(QStringLiteral("Licence text"));
     area->setFrameShape(QFrame::NoFrame);
     area->setOpenLinks(false);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFont(interfaceFont(11));
     area->document()->setDocumentMargin(10);
     // Plain text: what a server sent is not to be read as markup.
@@ -79,6 +82,7 @@ LicenceSheet::LicenceSheet(const Platform &platform, const std::vector<RuntimeLi
     inside->setContentsMargins(2, 2, 2, 2);
     m_text = licenceArea(licenses, m_ground);
     inside->addWidget(m_text);
+    new SlimScrollBar(*m_text, m_look);
     content->addWidget(m_ground, 1);
 
     auto *buttons = new QHBoxLayout;
