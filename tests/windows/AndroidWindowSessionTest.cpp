@@ -500,8 +500,7 @@ TEST_F(AndroidWindowSessionTest, manyResizesInARowSendOneMessageWhenTheyHaveStop
     device.connect(session);
     device.sent(session);
     for (const auto size : {QSize(400, 700), QSize(410, 720), QSize(430, 750)}) {
-        session.panel().resize(size);
-        ASSERT_TRUE(waitFor([&] { return isAbout(session.panel(), videoView(session).size(), size - QSize(0, 36)); }));
+        ASSERT_TRUE(resize(session, size));
         pass(200ms);
     }
     EXPECT_EQ(device.sent(session), QByteArray());

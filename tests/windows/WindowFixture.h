@@ -101,6 +101,16 @@ protected:
         const int most = scale == std::floor(scale) ? 0 : 1;
         return std::abs(is.width() - expected.width()) <= most && std::abs(is.height() - expected.height()) <= most;
     }
+    /// Gives a window a size, and again if the window manager was still busy with an earlier one and took it back.
+    bool resize(AndroidWindowSession &session, QSize frame) const
+    {
+        return waitFor([&session, frame] {
+            if (isAbout(session.panel(), videoView(session).size(), frame - QSize(0, 36)))
+                return true;
+            session.panel().resize(frame);
+            return false;
+        });
+    }
     /// The display that Android is asked for: as many pixels as the picture has, cut to eight.
     static QSize displayFor(const AndroidWindowSession &session)
     {

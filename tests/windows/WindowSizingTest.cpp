@@ -23,8 +23,7 @@ protected:
 
     QByteArray resizedTo(AndroidWindowSession &session, QSize frame)
     {
-        session.panel().resize(frame);
-        EXPECT_TRUE(waitFor([&] { return isAbout(session.panel(), videoView(session).size(), frame - QSize(0, 36)); }));
+        EXPECT_TRUE(resize(session, frame));
         pass(300ms);
         return device.sent(session);
     }
