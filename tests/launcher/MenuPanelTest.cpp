@@ -185,7 +185,7 @@ TEST_F(MenuPanelTest, eachDroppedFileIsAddedByItselfSoTheLastOutcomeIsTold)
     EXPECT_EQ(names().join(u' '), QStringLiteral("Moon Star"));
     EXPECT_FALSE(store->statusMessage().isEmpty());
     drop({QUrl::fromLocalFile(moon)});
-    EXPECT_EQ(status(), QStringLiteral("Already in library: moon"));
+    EXPECT_EQ(status(), QStringLiteral("Already in library: Moon"));
 }
 
 TEST_F(MenuPanelTest, filesThatAreHeldOverItBringUpTheOverlayUntilTheyGo)

@@ -23,8 +23,7 @@ class FileProgram : public QObject
 public:
     FileProgram() : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("files")))
     {
-        m_bus.registerObject(
-            QStringLiteral("/org/freedesktop/FileManager1"), this, QDBusConnection::ExportAllSlots);
+        m_bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), this, QDBusConnection::ExportAllSlots);
         EXPECT_TRUE(m_bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
     }
     ~FileProgram() override { QDBusConnection::disconnectFromBus(QStringLiteral("files")); }
