@@ -33,6 +33,8 @@
 namespace
 {
 
+constexpr std::chrono::seconds latestEnd(10);
+
 constexpr const char *help = "Usage: quillnest [OPTION...] [FILE...]\n"
                              "Runs Android apps in windows of their own. One program runs at a time: a later start\n"
                              "hands what it was asked for to the running one and ends.\n"
@@ -60,8 +62,6 @@ bool answers(int argc, char **argv)
     return false;
 }
 
-constexpr std::chrono::seconds latestEnd(10);
-
 /// The process is gone by then, whatever a thread of it is doing: an archive of gigabytes may be on its way to the
 /// disk, or a disk may not answer. All that is written survives a kill at any moment.
 void endWithin(std::chrono::seconds time)
@@ -82,7 +82,8 @@ int main(int argc, char **argv)
     keepFilesPrivate();
     TerminationSignals::block();
     QApplication application(argc, argv);
-    const TerminationSignals termination;
+    // Also while the main thread waits for something that doesn't answer, such as the display.
+    const TerminationSignals termination([] { endWithin(latestEnd); });
     QApplication::setApplicationName(QStringLiteral("Quillnest"));
     QApplication::setDesktopFileName(QStringLiteral("app.quillnest.Quillnest"));
     QApplication::setQuitOnLastWindowClosed(false);
@@ -112,7 +113,12 @@ int main(int argc, char **argv)
 
     // Work that is still waiting for a tool keeps the platform; its children are ended all the same.
     std::shared_ptr<ChildProcesses> processes;
-    const auto lastRuns = qScopeGuard([&processes] { processes->waitForRuns(); });
+    const auto lastRuns = qScopeGuard([&processes] {
+        processes->waitForRuns();
+        // Work that still holds the platform must not take it down behind the application.
+        std::fflush(nullptr);
+        std::_Exit(0);
+    });
     const auto platform = hostPlatform();
     processes = platform.processes;
     const auto applyAppearance = [&platform] { QApplication::setPalette(Palette::current(platform).toolkitPalette()); };

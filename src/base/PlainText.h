@@ -18,6 +18,13 @@ inline bool isCommanding(QChar character)
         || code == 0x2029;
 }
 
+/// Labels, file names and what other programs say come from anywhere, and what is made of them is read in terminals.
+inline QString plainLine(QString line)
+{
+    std::replace_if(line.begin(), line.end(), isCommanding, QChar(u' '));
+    return line;
+}
+
 /// A name that comes from outside as it is kept: on one line, of a length that a tile, a sort and the library can bear,
 /// and with blanks for what commands.
 inline QString plainName(QString name)

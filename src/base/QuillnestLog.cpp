@@ -12,16 +12,6 @@
 namespace quillnest
 {
 
-namespace
-{
-/// Labels, file names and what other programs say come from anywhere, and the log is read in terminals.
-QString plain(QString line)
-{
-    std::replace_if(line.begin(), line.end(), isCommanding, QChar(u' '));
-    return line;
-}
-} // namespace
-
 QuillnestLog::QuillnestLog(std::shared_ptr<Clock> clock, const QString &directory, const QString &name, bool truncate)
     : m_clock(std::move(clock)), m_path(directory + QLatin1Char('/') + name)
 {
@@ -45,7 +35,7 @@ void QuillnestLog::write(const QString &message)
     const auto timestamp = m_clock->wallTime().toUTC().toString(Qt::ISODateWithMs);
     QByteArray text;
     for (const auto &line : lines)
-        text += (timestamp + QLatin1Char(' ') + plain(line) + QLatin1Char('\n')).toUtf8();
+        text += (timestamp + QLatin1Char(' ') + plainLine(line) + QLatin1Char('\n')).toUtf8();
     if (!text.isEmpty())
         m_handle->write(text);
 }

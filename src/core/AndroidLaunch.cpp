@@ -99,13 +99,13 @@ Task<> AndroidLaunch::run(MobileApp app, std::chrono::nanoseconds openedAt)
 void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt)
 {
     const QPointer<AndroidLaunch> self(this);
-    m_services.windows.open(app.id, package, app.name, [self, name = app.name](const AndroidWindowRegistry::End &end) {
+    m_services.windows.open(app.id, package, app.name, [self, app](const AndroidWindowRegistry::End &end) {
         if (!self)
             return;
         if (end.wasAsked)
-            self->m_status.say(QStringLiteral("Closed %1").arg(name));
+            self->m_status.say(QStringLiteral("Closed %1").arg(app.name));
         else
-            fireAndForget(self->m_services.log, self->tellEnd(name, end.error));
+            fireAndForget(self->m_services.log, self->tellEnd(app, end.error));
     });
     const double elapsed = secondsBetween(openedAt, m_services.platform.clock->monotonic());
     m_services.log->write(
@@ -114,7 +114,7 @@ void AndroidLaunch::openWindow(const MobileApp &app, const QString &package, std
     m_android.set(AndroidStatus::State::ready);
 }
 
-Task<> AndroidLaunch::tellEnd(QString name, std::optional<QString> error)
+Task<> AndroidLaunch::tellEnd(MobileApp app, std::optional<QString> error)
 {
     const QPointer<AndroidLaunch> self(this);
     auto look = [commands = m_services.runtime.commands()] { return commands->deviceIsBooted(); };
@@ -122,6 +122,10 @@ Task<> AndroidLaunch::tellEnd(QString name, std::optional<QString> error)
     const bool booted = co_await looking;
     if (!self)
         co_return;
+    // Whoever has begun to open it again is told of that.
+    if (m_launchingAppID == app.id || m_services.windows.session(app.id))
+        co_return;
+    const auto &name = app.name;
     if (!booted) {
         // Whoever has begun to start it again meanwhile says so.
         if (m_android.state() == AndroidStatus::State::ready)

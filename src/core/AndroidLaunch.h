@@ -45,7 +45,7 @@ private:
     Task<> run(MobileApp app, std::chrono::nanoseconds openedAt);
     void openWindow(const MobileApp &app, const QString &package, std::chrono::nanoseconds openedAt);
     /// Of an end that nobody asked for: the app's own, or that of the whole device.
-    Task<> tellEnd(QString name, std::optional<QString> error);
+    Task<> tellEnd(MobileApp app, std::optional<QString> error);
     void fail(const MobileApp &app, const QString &description);
     void setLaunching(std::optional<QUuid> id);
     void clearLaunching(QUuid id);

@@ -6,6 +6,7 @@
 #include "package/APKManifestReader.h"
 #include "platform/Archives.h"
 #include "platform/DescribedError.h"
+#include "runtime/AndroidRuntimeCLI.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -114,7 +115,14 @@ Task<> AppImport::addPackage(QString path, MobilePlatform platform)
             m_packages.insert_or_assign(read, package);
         if (const auto known = withPackageOf(path)) {
             // Android has one app of a name: two entries would be the same app twice.
-            if (m_library.change(known->id, [&path](MobileApp &entry) { entry.sourcePath = path; }))
+            // What is installed stays the entry's, though nothing has been installed from this file yet.
+            const auto installed = m_services.runtime.knownPackage(known->sourcePath);
+            const bool changed = m_library.change(known->id, [&path, &installed](MobileApp &entry) {
+                entry.sourcePath = path;
+                if (installed)
+                    entry.bundleIdentifier = installed;
+            });
+            if (changed)
                 m_status.say(QStringLiteral("Already in library: %1, which now comes from %2")
                                  .arg(known->displayName(), file.fileName()));
             co_return;

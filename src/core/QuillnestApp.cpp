@@ -1,6 +1,7 @@
 #include "core/QuillnestApp.h"
 
 #include "base/FireAndForget.h"
+#include "base/PlainText.h"
 #include "core/CoreCommands.h"
 #include "core/CoreSettings.h"
 #include "core/DiagnosticsReport.h"
@@ -258,7 +259,7 @@ Task<> QuillnestApp::launchAPK(QString path)
     } catch (const AndroidRuntimeCancelled &) {
         // The program ends.
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "Quillnest APK launch failed: %s\n", error.what());
+        std::fprintf(stderr, "Quillnest APK launch failed: %s\n", qUtf8Printable(plainLine(descriptionOf(error))));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
 namespace quillnest
@@ -19,8 +20,9 @@ public:
     /// is any other thread.
     static void block();
 
-    /// Needs the application object.
-    TerminationSignals();
+    /// Needs the application object. `atOnce` runs when a signal has come, on a thread that waits for nothing else,
+    /// whatever the main thread is doing.
+    explicit TerminationSignals(std::function<void()> atOnce = {});
     ~TerminationSignals() override;
 
 Q_SIGNALS:

@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <unistd.h>
+
 #include <algorithm>
 
 namespace quillnest
@@ -17,7 +19,7 @@ namespace quillnest
 
 namespace
 {
-/// A new empty file that a child writes to and that is gone when this object is.
+/// A new empty file that a child writes to. It has lost its name at once, so nothing stays of it however this ends.
 class CommandOutput
 {
 public:
@@ -26,29 +28,22 @@ public:
     {
         // What tools say is nobody else's business, in a folder that all users share.
         if (!m_file.open(
-                QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
+                QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered,
                 QFileDevice::ReadOwner | QFileDevice::WriteOwner))
             throw AndroidRuntimeError::commandFailed(QStringLiteral("Could not create command output"));
+        ::unlink(QFile::encodeName(m_file.fileName()).constData());
     }
-    ~CommandOutput()
-    {
-        m_file.close();
-        m_file.remove();
-    }
-    CommandOutput(const CommandOutput &) = delete;
-    CommandOutput &operator=(const CommandOutput &) = delete;
 
     int descriptor() const { return m_file.handle(); }
 
     void synchronize() const { quillnest::synchronize(m_file); }
 
     /// What the child wrote; "" if it can't be read or isn't UTF-8.
-    QString text() const
+    QString text()
     {
-        QFile reader(m_file.fileName());
-        if (!reader.open(QIODevice::ReadOnly))
+        if (!m_file.seek(0))
             return {};
-        return strictUtf8(reader.readAll()).value_or(QString());
+        return strictUtf8(m_file.readAll()).value_or(QString());
     }
 
 private:
@@ -89,7 +84,7 @@ QString AndroidCommands::run(const QString &tool, const QStringList &arguments) 
         throw AndroidRuntimeError::toolMissing(QFileInfo(tool).fileName());
     requireOwnServer();
 
-    const CommandOutput output(m_platform.folders.temporary);
+    CommandOutput output(m_platform.folders.temporary);
     ChildCommand command;
     command.program = tool;
     command.arguments = arguments;
@@ -167,8 +162,11 @@ AndroidCommands::Whose AndroidCommands::whoseDevice() const
         if (m_platform.sockets->listenerOwner(port) == SocketOwner::another)
             return Whose::anothers;
     }
+    const auto result = runDeviceCommand({QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")});
+    if (result.tookTooLong)
+        return Whose::silent;
     // The name, and a line that says that this was all.
-    const auto lines = nonEmptyLines(runADB({QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")}));
+    const auto lines = nonEmptyLines(strictUtf8(result.output).value_or(QString()));
     if (lines.size() < 2 || lines.last().trimmed() != QLatin1String("OK"))
         return Whose::nobodys;
     return ourAVDs().contains(lines.first().trimmed()) ? Whose::ours : Whose::anothers;
@@ -232,21 +230,23 @@ void AndroidCommands::killDevice() const
     }
 }
 
-bool AndroidCommands::isAnothers() const
+AndroidCommands::Whose AndroidCommands::whoseToStop() const
 {
     try {
-        if (whoseDevice() != Whose::anothers)
-            return false;
+        const auto whose = whoseDevice();
+        if (whose == Whose::anothers)
+            log().write(
+                QStringLiteral("the device on port %1 is somebody else's and is left alone").arg(consolePort()));
+        return whose;
     } catch (const AndroidRuntimeError &) {
         // Of another user's adb nothing is asked.
+        return Whose::nobodys;
     }
-    log().write(QStringLiteral("the device on port %1 is somebody else's and is left alone").arg(consolePort()));
-    return true;
 }
 
 void AndroidCommands::stopDevice() const
 {
-    if (isAnothers())
+    if (whoseToStop() != Whose::ours)
         return;
     stopAllApps();
     runADB({QStringLiteral("emu"), QStringLiteral("kill")});
@@ -256,16 +256,23 @@ void AndroidCommands::stopDeviceAtOnce() const
 {
     auto quick = *this;
     quick.m_limit = std::chrono::milliseconds(2500);
-    if (quick.isAnothers())
-        return;
-    quick.stopAllApps();
-    if (!quick.runDeviceCommand({QStringLiteral("emu"), QStringLiteral("kill")}).tookTooLong)
-        return;
-    log().write(QStringLiteral("Android does not answer - ending its process"));
-    for (const auto &avd : ourAVDs()) {
-        endLeftOverProcesses(
-            *m_platform.processes, {QStringLiteral("@%1 -port %2").arg(avd, consolePort())}, Ending::byForce);
+    const auto whose = quick.whoseToStop();
+    bool isSilent = whose == Whose::silent;
+    if (whose == Whose::ours) {
+        quick.stopAllApps();
+        const auto killed = quick.runDeviceCommand({QStringLiteral("emu"), QStringLiteral("kill")});
+        if (killed.status == 0 && !killed.tookTooLong)
+            return;
+        isSilent = killed.tookTooLong;
     }
+    const auto ending = isSilent ? Ending::byForce : Ending::asked;
+    if (ending == Ending::byForce)
+        log().write(QStringLiteral("Android does not answer - ending its process"));
+    // One of ours may be there all the same: on its way up, without a console, or beside somebody else's.
+    endLeftOverProcesses(
+        *m_platform.processes,
+        {QStringLiteral("@Quillnest"), QStringLiteral(" -port %1 -no-window -no-boot-anim").arg(consolePort())},
+        ending);
 }
 
 void AndroidCommands::stopAllApps() const

@@ -49,8 +49,9 @@ public:
     /// The Java home that `run` gives its tools, if one is found.
     std::optional<QString> javaHome() const;
 
-    /// Whose device is on our port. Nobody's is one whose console doesn't answer, or not yet.
-    enum class Whose { nobodys, ours, anothers };
+    /// Whose device is on our port. Nobody's is one whose console says no name, or not yet; a silent one would have
+    /// taken longer than a command may.
+    enum class Whose { nobodys, silent, ours, anothers };
     /// The AVD's name, in the emulator's own words, tells. Throws AndroidRuntimeError when another user has adb's port,
     /// for then nothing that adb says can be believed.
     Whose whoseDevice() const;
@@ -69,7 +70,7 @@ public:
     /// Tells the device to end; failures are ignored.
     void killDevice() const;
 
-    /// Stops all apps and tells the device to end; another's is left alone.
+    /// Stops all apps and tells the device to end, if it is ours.
     void stopDevice() const;
 
     /// The same for somebody who can't wait, within about eight seconds: a device that doesn't answer is ended by its
@@ -86,7 +87,7 @@ private:
     ChildResult runDeviceCommand(const QStringList &arguments) const;
     void requireOwnServer() const;
     QStringList ourAVDs() const;
-    bool isAnothers() const;
+    Whose whoseToStop() const;
 
     const Platform m_platform;
     const std::shared_ptr<QuillnestLog> m_log;

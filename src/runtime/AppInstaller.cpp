@@ -65,6 +65,9 @@ bool AppInstaller::isStillInstalled(const QString &package) const
 
 QString AppInstaller::installedPackage(const QString &apkPath) const
 {
+    const std::scoped_lock alone(m_installing);
+    if (m_commands->whoseDevice() == AndroidCommands::Whose::anothers)
+        throw AndroidRuntimeError::portTaken(AndroidCommands::consolePort());
     const auto before = m_commands->thirdPartyPackages();
     std::optional<QString> named;
     try {

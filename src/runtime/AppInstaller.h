@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace quillnest
@@ -29,6 +30,8 @@ private:
     void requireLaunchable(const QString &package) const;
 
     const std::shared_ptr<const AndroidCommands> m_commands;
+    /// What is new on the device is this install's only while there is no other.
+    mutable std::mutex m_installing;
 };
 
 } // namespace quillnest

@@ -116,6 +116,8 @@ Task<> EmulatorBoot::boot(Self self, std::optional<bool> isBooted)
         throw AndroidRuntimeError::bootTimeout();
     co_await applyTweaks(self);
     co_await waitForInternet(self);
+    // Ours may have died meanwhile, and another have come.
+    co_await refuseAnothers(self);
 }
 
 Task<> EmulatorBoot::waitUntilGone(Self self)
@@ -182,8 +184,10 @@ Task<bool> EmulatorBoot::waitForBoot(Self self)
         roundsWithoutDevice = isThere ? 0 : roundsWithoutDevice + 1;
         co_await pause(self, poll);
     }
-    if (roundsWithoutDevice < limit)
+    if (roundsWithoutDevice < limit) {
+        co_await refuseAnothers(self);
         throw AndroidRuntimeError::bootTimeout();
+    }
     co_return false;
 }
 

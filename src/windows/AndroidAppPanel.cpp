@@ -93,8 +93,7 @@ void AndroidAppPanel::mousePressEvent(QMouseEvent *event)
 
 void AndroidAppPanel::mouseMoveEvent(QMouseEvent *event)
 {
-    if (m_drag.begins(*event))
-        windowHandle()->startSystemMove();
+    m_drag.move(*this, *event);
 }
 
 void AndroidAppPanel::showEvent(QShowEvent *event)

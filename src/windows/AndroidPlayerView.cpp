@@ -55,8 +55,7 @@ protected:
 
     void mouseMoveEvent(QMouseEvent *event) override
     {
-        if (m_drag.begins(*event) && window()->windowHandle())
-            window()->windowHandle()->startSystemMove();
+        m_drag.move(*window(), *event);
     }
 
 private:

@@ -135,6 +135,9 @@ void AndroidWindowSession::wire()
             return;
         // The window got the keyboard before the device could be told of the clipboard.
         self->m_isConnected = true;
+        // What it was told before the device could hear it.
+        if (self->m_isResized)
+            self->sendDisplaySize();
         if (self->m_panel->isActiveWindow())
             self->windowDidBecomeKey();
     };
@@ -367,9 +370,13 @@ void AndroidWindowSession::windowDidResize()
     auto &settings = *m_services.platform.settings;
     const auto visible = visibleFrame();
     const auto chosen = QuillnestLayout::size(settings).toSize();
-    const auto size = m_panel->frame().size();
+    auto size = m_panel->frame().size();
     const auto change = size - (visible ? chosen.boundedTo(visible->size()) : chosen);
-    if (std::abs(change.width()) > 1 || std::abs(change.height()) > 1)
+    if (std::abs(change.width()) <= 1)
+        size.setWidth(chosen.width());
+    if (std::abs(change.height()) <= 1)
+        size.setHeight(chosen.height());
+    if (size != chosen)
         QuillnestLayout::setSize(settings, size);
     // A drag sends one message, after it has stopped for a moment.
     m_resizeWork = m_services.platform.clock->after(resizeSettles, [this] { sendDisplaySize(); });
@@ -382,6 +389,7 @@ void AndroidWindowSession::sendDisplaySize()
     const auto display = AndroidStreamClient::displaySize(picture * m_panel->devicePixelRatioF());
     if (display.width() < smallestDisplay || display.height() < smallestDisplay)
         return;
+    m_isResized = true;
     send(ScrcpyControl::resizeDisplay(display.width(), display.height()));
     m_log->write(QStringLiteral("Quillnest: resize display %1x%2").arg(display.width()).arg(display.height()));
 }

@@ -109,6 +109,7 @@ private:
     /// The change count of the pasteboard that was last acted on.
     int m_lastPasteboardChange = -1;
     bool m_isConnected = false;
+    bool m_isResized = false;
     std::unique_ptr<Timer> m_resizeWork;
     std::unique_ptr<AndroidAppPanel> m_panel;
     WindowContent *m_content = nullptr;

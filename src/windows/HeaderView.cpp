@@ -105,8 +105,7 @@ void HeaderView::mousePressEvent(QMouseEvent *event)
 
 void HeaderView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (m_drag.begins(*event) && window()->windowHandle())
-        window()->windowHandle()->startSystemMove();
+    m_drag.move(*window(), *event);
 }
 
 } // namespace quillnest

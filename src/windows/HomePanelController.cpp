@@ -35,7 +35,7 @@ void HomePanelController::makePanel()
     layout->addWidget(content);
     auto *panel = m_panel.get();
     QObject::connect(panel, &AndroidAppPanel::resignedKey, panel, [this] { leave(); });
-    QObject::connect(panel, &AndroidAppPanel::becameKey, panel, [this] { m_comesBack = m_isDraggedTo = false; });
+    QObject::connect(panel, &AndroidAppPanel::becameKey, panel, [this] { forgetLeaving(); });
     QObject::connect(panel, &AndroidAppPanel::closeRequested, panel, &AndroidAppPanel::orderOut);
 }
 
@@ -70,14 +70,23 @@ void HomePanelController::show(std::optional<QPoint> origin)
     const auto size = QuillnestLayout::launcherSize(*m_services.platform.settings);
     if (const auto screen = screens.main(); screen && !origin)
         origin = WindowPlacement::launcherOrigin(*screen, size);
+    forgetLeaving();
     const auto anchor = origin ? std::optional(QRect(*origin, size)) : std::nullopt;
     m_panel->setFrame(WindowPlacement::initialFrame(screens, {}, size, anchor, {}));
     m_panel->orderFront();
     m_services.log->write(QStringLiteral("home page shown"));
 }
 
+void HomePanelController::forgetLeaving()
+{
+    m_leaving.reset();
+    m_comesBack = false;
+    m_isDraggedTo = false;
+}
+
 void HomePanelController::orderOut()
 {
+    forgetLeaving();
     if (m_panel)
         m_panel->orderOut();
 }

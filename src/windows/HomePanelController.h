@@ -31,6 +31,7 @@ public:
 private:
     void makePanel();
     void leave();
+    void forgetLeaving();
 
     const WindowServices &m_services;
     std::unique_ptr<AndroidAppPanel> m_panel;

@@ -3,6 +3,8 @@
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QStyleHints>
+#include <QWidget>
+#include <QWindow>
 
 #include <optional>
 
@@ -19,16 +21,27 @@ public:
         m_start = event.button() == Qt::LeftButton ? std::optional(event.globalPosition()) : std::nullopt;
     }
 
-    /// True once: now the window is to be moved.
-    bool begins(const QMouseEvent &event)
+    /// Once: how far the pointer has come when the window is to be moved with it.
+    std::optional<QPoint> begins(const QMouseEvent &event)
     {
         if (!m_start || !(event.buttons() & Qt::LeftButton))
-            return false;
+            return std::nullopt;
         const auto way = event.globalPosition() - *m_start;
         if (way.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
-            return false;
+            return std::nullopt;
         m_start.reset();
-        return true;
+        return way.toPoint();
+    }
+
+    /// Lets the window manager move the window once the drag begins.
+    void move(QWidget &window, const QMouseEvent &event)
+    {
+        const auto way = begins(event);
+        if (!way || !window.windowHandle())
+            return;
+        // What lies behind the pointer by then is made up for, so that the place that was pressed stays under it.
+        window.move(window.pos() + *way);
+        window.windowHandle()->startSystemMove();
     }
 
 private:

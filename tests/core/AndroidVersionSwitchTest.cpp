@@ -174,6 +174,7 @@ TEST_F(AndroidVersionSwitchTest, aChoiceInTheSettingsAloneDoesTheSame)
     EXPECT_EQ(store->statusMessage(), QStringLiteral("Switched to Android 13"));
     EXPECT_EQ(fakes.processes->count(QStringLiteral("emu kill")), 1);
     fakes.processes->forget();
+    deviceIsUp();
     // No version of this number: the default is in force, as it was before.
     fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{35});
     fakes.settings->setValue(QStringLiteral("QuillnestAndroidAPI"), qint64{99});

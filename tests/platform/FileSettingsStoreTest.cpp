@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -40,6 +43,25 @@ protected:
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("config/Quillnest/settings.json"));
     const QString key = QStringLiteral("key");
+};
+
+/// While it lives no file of this process can grow.
+class NoRoom
+{
+public:
+    NoRoom()
+    {
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit none{0, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~NoRoom() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+    NoRoom(const NoRoom &) = delete;
+    NoRoom &operator=(const NoRoom &) = delete;
+
+private:
+    rlimit m_before{};
 };
 
 /// Runs `work` in a process of its own, which must not touch the event loop, and gives its id.
@@ -279,6 +301,15 @@ TEST_F(FileSettingsStoreTest, whatWasWrittenSinceMayBeLostWithThePowerButNotWhat
     EXPECT_EQ(store()->value(QStringLiteral("library")), QVariant(library));
 }
 
+TEST_F(FileSettingsStoreTest, aFileThatWasSetAsideIsWrittenAnewEvenIfNothingChanges)
+{
+    const auto settings = store();
+    settings->setValue(key, 5);
+    writeFile("garbage");
+    settings->setValue(key, 5);
+    EXPECT_EQ(store()->value(key).toInt(), 5);
+}
+
 TEST_F(FileSettingsStoreTest, whatWasSyncedInTheBackgroundIsSafeAsWell)
 {
     const auto settings = store();
@@ -344,19 +375,60 @@ TEST_F(FileSettingsStoreTest, diskThatIsFullKeepsTheOldValueOnItAndHere)
     QStringList changes;
     QObject::connect(
         settings.get(), &SettingsStore::changed, [&changes](const QString &name) { changes.append(name); });
-    // What is written there finds no space, as on a disk that is full.
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path + QStringLiteral(".new")));
-    EXPECT_EQ(settings->setValue(key, 2), QStringLiteral("No space left on device"));
-    EXPECT_EQ(settings->value(key), QVariant(1));
-    EXPECT_EQ(fileBytes(), before);
-    EXPECT_TRUE(changes.isEmpty());
-
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path + QStringLiteral(".new")));
-    EXPECT_EQ(settings->remove(key), QStringLiteral("No space left on device"));
-    EXPECT_EQ(settings->value(key), QVariant(1));
-
+    {
+        // No file can grow, as on a disk that is full.
+        const NoRoom noRoom;
+        EXPECT_EQ(settings->setValue(key, 2), QStringLiteral("File too large"));
+        EXPECT_EQ(settings->value(key), QVariant(1));
+        EXPECT_EQ(fileBytes(), before);
+        EXPECT_TRUE(changes.isEmpty());
+        EXPECT_EQ(settings->remove(key), QStringLiteral("File too large"));
+        EXPECT_EQ(settings->value(key), QVariant(1));
+    }
     EXPECT_EQ(settings->setValue(key, 2), std::nullopt) << "as soon as there is space again";
     EXPECT_EQ(store()->value(key), QVariant(2));
+}
+
+TEST_F(FileSettingsStoreTest, nothingIsWrittenThroughWhatLiesInTheWay)
+{
+    const auto settings = store();
+    const auto elsewhere = folder.filePath(QStringLiteral("elsewhere"));
+    QFile other(elsewhere);
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly) && other.write("precious") == 8);
+    other.close();
+    ASSERT_TRUE(QFile::link(elsewhere, path + QStringLiteral(".new")));
+    EXPECT_EQ(settings->setValue(key, 1), std::nullopt);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path + QStringLiteral(".new")).constData(), 0600), 0);
+    EXPECT_EQ(settings->setValue(key, 2), std::nullopt);
+    ASSERT_TRUE(other.open(QIODevice::ReadOnly));
+    EXPECT_EQ(other.readAll(), "precious");
+    EXPECT_FALSE(QFileInfo(path).isSymLink());
+    EXPECT_EQ(store()->value(key).toInt(), 2);
+}
+
+TEST_F(FileSettingsStoreTest, whatIsNoFileHoldsNobodyUpAndStays)
+{
+    store()->setValue(key, 1);
+    QFile::remove(path);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    const auto settings = store();
+    EXPECT_EQ(settings->value(key), QVariant());
+    EXPECT_TRUE(settings->setValue(key, 2));
+    struct stat status {
+    };
+    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+}
+
+TEST_F(FileSettingsStoreTest, aLockThatIsNeverLetGoIsTold)
+{
+    const auto settings = store();
+    const int held = ::open(QFile::encodeName(path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    EXPECT_EQ(
+        settings->setValue(key, 1), QStringLiteral("The settings are locked by another program that stands still"));
+    ::close(held);
+    EXPECT_EQ(settings->setValue(key, 1), std::nullopt);
 }
 
 TEST_F(FileSettingsStoreTest, editorThatIsInTheMiddleOfWritingIsLeftAlone)

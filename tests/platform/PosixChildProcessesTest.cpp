@@ -461,7 +461,11 @@ TEST_F(PosixChildProcessesTest, atTheEndEveryRunIsEndedAndALaterOneToo)
     const auto staying = processes.start(endless);
     std::thread ending([&] { processes.endRunsWithin(std::chrono::milliseconds(100)); });
     EXPECT_TRUE(processes.run(endless).tookTooLong);
-    EXPECT_TRUE(processes.run(endless).tookTooLong);
+    // Nothing more begins.
+    const QTemporaryDir folder;
+    const auto touched = folder.filePath(QStringLiteral("touched"));
+    EXPECT_TRUE(processes.run(shell(QStringLiteral("touch \"$1\""), {touched})).launchError);
+    EXPECT_FALSE(QFile::exists(touched));
     ending.join();
     EXPECT_TRUE(staying->isRunning()) << "what was started goes on";
     staying->kill();
@@ -483,6 +487,14 @@ TEST_F(PosixChildProcessesTest, theEndWaitsForTheRunsAndEndsThem)
     processes.waitForRuns();
     running.join();
     EXPECT_TRUE(isOver);
+}
+
+TEST_F(PosixChildProcessesTest, afterTheLastRunTheEndLetsNoOtherBegin)
+{
+    processes.endRunsWithin(std::chrono::hours(1));
+    EXPECT_FALSE(processes.run(shell(QStringLiteral("true"))).launchError);
+    processes.waitForRuns();
+    EXPECT_TRUE(processes.run(shell(QStringLiteral("true"))).launchError);
 }
 
 TEST_F(PosixChildProcessesTest, aGrandchildThatKeepsTheOutputOpenHoldsNoRunUp)

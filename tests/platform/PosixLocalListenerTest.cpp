@@ -78,14 +78,34 @@ TEST(PosixLocalListenerTest, anotherUsersConnectionIsTurnedAwayAndTheNextOneTake
         GTEST_SKIP() << "needs root";
     PosixLocalListener listener;
     const auto stranger = AnotherUser::connected(listener.port());
-    const auto hasty = AnotherUser::connected(listener.port(), false);
-    ASSERT_TRUE(stranger.isReady && hasty.isReady);
+    ASSERT_TRUE(stranger.isReady);
     EXPECT_EQ(
         failureOf([&] { listener.accept(0.01); }), "failed(\"timed out waiting for the Android side to connect\")");
     const auto again = AnotherUser::connected(listener.port());
     DeviceSocket device(listener.port());
     device.send("d");
     EXPECT_EQ(listener.accept(10.0)->readExactly(1), std::vector<std::uint8_t>{'d'});
+}
+
+TEST(PosixLocalListenerTest, ofAConnectionThatWasClosedAtOnceNothingIsBelieved)
+{
+    PosixLocalListener listener;
+    {
+        DeviceSocket device(listener.port());
+        device.send("it may have been anybody");
+    }
+    EXPECT_EQ(listener.accept(10.0)->readExactly(1), std::nullopt);
+}
+
+TEST(PosixLocalListenerTest, strangersAtTheDoorDoNotStretchTheTime)
+{
+    if (!AnotherUser::canBeMade())
+        GTEST_SKIP() << "needs root";
+    PosixLocalListener listener;
+    const auto one = AnotherUser::connected(listener.port());
+    const auto two = AnotherUser::connected(listener.port());
+    EXPECT_EQ(
+        failureOf([&] { listener.accept(-0.01); }), "failed(\"timed out waiting for the Android side to connect\")");
 }
 
 TEST(PosixLocalListenerTest, wakeEndsAWaitingAcceptAndEveryLaterOne)

@@ -43,6 +43,7 @@ TEST(SocketTableTest, aListenerIsTheUsersOwnTheAdministratorsOrAStrangers)
     EXPECT_EQ(listener(row("00000000:13AD", nowhere, "0A", 1001)), SocketOwner::another);
     EXPECT_EQ(listener(row("00000000000000000000000001000000:13AD", nowhere6, "0A", 1001)), SocketOwner::another);
     EXPECT_EQ(listener(row("00000000000000000000000000000000:13AD", nowhere6, "0A", 1001)), SocketOwner::another);
+    EXPECT_EQ(listener(row("0000000000000000FFFF000000000000:13AD", nowhere6, "0A", 1001)), SocketOwner::another);
     // One stranger is enough, in whichever order.
     const auto own = row("0100007F:13AD", nowhere, "0A", user);
     const auto stranger = row("00000000000000000000000001000000:13AD", nowhere6, "0A", 1001);
@@ -70,10 +71,10 @@ TEST(SocketTableTest, aConnectionHasTheOwnerOfItsOtherEnd)
     EXPECT_EQ(connection(ours), SocketOwner::nobody);
 }
 
-TEST(SocketTableTest, aConnectionThatItsProcessHasClosedIsNobodysToTrust)
+TEST(SocketTableTest, aConnectionThatItsProcessHasClosedIsNobodys)
 {
     // The kernel no longer knows whose it was, and prints the administrator's number.
-    EXPECT_EQ(connection(row("0100007F:9C40", "0100007F:13AD", "05", 0, 0)), SocketOwner::another);
+    EXPECT_EQ(connection(row("0100007F:9C40", "0100007F:13AD", "05", 0, 0)), SocketOwner::nobody);
 }
 
 TEST(SocketTableTest, aHostThatDoesNotTellIsTrusted)

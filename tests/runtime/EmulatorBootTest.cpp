@@ -308,7 +308,7 @@ TEST_F(EmulatorBootTest, anotherUsersAdbServerIsNotAskedAnything)
     EXPECT_EQ(cli->commands()->runADB({QStringLiteral("shell")}), QString());
     cli->commands()->stopDevice();
     cli->commands()->stopDeviceAtOnce();
-    EXPECT_EQ(fakes.processes->calls().size(), 0U);
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("adb")), 0);
 }
 
 TEST_F(EmulatorBootTest, healthIsFoundAndNotNotFound)

@@ -31,7 +31,8 @@ protected:
         EXPECT_TRUE(waitFor([&] { return ends.size() == before + 1; }));
     }
     qsizetype kills() const { return fakes.processes->count(QStringLiteral("emu kill")); }
-    qsizetype forcedEnds() const { return fakes.processes->count(QStringLiteral("pkill")); }
+    qsizetype processEnds() const { return fakes.processes->count(QStringLiteral("pkill")); }
+    qsizetype forcedEnds() const { return fakes.processes->count(QStringLiteral("pkill -KILL")); }
     qsizetype idleLines() const { return logLines().filter(QStringLiteral("idle:")).size(); }
 };
 
@@ -411,35 +412,42 @@ TEST_F(AndroidWindowRegistryTest, stoppingAndroidMayWaitUntilTheDeviceHasBeenTol
     registry->stopAndroid(QStringLiteral("another"), true);
     EXPECT_EQ(kills(), 2);
     EXPECT_TRUE(hasLogged(QStringLiteral("stopping Android runtime (a reason)")));
-    EXPECT_EQ(forcedEnds(), 0) << "a device that obeys isn't ended by force";
+    EXPECT_EQ(processEnds(), 0) << "a device that obeys needs no more";
 }
 
-TEST_F(AndroidWindowRegistryTest, somebodyElsesDeviceIsNotStopped)
+TEST_F(AndroidWindowRegistryTest, onlyOurOwnDeviceIsToldToStop)
 {
-    fakes.processes->on(QStringLiteral("emu avd name"), QByteArray("Pixel_7\r\nOK\r\n"));
-    registry->stopAndroid(QStringLiteral("a reason"), false);
-    fakes.settle();
-    registry->stopAndroid(QStringLiteral("another"), true);
+    for (const auto *name : {"Pixel_7\r\nOK\r\n", "", "KO: not authenticated\r\n"}) {
+        fakes.processes->on(QStringLiteral("emu avd name"), QByteArray(name));
+        registry->stopAndroid(QStringLiteral("a reason"), false);
+        fakes.settle();
+        registry->stopAndroid(QStringLiteral("another"), true);
+    }
     EXPECT_EQ(kills(), 0);
-    EXPECT_EQ(forcedEnds(), 0);
     EXPECT_EQ(fakes.processes->count(QStringLiteral("force-stop")), 0);
     EXPECT_TRUE(hasLogged(QStringLiteral("the device on port 5556 is somebody else's and is left alone")));
+    // One of ours that has no console yet is asked by its process.
+    EXPECT_EQ(processEnds(), 3);
+    EXPECT_EQ(forcedEnds(), 0);
 }
 
 TEST_F(AndroidWindowRegistryTest, aDeviceThatDoesNotAnswerIsEndedByItsProcessWhenNobodyCanWait)
 {
     std::vector<std::optional<std::chrono::milliseconds>> limits;
-    fakes.processes->on(QStringLiteral("adb"), [&limits](const ChildCommand &command) {
+    fakes.processes->on(QStringLiteral(" emu "), [&limits](const ChildCommand &command) {
         limits.push_back(command.limit);
         return ScriptedProcesses::Answer{.status = 137, .tookTooLong = true};
     });
     registry->stopAndroid(QStringLiteral("a reason"), true);
-    ASSERT_EQ(limits.size(), 3U);
+    EXPECT_EQ(forcedEnds(), 1);
+    EXPECT_EQ(fakes.processes->count(QStringLiteral("-f -- @Quillnest.* -port 5556 ")), 1);
+    // The same when it says its name and stands still then.
+    fakes.processes->on(QStringLiteral("emu avd name"), QByteArray("Quillnest-33\r\nOK\r\n"));
+    registry->stopAndroid(QStringLiteral("a reason"), true);
+    EXPECT_EQ(forcedEnds(), 2);
+    ASSERT_EQ(limits.size(), 2U);
     for (const auto &limit : limits)
         EXPECT_EQ(limit, std::chrono::milliseconds(2500));
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("-f -- @Quillnest -port 5556")), 1);
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("-f -- @Quillnest-33 -port 5556")), 1);
-    EXPECT_EQ(fakes.processes->count(QStringLiteral("pkill -KILL -U")), forcedEnds());
 }
 
 TEST_F(AndroidWindowRegistryTest, unreadMarksAreAnnouncedOnlyWhenTheyChange)

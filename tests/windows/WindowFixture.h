@@ -49,6 +49,7 @@ protected:
         fakes.platform.profile.developmentScrcpy = fakes.writeFile(QStringLiteral("dev/bin/scrcpy"), "", true);
         fakes.screens->composited = false;
         fakes.screens->screens = {{QRect(0, 0, 1600, 1200), QRect(0, 30, 1600, 1170), 1.0}};
+        fakes.processes->on(QStringLiteral("emu avd name"), QByteArray("Quillnest\r\nOK\r\n"));
         log = std::make_shared<QuillnestLog>(
             fakes.clock, fakes.platform.folders.logs, QStringLiteral("quillnest.log"), false);
         const auto commands = std::make_shared<const AndroidCommands>(fakes.platform, log);

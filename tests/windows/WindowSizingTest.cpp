@@ -128,6 +128,12 @@ TEST_F(WindowSizingTest, aWindowIsCutToItsScreenAndItsSizeComesBackOnALargerOne)
 
     registry->applySize(QuillnestLayout::presets[8]);
     EXPECT_TRUE(waitFor([&] { return hasSize(session, {760, 660}); }));
+    // Of a side that is dragged alone the other one's choice stays.
+    session.panel().resize(700, session.panel().height());
+    EXPECT_TRUE(waitFor([&] { return std::abs(QuillnestLayout::size(*fakes.settings).width() - 700) <= 1; }));
+    EXPECT_EQ(QuillnestLayout::size(*fakes.settings).height(), 1036);
+    registry->applySize(QuillnestLayout::presets[8]);
+    EXPECT_TRUE(waitFor([&] { return hasSize(session, {760, 660}); }));
     session.close(QStringLiteral("test"));
     ASSERT_TRUE(waitFor([this] { return ends.size() == 1; }));
     fakes.screens->screens = large;

@@ -19,7 +19,7 @@ bool isLoopback(const QByteArray &address)
 
 bool isAny(const QByteArray &address)
 {
-    return address.count('0') == address.size();
+    return address == "0000000000000000FFFF000000000000" || address.count('0') == address.size();
 }
 
 std::optional<QByteArray> contentOf(const char *path)
@@ -98,7 +98,7 @@ SocketOwner SocketTable::connectionOwner(std::uint16_t from, std::uint16_t to) c
     for (const auto &row : m_rows) {
         if (row.localPort == from && row.remotePort == to && isLoopback(row.localAddress)
             && isLoopback(row.remoteAddress))
-            return ownerOf(row);
+            return row.isOpen ? ownerOf(row) : SocketOwner::nobody;
     }
     return SocketOwner::nobody;
 }

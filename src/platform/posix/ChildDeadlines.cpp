@@ -27,7 +27,11 @@ void ChildDeadlines::endAllWithin(std::chrono::milliseconds time)
 void ChildDeadlines::waitForAll()
 {
     std::unique_lock guard(m_lock);
-    m_changed.wait(guard, [this] { return !m_end || m_entries.empty(); });
+    if (!m_end)
+        return;
+    m_changed.wait(guard, [this] { return m_entries.empty(); });
+    // Work between two commands doesn't begin the next one.
+    m_isClosed = true;
 }
 
 /// Under the lock.
@@ -45,7 +49,7 @@ void ChildDeadlines::work()
         const auto now = std::chrono::steady_clock::now();
         std::optional<Time> next;
         for (auto &entry : m_entries) {
-            if (entry.isOver)
+            if (entry.isOver || !entry.child)
                 continue;
             const auto deadline = std::min(entry.deadline.value_or(Time::max()), m_end.value_or(Time::max()));
             if (deadline <= now) {
@@ -62,16 +66,23 @@ void ChildDeadlines::work()
     }
 }
 
-ChildDeadlines::Watch::Watch(
-    ChildDeadlines &deadlines, std::shared_ptr<RunningChild> child, std::optional<std::chrono::milliseconds> limit)
+ChildDeadlines::Watch::Watch(ChildDeadlines &deadlines, std::optional<std::chrono::milliseconds> limit)
     : m_deadlines(deadlines)
 {
     std::optional<Time> deadline;
     if (limit)
         deadline = std::chrono::steady_clock::now() + *limit;
     const std::scoped_lock guard(m_deadlines.m_lock);
-    m_entry = m_deadlines.m_entries.insert(m_deadlines.m_entries.end(), {std::move(child), deadline});
-    if (deadline || m_deadlines.m_end)
+    if (m_deadlines.m_isClosed || (m_deadlines.m_end && *m_deadlines.m_end <= std::chrono::steady_clock::now()))
+        throw LaunchError(QStringLiteral("Quillnest is ending"));
+    m_entry = m_deadlines.m_entries.insert(m_deadlines.m_entries.end(), {nullptr, deadline});
+}
+
+void ChildDeadlines::Watch::setChild(std::shared_ptr<RunningChild> child)
+{
+    const std::scoped_lock guard(m_deadlines.m_lock);
+    m_entry->child = std::move(child);
+    if (m_entry->deadline || m_deadlines.m_end)
         m_deadlines.wake();
 }
 

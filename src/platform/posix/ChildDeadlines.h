@@ -36,16 +36,17 @@ private:
     };
 
 public:
-    /// While it lives the child has a time, if only that of all.
+    /// While it lives a child has a time, if only that of all. Made before the child, for which the end then waits;
+    /// throws LaunchError when the time of all is over.
     class Watch
     {
     public:
-        Watch(
-            ChildDeadlines &deadlines, std::shared_ptr<RunningChild> child,
-            std::optional<std::chrono::milliseconds> limit);
+        Watch(ChildDeadlines &deadlines, std::optional<std::chrono::milliseconds> limit);
         ~Watch();
         Watch(const Watch &) = delete;
         Watch &operator=(const Watch &) = delete;
+
+        void setChild(std::shared_ptr<RunningChild> child);
 
         /// Whether the child was ended for its time.
         bool isOver() const;
@@ -63,6 +64,7 @@ private:
     std::condition_variable m_changed;
     std::list<Entry> m_entries;
     std::optional<Time> m_end;
+    bool m_isClosed = false;
     bool m_stopping = false;
     std::thread m_thread;
 };

@@ -97,6 +97,53 @@ Stamp stampOf(const struct stat &status)
         status.st_size};
 }
 
+/// Holds the lock that all processes take around a change of the file. The lock has a file of its own, because the
+/// settings file is replaced by every write.
+class ProcessLock
+{
+public:
+    explicit ProcessLock(const QString &path)
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600))
+    {
+        // Whoever holds it longer stands still, and may do so for ever.
+        constexpr int tries = 200;
+        for (int i = 0; m_descriptor >= 0 && !m_isHeld && i < tries; ++i) {
+            m_isHeld = ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
+            if (!m_isHeld)
+                ::usleep(10'000);
+        }
+    }
+    ~ProcessLock()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    ProcessLock(const ProcessLock &) = delete;
+    ProcessLock &operator=(const ProcessLock &) = delete;
+
+    /// False when another process doesn't let go of it. A folder in which there can be no lock has none.
+    bool isHeld() const { return m_isHeld || m_descriptor < 0; }
+
+private:
+    int m_descriptor;
+    bool m_isHeld = false;
+};
+
+/// -1 for what can't be opened, and for what nobody would have written here: something that is no regular file, or too
+/// much.
+int openToRead(const QString &path)
+{
+    constexpr qint64 largest = qint64(64) * 1024 * 1024;
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat status {
+    };
+    if (descriptor < 0 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largest))
+        return descriptor;
+    ::close(descriptor);
+    errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
+    return -1;
+}
+
 /// None if what is in the file that is open is no JSON object.
 std::optional<QVariantMap> valuesIn(int descriptor)
 {
@@ -144,7 +191,7 @@ int takeSafe(const QString &path)
 {
     const auto from = QFile::encodeName(safePath(path));
     const auto to = QFile::encodeName(path);
-    const int descriptor = ::open(from.constData(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = openToRead(safePath(path));
     if (descriptor >= 0 && valuesIn(descriptor) && ::link(from.constData(), to.constData()) == 0) {
         ::lseek(descriptor, 0, SEEK_SET);
         return descriptor;
@@ -154,14 +201,9 @@ int takeSafe(const QString &path)
     return -1;
 }
 
-void syncToDisk(const QString &path)
+/// So that the names in it are on the disk.
+void syncFolder(const QString &path)
 {
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        if (::fsync(descriptor) == 0)
-            markSafe(path, descriptor);
-        ::close(descriptor);
-    }
     const int folder = ::open(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), O_RDONLY | O_CLOEXEC);
     if (folder >= 0) {
         ::fsync(folder);
@@ -169,28 +211,19 @@ void syncToDisk(const QString &path)
     }
 }
 
-/// Holds the lock that all processes take around a change of the file. The lock has a file of its own, because the
-/// settings file is replaced by every write.
-class ProcessLock
+void syncToDisk(const QString &path)
 {
-public:
-    explicit ProcessLock(const QString &path)
-        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600))
-    {
-        if (m_descriptor >= 0)
-            ::flock(m_descriptor, LOCK_EX);
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        if (::fsync(descriptor) == 0) {
+            // Not over a newer one that another write has just named.
+            const ProcessLock lock(path + QStringLiteral(".lock"));
+            markSafe(path, descriptor);
+        }
+        ::close(descriptor);
     }
-    ~ProcessLock()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    ProcessLock(const ProcessLock &) = delete;
-    ProcessLock &operator=(const ProcessLock &) = delete;
-
-private:
-    int m_descriptor;
-};
+    syncFolder(path);
+}
 
 } // namespace
 
@@ -263,10 +296,14 @@ std::optional<QString> FileSettingsStore::change(const QString &key, const std::
         if (m_values.contains(key) == value.has_value() && isSame(m_values.value(key), stored) && stamp() == m_stamp)
             return std::nullopt;
         const ProcessLock lock(m_path + QStringLiteral(".lock"));
+        if (!lock.isHeld())
+            return QStringLiteral("The settings are locked by another program that stands still");
         changed = reload(Damaged::setAside);
         if (m_unreadable)
             return m_unreadable;
-        if (m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
+        // A file that was damaged is no longer there, and nobody else knows what it held.
+        const bool isMissing = m_seen < 0 && !m_values.isEmpty();
+        if (isMissing || m_values.contains(key) != value.has_value() || !isSame(m_values.value(key), stored)) {
             auto values = m_values;
             if (value)
                 values.insert(key, stored);
@@ -291,7 +328,7 @@ QStringList FileSettingsStore::reload(Damaged damaged)
     m_unreadable.reset();
     if (stamp() == m_stamp)
         return {};
-    int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC);
+    int descriptor = openToRead(m_path);
     // A file that is there and can't be read isn't an empty one: what is known stays, and nothing replaces the file.
     if (descriptor < 0 && errno != ENOENT) {
         m_unreadable = qt_error_string(errno);
@@ -343,8 +380,10 @@ std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durab
         object.insert(it.key(), encode(it.value()));
     const auto bytes = QJsonDocument(object).toJson();
     const auto temporary = m_path + QStringLiteral(".new");
+    // What is there is a left-over, or nobody's business of ours: never written through.
+    ::unlink(QFile::encodeName(temporary).constData());
     const int descriptor
-        = ::open(QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        = ::open(QFile::encodeName(temporary).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (descriptor < 0)
         return qt_error_string(errno);
     bool good = true;
@@ -361,8 +400,10 @@ std::optional<QString> FileSettingsStore::write(const QVariantMap &values, Durab
         QFile::remove(temporary);
         return reason;
     }
-    if (durability == Durability::disk)
+    if (durability == Durability::disk) {
         markSafe(m_path, descriptor);
+        syncFolder(m_path);
+    }
     setSeen(descriptor);
     return std::nullopt;
 }

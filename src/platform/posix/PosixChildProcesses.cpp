@@ -239,9 +239,10 @@ ChildResult PosixChildProcesses::runEndable(const ChildCommand &command, const S
 {
     ChildResult result;
     try {
+        ChildDeadlines::Watch watch(m_deadlines, command.limit);
         const auto spawned = spawn(command);
         const auto child = std::make_shared<PosixRunningChild>(spawned.pid);
-        const ChildDeadlines::Watch watch(m_deadlines, child, command.limit);
+        watch.setChild(child);
         if (started)
             started(child);
         if (spawned.output)

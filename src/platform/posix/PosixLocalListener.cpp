@@ -7,7 +7,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <chrono>
 
 namespace quillnest
@@ -21,6 +20,13 @@ std::uint16_t peerPort(const Descriptor &connection)
     socklen_t length = sizeof address;
     ::getpeername(connection.get(), reinterpret_cast<sockaddr *>(&address), &length);
     return ntohs(address.sin_port);
+}
+
+void dropContent(const Descriptor &connection)
+{
+    ::shutdown(connection.get(), SHUT_RD);
+    char buffer[65536];
+    while (::recv(connection.get(), buffer, sizeof buffer, MSG_DONTWAIT) > 0) { }
 }
 } // namespace
 
@@ -48,14 +54,19 @@ std::shared_ptr<StreamSocket> PosixLocalListener::accept(double timeout)
     while (true) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
         pollfd entries[2]{{m_socket.get(), POLLIN, 0}, {m_wake.readEnd.get(), POLLIN, 0}};
-        if (::poll(entries, 2, static_cast<int>(std::max(left, milliseconds(0)).count())) < 1)
+        if (left < milliseconds(0) || ::poll(entries, 2, static_cast<int>(left.count())) < 1)
             throw SocketError::failed("timed out waiting for the Android side to connect");
         auto connection = entries[1].revents ? Descriptor() : acceptConnection(m_socket.get());
         if (!connection)
             throw SocketError::failed("accept");
         // Any user of the machine may knock at the port.
-        if (ownerOfConnection(peerPort(connection), m_port) == SocketOwner::trusted)
-            return std::make_shared<PosixStreamSocket>(std::move(connection));
+        const auto owner = ownerOfConnection(peerPort(connection), m_port);
+        if (owner == SocketOwner::another)
+            continue;
+        // One that was closed at once may have been anybody's: it counts as that, and nothing of it is read.
+        if (owner == SocketOwner::nobody)
+            dropContent(connection);
+        return std::make_shared<PosixStreamSocket>(std::move(connection));
     }
 }
 

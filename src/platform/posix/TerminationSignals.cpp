@@ -14,8 +14,13 @@ sigset_t terminationSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-        sigaddset(&signals, signal);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action {
+        };
+        // Whoever starts a program to outlive its terminal has it ignore the terminal's end.
+        if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            sigaddset(&signals, signal);
+    }
     return signals;
 }
 
@@ -29,12 +34,15 @@ void TerminationSignals::block()
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-TerminationSignals::TerminationSignals()
-    : m_waiting([this] {
+TerminationSignals::TerminationSignals(std::function<void()> atOnce)
+    : m_waiting([this, atOnce = std::move(atOnce)] {
         nameCurrentThread("signals");
         const auto signals = terminationSignals();
-        for (int signal = 0; ::sigwait(&signals, &signal) == 0 && !m_ending;)
+        for (int signal = 0; ::sigwait(&signals, &signal) == 0 && !m_ending;) {
+            if (atOnce)
+                atOnce();
             QMetaObject::invokeMethod(this, &TerminationSignals::requested, Qt::QueuedConnection);
+        }
     })
 {
 }
