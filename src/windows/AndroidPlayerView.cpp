@@ -53,10 +53,7 @@ protected:
 
     void mousePressEvent(QMouseEvent *event) override { m_drag.pressed(*event); }
 
-    void mouseMoveEvent(QMouseEvent *event) override
-    {
-        m_drag.move(*window(), *event);
-    }
+    void mouseMoveEvent(QMouseEvent *event) override { m_drag.move(*window(), *event); }
 
 private:
     WindowDrag m_drag;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QGuiApplication>
 #include <QMouseEvent>
-#include <QStyleHints>
 #include <QWidget>
 #include <QWindow>
 
@@ -21,27 +19,25 @@ public:
         m_start = event.button() == Qt::LeftButton ? std::optional(event.globalPosition()) : std::nullopt;
     }
 
-    /// Once: how far the pointer has come when the window is to be moved with it.
-    std::optional<QPoint> begins(const QMouseEvent &event)
+    /// True once: now the window is to be moved.
+    bool begins(const QMouseEvent &event)
     {
+        // The window stays behind by that much, so it is hardly more than the trembling of a hand.
+        constexpr double smallest = 3;
         if (!m_start || !(event.buttons() & Qt::LeftButton))
-            return std::nullopt;
+            return false;
         const auto way = event.globalPosition() - *m_start;
-        if (way.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
-            return std::nullopt;
+        if (way.manhattanLength() < smallest)
+            return false;
         m_start.reset();
-        return way.toPoint();
+        return true;
     }
 
     /// Lets the window manager move the window once the drag begins.
     void move(QWidget &window, const QMouseEvent &event)
     {
-        const auto way = begins(event);
-        if (!way || !window.windowHandle())
-            return;
-        // What lies behind the pointer by then is made up for, so that the place that was pressed stays under it.
-        window.move(window.pos() + *way);
-        window.windowHandle()->startSystemMove();
+        if (begins(event) && window.windowHandle())
+            window.windowHandle()->startSystemMove();
     }
 
 private:

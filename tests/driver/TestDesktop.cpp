@@ -301,6 +301,9 @@ void TestDesktop::drag(QPointF from, QPointF to) const
     run(xdotool,
         QStringList{QStringLiteral("mousemove")} + pixelText(from, m_options.scale)
             + QStringList{QStringLiteral("mousedown"), QStringLiteral("1")});
+    // A hand begins slowly.
+    run(xdotool, QStringList{QStringLiteral("mousemove")} + pixelText(from + QPointF(2, 1), m_options.scale));
+    QThread::msleep(50);
     constexpr int steps = 10;
     for (int i = 1; i <= steps; ++i) {
         run(xdotool,
