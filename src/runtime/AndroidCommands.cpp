@@ -10,8 +10,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <unistd.h>
-
 #include <algorithm>
 
 namespace quillnest
@@ -31,7 +29,7 @@ public:
                 QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered,
                 QFileDevice::ReadOwner | QFileDevice::WriteOwner))
             throw AndroidRuntimeError::commandFailed(QStringLiteral("Could not create command output"));
-        ::unlink(QFile::encodeName(m_file.fileName()).constData());
+        QFile::remove(m_file.fileName());
     }
 
     int descriptor() const { return m_file.handle(); }

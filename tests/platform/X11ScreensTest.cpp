@@ -52,9 +52,11 @@ TEST(X11ScreensTest, windowWithTheInputFocusKeepsTheKeyboard)
     QWidget other;
     other.resize(200, 200);
     other.show();
-    other.activateWindow();
-    EXPECT_TRUE(comesTrue([&] { return screens.keepsKeyboard(other.winId()); }));
-    EXPECT_FALSE(screens.keepsKeyboard(window.winId()));
+    // The window manager may still be about to give it to the first one.
+    EXPECT_TRUE(comesTrue([&] {
+        other.activateWindow();
+        return screens.keepsKeyboard(other.winId()) && !screens.keepsKeyboard(window.winId());
+    }));
 }
 
 TEST(X11ScreensTest, shadowCountsForNoPlacementAndLetsTheMouseThrough)

@@ -253,10 +253,12 @@ TEST_F(EmulatorBootTest, somebodyElsesDeviceIsLeftAloneAndThePortSaidToBeTaken)
     device.avd = "Pixel_7";
     device.api = "33";
     device.healthy = false;
+    const auto begin = fakes.clock->monotonic();
     EXPECT_EQ(failure(), AndroidRuntimeError::Case::portTaken);
     device.booted = false;
     device.looksUntilBooted = 1000000;
     EXPECT_EQ(failure(), AndroidRuntimeError::Case::portTaken);
+    EXPECT_LT(fakes.clock->monotonic() - begin, 5s) << "nobody waits for it to boot";
     EXPECT_EQ(launches() + kills() + tweaks(), 0);
     EXPECT_EQ(fakes.processes->count(QStringLiteral("am force-stop")), 0);
 }
