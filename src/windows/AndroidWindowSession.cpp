@@ -334,6 +334,7 @@ void AndroidWindowSession::showSizeMenu(QWidget *from)
 void AndroidWindowSession::setPanelSize(QSizeF size)
 {
     const auto frame = m_panel->frame();
+    m_sizedAt = m_services.platform.clock->monotonic();
     m_panel->setFrame(WindowPlacement::fittedFrame(frame, size.toSize(), visibleFrame().value_or(frame)));
 }
 
@@ -376,7 +377,9 @@ void AndroidWindowSession::windowDidResize()
         size.setWidth(chosen.width());
     if (std::abs(change.height()) <= 1)
         size.setHeight(chosen.height());
-    if (size != chosen)
+    // The window manager takes its time, and an older size may be told once more on the way.
+    const auto now = m_services.platform.clock->monotonic();
+    if (size != chosen && (!m_sizedAt || now - *m_sizedAt >= resizeSettles))
         QuillnestLayout::setSize(settings, size);
     // A drag sends one message, after it has stopped for a moment.
     m_resizeWork = m_services.platform.clock->after(resizeSettles, [this] { sendDisplaySize(); });

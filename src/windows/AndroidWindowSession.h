@@ -110,6 +110,8 @@ private:
     int m_lastPasteboardChange = -1;
     bool m_isConnected = false;
     bool m_isResized = false;
+    /// When the window was given a size that its user hasn't dragged it to.
+    std::optional<std::chrono::nanoseconds> m_sizedAt;
     std::unique_ptr<Timer> m_resizeWork;
     std::unique_ptr<AndroidAppPanel> m_panel;
     WindowContent *m_content = nullptr;

@@ -10,6 +10,7 @@
 
 #include <sys/prctl.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstring>
 
@@ -302,7 +303,8 @@ void TestDesktop::drag(QPointF from, QPointF to) const
         QStringList{QStringLiteral("mousemove")} + pixelText(from, m_options.scale)
             + QStringList{QStringLiteral("mousedown"), QStringLiteral("1")});
     // A hand begins slowly.
-    run(xdotool, QStringList{QStringLiteral("mousemove")} + pixelText(from + QPointF(2, 1), m_options.scale));
+    const QPointF first(std::copysign(2, to.x() - from.x()), std::copysign(1, to.y() - from.y()));
+    run(xdotool, QStringList{QStringLiteral("mousemove")} + pixelText(from + first, m_options.scale));
     QThread::msleep(50);
     constexpr int steps = 10;
     for (int i = 1; i <= steps; ++i) {

@@ -221,6 +221,9 @@ TEST_F(BootTest, aSickDeviceThatCannotBeKilledIsToldInASentenceAndTriedAgainAtTh
     fault("ignore-kill");
     fault("sick-package-service");
     program.start();
+    program.waitForState(QStringLiteral("the device to be seen"), 20, [](const QJsonObject &state) {
+        return text(state, "androidState") == QStringLiteral("ready");
+    });
     program.post(QStringLiteral("open:Tide"));
     waitForLog(QStringLiteral("open failed app=Tide"), 90);
     expectFailed(QStringLiteral("cmd: Can't find service: package"), "ready");

@@ -128,6 +128,7 @@ TEST_F(WindowSizingTest, aWindowIsCutToItsScreenAndItsSizeComesBackOnALargerOne)
 
     registry->applySize(QuillnestLayout::presets[8]);
     EXPECT_TRUE(waitFor([&] { return hasSize(session, {760, 660}); }));
+    pass(300ms);
     // Of a side that is dragged alone the other one's choice stays.
     session.panel().resize(700, session.panel().height());
     EXPECT_TRUE(waitFor([&] { return std::abs(QuillnestLayout::size(*fakes.settings).width() - 700) <= 1; }));
