@@ -336,7 +336,7 @@ TEST_F(StreamFaultTest, aDeviceThatDiesInMidStreamTakesTheWindowAndTheNextClickS
     click();
     program.waitForPicture();
     waitForNoWindow();
-    waitForStatus(QStringLiteral("Closed Tide"));
+    waitForStatus(QStringLiteral("Android stopped, and Tide with it. Open Tide again to restart it."));
     waitFor(QStringLiteral("the child processes to end"), 20, [this] { return program.children().isEmpty(); });
     click();
     program.waitForPicture(60);
